@@ -1,0 +1,28 @@
+# How the project's code is compiled: arvessa_compile_options(TARGET) for everything that we write,
+# arvessa_numeric_options(TARGET) for everything that computes samples.
+
+set(ARVESSA_SANITIZE "" CACHE STRING "Sanitizers for every target, such as address,undefined")
+option(ARVESSA_WERROR "Treat warnings as errors" ${PROJECT_IS_TOP_LEVEL})
+
+if(ARVESSA_SANITIZE)
+  add_compile_options(-fsanitize=${ARVESSA_SANITIZE} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${ARVESSA_SANITIZE})
+endif()
+
+function(arvessa_compile_options target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+                                           -Wsign-conversion -Wundef -Wvla)
+  if(ARVESSA_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+endfunction()
+
+# The order and the rounding of every float operation are part of the result: no fused
+# multiply-add, no wider registers than the type.
+function(arvessa_numeric_options target)
+  target_compile_options(${target} PRIVATE -ffp-contract=off -fno-fast-math)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$")
+    target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse)
+  endif()
+endfunction()

@@ -1,0 +1,106 @@
+#include "agc/agc.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "fixedpoint/operators.h"
+
+namespace arvessa {
+namespace {
+
+constexpr Word16 kFramesBeforeMoreGain = 200;  // voice frames, 2 s
+
+// A frame is `subframes` subframes of `blocks` samples for the measurement, and `blocks` blocks of
+// `subframes` samples, each with one gain, for the ramp.
+struct Layout {
+  int subframes;
+  int blocks;
+  int rampShift;  // brings the ramp step of 8 blocks to that of 16
+};
+
+Layout layoutOf(int rateCode) {
+  if (rateCode == 0) return {10, 8, 1};
+  return {rateCode == 1 ? 10 : 10 * rateCode, 16, 0};
+}
+
+Word32 peakPower(const Word16* samples, int count) {
+  Word32 peak = 0;
+  for (int i = 0; i < count; ++i) peak = std::max(peak, lMult(samples[i], samples[i]) >> 1);
+  return peak;
+}
+
+// Follows the subframe peaks and returns the largest envelope value of the frame.
+Word32 trackEnvelopes(WvqeState& state, const Word16* x, const Layout& layout, bool voice) {
+  constexpr Word16 kFastDecay = -1000;  // per subframe, Q15
+  constexpr Word16 kSlowRise = 500;
+  const Word16 slowFall = voice ? -50 : 0;
+  Word32 fast = state.agcEnvFast;
+  Word32 slow = state.agcEnvSlow;
+  Word32 largest = 0;
+  for (int j = 0; j < layout.subframes; ++j) {
+    const Word32 peak = peakPower(x + j * layout.blocks, layout.blocks);
+    fast = std::max(lAdd(mpy32x16(fast, kFastDecay), fast), peak);
+    slow = peak > slow ? lAdd(mpy32x16(lSub(peak, slow), kSlowRise), slow)
+                       : lAdd(mpy32x16(slow, slowFall), slow);
+    largest = std::max({largest, slow, fast});
+  }
+  state.agcEnvFast = fast;
+  state.agcEnvSlow = slow;
+  return largest;
+}
+
+// The gain index at the end of the frame: down at once on a louder voice frame, up after 200 voice
+// frames that ask for it.
+Word16 decideIndex(WvqeState& state, Word16 headroom, bool voice) {
+  const Word16 index = state.agcGainIdx;
+  if (voice && index > headroom) {
+    state.agcUpCount = 0;
+    return headroom;
+  }
+  if (voice && headroom > index) {
+    ++state.agcUpCount;
+    if (state.agcUpCount > kFramesBeforeMoreGain) {
+      state.agcUpCount = 0;
+      return headroom;
+    }
+  }
+  return index;
+}
+
+// Multiplies by a gain that climbs from `from` in equal steps; the block after the last would have
+// `to`. Gains in Q16, which the product of a halved gain and a Q15 sample undoes.
+void ramp(const Word16* x, Word16* y, Word32 from, Word32 to, const Layout& layout) {
+  const auto start = static_cast<std::uint32_t>(from) * 16;
+  const auto step = static_cast<std::uint32_t>(lSub(to, from)) << layout.rampShift;
+  for (int b = 0; b < layout.blocks; ++b) {
+    const Word32 gain = static_cast<Word32>(start + static_cast<std::uint32_t>(b) * step) >> 5;
+    for (int i = b * layout.subframes; i < (b + 1) * layout.subframes; ++i) {
+      y[i] = saturate16(mpy32x16(gain, x[i]));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace arvessa
+
+extern "C" {
+
+void VED_AGC_Process(WvqeState* state, const Word16* x, const Word32* table, Word16 rateCode,
+                     Word16* y) {
+  using namespace arvessa;
+  if (rateCode < 0 || rateCode > 3) return;
+  const Layout layout = layoutOf(rateCode);
+  const bool voice = state->vadFlag != 0;
+  const Word32 level = trackEnvelopes(*state, x, layout, voice);
+  const Word16 headroom = level == 0 ? Word16{31} : AGC_norm_l(level);
+  const Word16 index = decideIndex(*state, headroom, voice);
+  ramp(x, y, table[state->agcGainIdx], table[index], layout);
+  state->agcGainIdx = index;
+}
+
+Word16 AGC_norm_l(Word32 v) {
+  return v == 0 ? Word16{0}
+                : static_cast<Word16>(std::countl_zero(static_cast<std::uint32_t>(v)));
+}
+
+}  // extern "C"

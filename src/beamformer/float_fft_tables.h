@@ -1,0 +1,19 @@
+#pragma once
+// Tables of the 128-point float transform and of its analysis window.
+
+#include "ArvessaTypes.h"
+
+extern "C" {
+
+// 64 complex twiddles exp(-2 pi j m / 128), interleaved. Of magnitude up to 1.00005, since they are
+// Q15 integers divided by 32767.
+extern ARVESSA_API const float MVDR_CONST_TABLE_FFT_fCOEF_8K[128];
+
+// Step, in complex twiddles, between the butterfly columns of stage s: 64 >> s.
+extern ARVESSA_API const unsigned short MVDR_CONST_TABLE_PHASE_INDEX_8K[6];
+
+// Analysis window: 24 values rising as sin^2, 56 ones, 24 falling. Windows 80 samples apart add up
+// to 1 within 3e-8.
+extern ARVESSA_API const float MVDR_CONST_TABLE_fWIN_8k[104];
+
+}  // extern "C"

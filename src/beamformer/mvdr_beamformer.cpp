@@ -1,0 +1,129 @@
+#include "beamformer/mvdr_beamformer.h"
+
+#include "beamformer/beam_weights_tables.h"
+#include "beamformer/float_fft.h"
+#include "beamformer/float_fft_tables.h"
+
+namespace arvessa {
+namespace {
+
+constexpr int kBlock = kFloatFftSize;
+constexpr int kBins = kBlock / 2;
+constexpr int kWindow = kBeamFrame + kBeamHistory;
+constexpr int kFirstEnergyBin = 16;              // 1000 Hz
+constexpr std::uint32_t kDecisionPeriod = 16;    // frames
+constexpr std::int32_t kLastImmediateCount = 63;  // the first four decisions take effect at once
+
+// A packed half spectrum with its real and imaginary parts apart. Bin 0 holds the DC value as its
+// real and the Nyquist value as its imaginary part, and is weighted as if it were one complex value.
+struct Spectrum {
+  float re[kBins];
+  float im[kBins];
+};
+
+void transform(const Word16* samples, Spectrum& spectrum) {
+  float block[kBlock];
+  for (int i = 0; i < kWindow; ++i) {
+    block[i] = static_cast<float>(samples[i]) * MVDR_CONST_TABLE_fWIN_8k[i];
+  }
+  for (int i = kWindow; i < kBlock; ++i) block[i] = static_cast<float>(samples[i]);
+  float packed[kBlock];
+  MVDR_FFT(block, kBlock, kBlock / 2, 6, MVDR_CONST_TABLE_FFT_fCOEF_8K,
+           MVDR_CONST_TABLE_PHASE_INDEX_8K, packed);
+  for (int k = 0; k < kBins; ++k) {
+    spectrum.re[k] = packed[2 * k];
+    spectrum.im[k] = packed[2 * k + 1];
+  }
+}
+
+// The output of one beam in the bins from `firstBin` on.
+void applyBeam(int beam, int firstBin, const Spectrum& x1, const Spectrum& x2, Spectrum& y) {
+  const float* wRe = MVDR_CONST_W_UP_OPT_REAL_TABLE + beam * kBlock;
+  const float* wIm = MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE + beam * kBlock;
+  for (int k = firstBin; k < kBins; ++k) {
+    const float w1Re = wRe[2 * k];
+    const float w1Im = wIm[2 * k];
+    const float w2Re = wRe[2 * k + 1];
+    const float w2Im = wIm[2 * k + 1];
+    y.re[k] = ((x1.re[k] * w1Re) - (x1.im[k] * w1Im)) + ((x2.re[k] * w2Re) - (x2.im[k] * w2Im));
+    y.im[k] = ((x1.re[k] * w1Im) + (w1Re * x1.im[k])) + ((x2.re[k] * w2Im) + (w2Re * x2.im[k]));
+  }
+}
+
+// Summed in bin order: another order rounds differently.
+float energy(const Spectrum& y) {
+  float sum = 0.0F;
+  for (int k = kFirstEnergyBin; k < kBins; ++k) {
+    sum = (y.re[k] * y.re[k] + sum) + y.im[k] * y.im[k];
+  }
+  return sum;
+}
+
+Word16 loudestBeam(const float* beamEnergy) {
+  Word16 best = 0;
+  for (Word16 beam = 1; beam < kBeams; ++beam) {
+    if (beamEnergy[best] < beamEnergy[beam]) best = beam;
+  }
+  return best;
+}
+
+void decideBeam(ArvessaState& state) {
+  const Word16 best = loudestBeam(state.beamEnergy);
+  if (static_cast<std::int32_t>(state.frameCount) <= kLastImmediateCount) {
+    state.beamSelected = best;
+    state.beamConfirm = 1;
+  } else {
+    if (best == state.beamSelected) {
+      if (state.beamConfirm > 1) state.beamConfirm = 1;
+    } else if (best == state.beamPending) {
+      state.beamConfirm = static_cast<Word16>(state.beamConfirm + 1);
+      if (state.beamConfirm > 1) {
+        state.beamSelected = best;
+        state.beamConfirm = 1;
+      }
+    } else {
+      state.beamConfirm = 1;
+    }
+    state.beamPending = best;
+  }
+  for (float& sum : state.beamEnergy) sum = 0.0F;
+}
+
+// Truncated toward zero and limited to a symmetric range.
+Word16 toSample(float value) {
+  if (!(value <= 32767.0F)) return 32767;  // also what is not a number
+  if (value < -32767.0F) return -32767;
+  return static_cast<Word16>(value);
+}
+
+}  // namespace
+}  // namespace arvessa
+
+extern "C" void MVDR_BeamForming(const Word16* frame, Word16* out, ArvessaState* work) {
+  using namespace arvessa;
+  Spectrum x1;
+  Spectrum x2;
+  transform(frame, x1);
+  transform(frame + kBlock, x2);
+
+  Spectrum y;
+  for (int beam = 0; beam < kBeams; ++beam) {
+    applyBeam(beam, kFirstEnergyBin, x1, x2, y);
+    work->beamEnergy[beam] += energy(y);
+  }
+  if (work->frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(*work);
+
+  applyBeam(work->beamSelected, 0, x1, x2, y);
+  float packed[kBlock];
+  for (int k = 0; k < kBins; ++k) {
+    packed[2 * k] = y.re[k];
+    packed[2 * k + 1] = y.im[k];
+  }
+  float block[kBlock];
+  MVDR_IFFT(packed, kBlock, kBlock / 2, 6, MVDR_CONST_TABLE_FFT_fCOEF_8K,
+            MVDR_CONST_TABLE_PHASE_INDEX_8K, block);
+
+  for (int i = 0; i < kBeamHistory; ++i) out[i] = toSample(work->beamOverlap[i] + block[i]);
+  for (int i = kBeamHistory; i < kBeamFrame; ++i) out[i] = toSample(block[i]);
+  for (int i = 0; i < kBeamHistory; ++i) work->beamOverlap[i] = block[kBeamFrame + i];
+}

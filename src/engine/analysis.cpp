@@ -1,0 +1,90 @@
+#include "engine/analysis.h"
+
+#include <cstring>
+
+#include "engine/filterbank.h"
+#include "engine/fixed_fft.h"
+#include "fixedpoint/block_float.h"
+#include "fixedpoint/operators.h"
+
+namespace arvessa {
+namespace {
+
+constexpr Word16 kAnalysisHeadroom = 6;  // bits
+constexpr Word32 kPreemphasis = -866019132;  // -0.40327 in Q31
+
+Word16 sizeCodeOf(int bins) {
+  if (bins == 64) return 0;
+  return bins == 128 ? 1 : 2;
+}
+
+Geometry geometryOf(int sizeCode) { return kGeometry[sizeCode == 0 || sizeCode == 1 ? sizeCode : 2]; }
+
+const Word16* windowOf(int sizeCode) {
+  if (sizeCode == 0) return WVQE_CONST_TABLE_WIN_8k;
+  return sizeCode == 1 ? WVQE_CONST_TABLE_WIN_16k : WVQE_CONST_TABLE_WIN_32k;
+}
+
+}  // namespace
+}  // namespace arvessa
+
+extern "C" {
+
+void WVQE_Analysis(Word32* inWork, Word32* powerSpec, Word32* bandPower, Word32* timeBuf,
+                   Word32* spectrum, Word32* specWork, const Word16* twiddles,
+                   const Word16* reordering, const Word16* /*window*/, const Word32* bankLeft,
+                   const Word16* filterLeft, const Word32* bankRight, const Word16* filterRight,
+                   Word16 N, Word16 K, Word16 /*L*/, Word16 rateCode, WvqeState* state) {
+  using namespace arvessa;
+  const Word16 shift = WVQE_Block_Norm(inWork, N, kAnalysisHeadroom);
+  const Word16 scaleChange = sub(shift, state->inputExp);
+  state->inputExp = shift;
+
+  const Word16 sizeCode = sizeCodeOf(K);
+  VORN_WVQE_Analysis1_ASM(timeBuf, inWork, state->anaHistory, scaleChange, &state->anaMem,
+                          sizeCode);
+  const auto points = static_cast<Word16>(2 * K);
+  const auto stages = static_cast<Word16>(rateCode == 3 ? 7 : rateCode + 6);
+  WVQE_FFT(timeBuf, points, K, stages, twiddles, reordering, spectrum);
+  for (int i = 0; i < 4; ++i) spectrum[i] = 0;  // bins 0, K and 1
+
+  std::memcpy(specWork, spectrum, static_cast<std::size_t>(points) * sizeof(Word32));
+  WVQE_Block_Denorm(specWork, points, shift);
+  VORN_WVQE_Analysis2_ASM(specWork, powerSpec, sizeCode);
+  WVQE_Spectrum_Bank(powerSpec, bandPower, bankLeft, bankRight, filterLeft, filterRight, K);
+}
+
+void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaHistory, Word16 d,
+                             Word32* anaMem, Word16 sizeCode) {
+  using namespace arvessa;
+  const Geometry g = geometryOf(sizeCode);
+  const Word16* window = windowOf(sizeCode);
+  const int windowed = g.history + g.frame;
+
+  for (int i = 0; i < g.history; ++i) timeBuf[i] = lShl(anaHistory[i], d);
+  Word32 previous = lShl(*anaMem, d);
+  for (int n = 0; n < g.frame; ++n) {
+    timeBuf[g.history + n] = lAdd(inWork[n], lMult32(kPreemphasis, previous));
+    previous = inWork[n];
+  }
+  *anaMem = previous;
+  for (int i = 0; i < g.history; ++i) {
+    timeBuf[windowed + i] = 0;
+    anaHistory[i] = timeBuf[g.frame + i];
+  }
+  for (int i = 0; i < windowed; ++i) timeBuf[i] = mpy32x16(timeBuf[i], window[i]);
+}
+
+void VORN_WVQE_Analysis2_ASM(const Word32* spec, Word32* power, Word16 sizeCode) {
+  using namespace arvessa;
+  const Word16 dc = roundHigh(spec[0]);
+  power[0] = lMult(dc, dc);
+  const int bins = geometryOf(sizeCode).bins;
+  for (int k = 1; k < bins; ++k) {
+    const Word16 re = roundHigh(spec[2 * k]);
+    const Word16 im = roundHigh(spec[2 * k + 1]);
+    power[k] = lMac(lMult(re, re), im, im);
+  }
+}
+
+}  // extern "C"

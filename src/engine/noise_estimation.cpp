@@ -1,0 +1,102 @@
+#include "engine/noise_estimation.h"
+
+#include <algorithm>
+
+#include "fixedpoint/division.h"
+#include "fixedpoint/operators.h"
+
+namespace arvessa {
+namespace {
+
+constexpr Word16 kMinAlpha = 328;      // 0.01 in Q15
+constexpr Word32 kPowerOffset = 20;    // keeps the tests quiet in silence
+constexpr Word16 kBinScale = 10158;    // 0.31: one in 3.2
+constexpr Word16 kFrameScale = 2000;   // 0.061: one in 16.4
+constexpr Word16 kNoiseBits = 7;       // extra fraction bits of the noise estimate
+
+// Frames of the minimum search window less one, by the frames since initialisation.
+std::int32_t windowThreshold(int frame) {
+  if (frame <= 99) return 30;
+  return frame <= 999 ? 80 : 150;
+}
+
+void trackMinima(WvqeState& state, int bins) {
+  const Word32* smooth = state.psdSmooth;
+  if (state.frameCountSat == 1) {
+    std::copy(smooth, smooth + bins, state.psdMin);
+    std::copy(smooth, smooth + bins, state.psdTmpMin);
+  }
+  if (static_cast<std::int32_t>(state.minWinCount) > windowThreshold(state.frameCountSat)) {
+    state.minWinCount = 0;
+    for (int k = 0; k < bins; ++k) {
+      state.psdMin[k] = std::min(state.psdTmpMin[k], smooth[k]);
+      state.psdTmpMin[k] = smooth[k];
+    }
+    return;
+  }
+  for (int k = 0; k < bins; ++k) {
+    state.psdTmpMin[k] = std::min(state.psdTmpMin[k], smooth[k]);
+    state.psdMin[k] = std::min(state.psdMin[k], smooth[k]);
+  }
+}
+
+}  // namespace
+}  // namespace arvessa
+
+extern "C" {
+
+void WVQE_Noise_Vad(WvqeState* state, int K, const Word32* powerSpec, unsigned char* binActive) {
+  using namespace arvessa;
+  // The running mean of the first hundred frames, an exponential average after them.
+  const auto alpha =
+      static_cast<Word16>(std::max(quotient(32767, state->frameCountSat), Word32{kMinAlpha}));
+  VORN_WVQE_Noise_Vad1_ASM(state->psdSmooth, powerSpec, K);
+  trackMinima(*state, K);
+  VORN_WVQE_Noise_Vad2_ASM(state->psdSmooth, state->psdMin, binActive, &state->vadFlag,
+                           static_cast<Word16>(K));
+  VORN_WVQE_Noise_Vad3_ASM(powerSpec, state->noisePsd, binActive, alpha, static_cast<Word16>(K));
+}
+
+void VORN_WVQE_Noise_Vad1_ASM(Word32* psdSmooth, const Word32* powerSpec, int K) {
+  using namespace arvessa;
+  constexpr Word16 kOld = 26214;     // 0.8 in Q15
+  constexpr Word16 kEdge = 6554;     // 0.2
+  constexpr Word16 kCentre = 3277;   // 0.1
+  constexpr Word16 kSide = 1638;     // 0.05
+  // The weights of a bin add up to 1 at the most, so no sum can saturate.
+  psdSmooth[0] = mpy32x16(psdSmooth[0], kOld) + mpy32x16(powerSpec[0], kEdge);
+  for (int k = 1; k < K - 1; ++k) {
+    psdSmooth[k] = (mpy32x16(psdSmooth[k], kOld) + mpy32x16(powerSpec[k - 1], kSide)) +
+                   (mpy32x16(powerSpec[k], kCentre) + mpy32x16(powerSpec[k + 1], kSide));
+  }
+  psdSmooth[K - 1] = mpy32x16(psdSmooth[K - 1], kOld) + mpy32x16(powerSpec[K - 1], kEdge);
+}
+
+void VORN_WVQE_Noise_Vad2_ASM(const Word32* psdSmooth, const Word32* psdMin,
+                              unsigned char* binActive, Word16* vadFlag, Word16 K) {
+  using namespace arvessa;
+  Word32 smoothSum = 0;
+  Word32 minSum = 0;
+  for (int k = 0; k < K; ++k) {
+    binActive[k] = mpy32x16(psdSmooth[k], kBinScale) > lAdd(psdMin[k], kPowerOffset) ? 1 : 0;
+    smoothSum = lAdd(smoothSum, psdSmooth[k]);
+    minSum = lAdd(minSum, psdMin[k]);
+  }
+  *vadFlag = mpy32x16(smoothSum, kFrameScale) > lAdd(minSum, kPowerOffset) ? 1 : 0;
+}
+
+void VORN_WVQE_Noise_Vad3_ASM(const Word32* powerSpec, Word32* noisePsd,
+                              const unsigned char* binActive, Word16 alpha, Word16 K) {
+  using namespace arvessa;
+  const Word16 oldWeight = low16(32767 - alpha);
+  for (int k = 0; k < K; ++k) {
+    const Word32 noise = noisePsd[k];
+    const Word32 power = powerSpec[k];
+    if (binActive[k] != 0 && (noise >> kNoiseBits) <= power) continue;
+    const Word32 update =
+        lAdd(mpy32x16(lShl(power, kNoiseBits), alpha), mpy32x16(noise, oldWeight));
+    noisePsd[k] = std::max(update, 0);
+  }
+}
+
+}  // extern "C"

@@ -1,0 +1,131 @@
+#pragma once
+// Restoring divisions, as the plain loops that define them and in closed form.
+//
+// The 32-bit loop adds one to the partial remainder after every successful subtraction. With
+// h = floor(den / 2) its step is r <- 2 (r - h) + 1 = 2 r - (2 h - 1) if r >= h, else r <- 2 r. As
+// r is an integer, r >= h is the same as 2 r > 2 h - 1: the loop is an ordinary long division by
+// the odd number d = 2 h - 1, and after n steps from 0 <= r < d the quotient is floor(r 2^n / d).
+// From r = d the remainder reproduces itself, and from above it grows: every bit is then set, where
+// the quotient would need one bit more. Hence the clamp.
+
+#include <cstdint>
+
+#include "fixedpoint/operators.h"
+
+namespace arvessa {
+
+// 15 quotient bits of num/den by shift and subtract. Any operands; meaningful for 0 <= num <= den.
+constexpr Word16 divSPlain(Word16 num, Word16 den) {
+  if (num == 0) return 0;
+  if (num == den) return kMax16;
+  Word32 quotient = 0;
+  Word32 remainder = num;
+  for (int bit = 0; bit < 15; ++bit) {
+    quotient *= 2;
+    remainder = lAdd(remainder, remainder);
+    if (remainder >= den) {
+      remainder = lSub(remainder, den);
+      ++quotient;
+    }
+  }
+  return low16(quotient);
+}
+
+// num/den in Q15, floored, for 0 <= num <= den and den > 0; num = den gives 32767.
+constexpr Word16 divS(Word16 num, Word16 den) {
+  if (num < 0 || num >= den) return divSPlain(num, den);
+  return static_cast<Word16>((Word32{num} << 15) / den);
+}
+
+// 31 quotient bits of num/den with the incremented remainder, for any operands: a remainder beyond
+// 32 bits is held at the bound, where it stays above h.
+constexpr Word32 restoringQuotientPlain(Word32 num, Word32 den) {
+  const Word32 half = den >> 1;
+  Word32 quotient = 0;
+  std::int64_t remainder = num;
+  for (int bit = 0; bit < 31; ++bit) {
+    quotient *= 2;
+    if (remainder >= half) {
+      remainder = saturate32((remainder - half) * 2 + 1);
+      ++quotient;
+    } else {
+      remainder = saturate32(remainder * 2);
+    }
+  }
+  return quotient;
+}
+
+// The same in closed form, for num >= 0 and den > 1.
+constexpr Word32 restoringQuotient(Word32 num, Word32 den) {
+  const auto divisor = static_cast<std::uint32_t>((den & ~1) - 1);
+  if (static_cast<std::uint32_t>(num) >= divisor) return kMax32;
+  return static_cast<Word32>((static_cast<std::uint64_t>(num) << 31) / divisor);
+}
+
+// num/den in Q31 for 0 <= num <= den and den > 0; num = den gives 0x7FFFFFFF. Within the loop's
+// accuracy: at most den 2^-31 relative above the exact quotient for large den.
+constexpr Word32 lDiv32(Word32 num, Word32 den) {
+  if (num == 0) return 0;
+  if (num == den) return kMax32;
+  if (num < 0 || den <= 1) return restoringQuotientPlain(num, den);
+  return restoringQuotient(num, den);
+}
+
+// Any operands, by the plain loop: both are normalised, num to below 2^30 <= den, divided, and the
+// 31 quotient bits shifted back by the exponent.
+constexpr Word32 quotientPlain(Word32 num, Word32 den) {
+  if (num == 0) return 0;
+  if (num == den) return 1;
+  const Word16 numNorm = normL(num);
+  const Word16 denNorm = normL(den);
+  const Word32 fraction = restoringQuotientPlain(lShl(num, static_cast<Word16>(numNorm - 1)),
+                                                 lShl(den, denNorm));
+  return lShr(fraction, static_cast<Word16>(numNorm + 30 - denNorm));
+}
+
+// floor(num / den) for 0 <= num and 0 < den, now and then one more in the last bit: the divisor is
+// normalised to m = den 2^b and reduced to 2 floor(m / 2) - 1 as in the loop above.
+constexpr Word32 quotient(Word32 num, Word32 den) {
+  if (num == 0) return 0;
+  if (num == den) return 1;
+  if (num < 0 || den <= 0) return quotientPlain(num, den);
+  const int numNorm = std::countl_zero(static_cast<std::uint32_t>(num)) - 1;
+  const int denNorm = std::countl_zero(static_cast<std::uint32_t>(den)) - 1;
+  const std::uint32_t numerator = (static_cast<std::uint32_t>(num) << numNorm) >> 1;
+  const std::uint32_t normalised = static_cast<std::uint32_t>(den) << denNorm;
+  const std::uint32_t divisor = (normalised & ~std::uint32_t{1}) - 1;
+  const int exponent = numNorm + 30 - denNorm;
+  if (numerator >= divisor) return exponent > 31 ? 0 : kMax32 >> exponent;
+  // The quotient has 31 bits, of which the exponent drops the last ones.
+  if (exponent > 31) return 0;
+  return static_cast<Word32>((static_cast<std::uint64_t>(numerator) << (31 - exponent)) / divisor);
+}
+
+// The numerator and denominator of a 32/16-bit quotient, both reduced by the same power of two until
+// the denominator is below 32768. The bits shifted out of the two are lost.
+struct Ratio {
+  Word32 num;
+  Word32 den;
+};
+constexpr Ratio reduceRatio(Ratio ratio) {
+  if (ratio.den >= 0x800000) ratio = {ratio.num >> 8, ratio.den >> 8};
+  if (ratio.den >= 0x80000) ratio = {ratio.num >> 4, ratio.den >> 4};
+  if (ratio.den >= 0x8000) ratio = {ratio.num >> 4, ratio.den >> 4};
+  return ratio;
+}
+
+// num/den in Q8 for 0 <= num and 0 < den; 32767 from a ratio of 128 on.
+constexpr Word16 quotientQ8(Word32 num, Word32 den) {
+  if ((num >> 7) >= den) return kMax16;
+  const Ratio ratio = reduceRatio({num, den});
+  return saturate16(quotient(lShl(ratio.num, 8), ratio.den));
+}
+
+// num/den scaled by 32767 for 0 <= num and 0 < den; 32767 from a ratio of 32768 on.
+constexpr Word32 quotientQ15(Word32 num, Word32 den) {
+  if ((num >> 15) >= den) return kMax16;
+  const Ratio ratio = reduceRatio({num, den});
+  return quotient(saturate32(std::int64_t{lShl(ratio.num, 15)} - ratio.num), ratio.den);
+}
+
+}  // namespace arvessa

@@ -1,0 +1,27 @@
+#pragma once
+// The exported names of the numeric functions (numeric.h, division.h). Pure functions, any thread,
+// any operands; meaningful within the ranges stated.
+
+#include "ArvessaTypes.h"
+
+extern "C" {
+
+// num/den: integer quotient; in Q8, saturated to 16 bits; scaled by 32767. 0 <= num, 0 < den.
+ARVESSA_API Word32 WVQE_L_div32(Word32 num, Word32 den);
+ARVESSA_API Word16 WVQE_DIV32_16_Q8(Word32 num, Word32 den);
+ARVESSA_API Word32 WVQE_DIV32_16_Q15(Word32 num, Word32 den);
+
+// e^x and 2^x, x in Q11, result in Q16, saturated.
+ARVESSA_API Word32 WVQE_Exp(Word16 x);
+ARVESSA_API Word32 WVQE_ExpTmp(Word16 x);
+
+// Square root of x >= 0, Q2n in, Qn out, within 0.3 %.
+ARVESSA_API Word32 WVQE_Sqrt(Word32 x);
+
+// floor(log4 x), 0 for 0. x is unsigned.
+ARVESSA_API Word16 WVQE_iLog4(uint32_t x);
+
+// 2^(i/64) in Q14, i = 0..64, the last entry clamped.
+extern ARVESSA_API const Word16 WVQE_CONST_TABLE_POW2[65];
+
+}  // extern "C"
