@@ -1,0 +1,103 @@
+// The float transform: bit for bit against the model, against its own plain form for every input,
+// and against a DFT in double precision.
+#include "beamformer/float_fft.h"
+
+#include <cmath>
+#include <complex>
+#include <limits>
+
+#include "beamformer/float_fft_tables.h"
+#include "model_fft.h"
+#include "support.h"
+
+namespace arvessa::test {
+namespace {
+
+using Block = std::vector<float>;
+
+const float* const kTwiddle = MVDR_CONST_TABLE_FFT_fCOEF_8K;
+const unsigned short* const kPhase = MVDR_CONST_TABLE_PHASE_INDEX_8K;
+
+Block randomBlock(Random& random, std::size_t n, int round) {
+  Block block(n);
+  for (float& x : block) x = static_cast<float>(random.wordOf(15)) * std::ldexp(1.0F, round % 40 - 30);
+  if (round % 3 == 0) {
+    for (float& x : block) x = random.below(2) == 0 ? x : random.below(2) == 0 ? 0.0F : -0.0F;
+  }
+  return block;
+}
+
+// Also smaller transforms, signed zeros and denormals: the same bits.
+TEST(FloatFft, EqualsTheModel) {
+  Random random(10);
+  for (int round = 0; round < 2000; ++round) {
+    const int stages = round % 2 == 0 ? 6 : 1 + random.below(6);
+    const int n = 4 << (stages - 1);
+    // The table serves a transform of 128 samples; a smaller one takes every (128 / n)-th twiddle.
+    Block twiddle(static_cast<std::size_t>(n));
+    std::vector<unsigned short> phase;
+    for (int m = 0; m < n / 2; ++m) {
+      twiddle[static_cast<std::size_t>(2 * m)] = kTwiddle[2 * m * (128 / n)];
+      twiddle[static_cast<std::size_t>(2 * m + 1)] = kTwiddle[2 * m * (128 / n) + 1];
+    }
+    for (int s = 0; s < stages; ++s) phase.push_back(static_cast<unsigned short>((n / 2) >> s));
+    const float* w = stages == 6 ? kTwiddle : twiddle.data();
+    const unsigned short* p = stages == 6 ? kPhase : phase.data();
+
+    const Block block = randomBlock(random, static_cast<std::size_t>(n), round);
+    Block got = block;
+    Block want = block;
+    Block gotOut(block.size());
+    Block wantOut(block.size());
+    MVDR_FFT(got.data(), n, n / 2, stages, w, p, gotOut.data());
+    model::MVDR_FFT(want.data(), n, n / 2, stages, w, p, wantOut.data());
+    ASSERT_NO_FATAL_FAILURE(expectSameArray(got.data(), want.data(), block.size(), "pairs"));
+    ASSERT_NO_FATAL_FAILURE(expectSameArray(gotOut.data(), wantOut.data(), block.size(), "forward"));
+    MVDR_IFFT(block.data(), n, n / 2, stages, w, p, gotOut.data());
+    model::MVDR_IFFT(block.data(), n, n / 2, stages, w, p, wantOut.data());
+    ASSERT_NO_FATAL_FAILURE(expectSameArray(gotOut.data(), wantOut.data(), block.size(), "inverse"));
+    got = want = block;
+    MVDR_Complex_FFT(got.data(), n, n / 2, stages, w, p);
+    model::MVDR_Complex_FFT(want.data(), n, n / 2, stages, w, p);
+    MVDR_Complex_IFFT(got.data(), n, n / 2, stages, w, p);
+    model::MVDR_Complex_IFFT(want.data(), n, n / 2, stages, w, p);
+    ASSERT_NO_FATAL_FAILURE(expectSameArray(got.data(), want.data(), block.size(), "complex"));
+  }
+}
+
+TEST(FloatFft, IsTheDftAndItsInverse) {
+  Random random(11);
+  Block samples(128);
+  for (float& x : samples) x = static_cast<float>(random.wordOf(15));
+  Block work = samples;
+  Block spectrum(128);
+  MVDR_FFT(work.data(), 128, 64, 6, kTwiddle, kPhase, spectrum.data());
+  for (std::size_t bin = 1; bin < 64; ++bin) {
+    std::complex<double> exact = 0;
+    for (std::size_t m = 0; m < 128; ++m) {
+      exact += std::polar(1.0, -2 * M_PI * static_cast<double>(bin * m) / 128) * double{samples[m]};
+    }
+    EXPECT_NEAR(spectrum[2 * bin], exact.real() / 64, 3) << bin;
+    EXPECT_NEAR(spectrum[2 * bin + 1], exact.imag() / 64, 3) << bin;
+  }
+  Block back(128);
+  MVDR_IFFT(spectrum.data(), 128, 64, 6, kTwiddle, kPhase, back.data());
+  for (std::size_t i = 0; i < 128; ++i) EXPECT_NEAR(back[i], samples[i], 32768 * 4.4e-4) << i;
+}
+
+// An impulse has the same value in every bin.
+TEST(FloatFft, Impulse) {
+  Block samples(128);
+  samples[0] = 1.0F;
+  Block spectrum(128);
+  MVDR_FFT(samples.data(), 128, 64, 6, kTwiddle, kPhase, spectrum.data());
+  EXPECT_EQ(spectrum[0], 1.0F / 64);
+  EXPECT_EQ(spectrum[1], 1.0F / 64);
+  for (std::size_t bin = 1; bin < 64; ++bin) {
+    EXPECT_NEAR(spectrum[2 * bin], 1.0F / 64, 1e-8);
+    EXPECT_NEAR(spectrum[2 * bin + 1], 0, 1e-8);
+  }
+}
+
+}  // namespace
+}  // namespace arvessa::test

@@ -1,0 +1,140 @@
+// Divisions in closed form against their 31 steps, the transcendental functions over whole domains
+// and block floating point.
+#include <cmath>
+
+#include "fixedpoint/block_float.h"
+#include "fixedpoint/division.h"
+#include "fixedpoint/numeric_api.h"
+#include "fixedpoint/operators_api.h"
+#include "model_arithmetic.h"
+#include "support.h"
+
+namespace arvessa::test {
+namespace {
+
+constexpr Word32 kMax = 2147483647;
+
+// A divisor of every width, and a numerator near a multiple of it or anywhere.
+std::pair<Word32, Word32> drawQuotient(Random& random) {
+  const Word32 den = (random.wordOf(31) & kMax) >> random.below(31) | 1;
+  if (random.below(2) == 0) return {(random.wordOf(31) & kMax) >> random.below(31), den};
+  const std::int64_t multiple = std::int64_t{den} * (random.wordOf(20) & 0xFFFF);
+  return {static_cast<Word32>(std::min<std::int64_t>(kMax, multiple + random.below(3))), den};
+}
+
+TEST(Division, EqualsItsStepsForAllWidths) {
+  Random random(2);
+  for (int i = 0; i < 1000000; ++i) {
+    const auto [num, den] = drawQuotient(random);
+    ASSERT_EQ(WVQE_L_div32(num, den), model::WVQE_L_div32(num, den)) << num << "/" << den;
+    ASSERT_EQ(quotientPlain(num, den), model::WVQE_L_div32(num, den)) << num << "/" << den;
+    ASSERT_EQ(WVQE_DIV32_16_Q8(num, den), model::WVQE_DIV32_16_Q8(num, den)) << num << "/" << den;
+    ASSERT_EQ(WVQE_DIV32_16_Q15(num, den), model::WVQE_DIV32_16_Q15(num, den)) << num << "/" << den;
+    const Word32 fraction = num % (den == kMax ? den : den + 1);
+    ASSERT_EQ(VORN_L_div32(fraction, den), model::VORN_L_div32(fraction, den))
+        << fraction << "/" << den;
+  }
+}
+
+// The remainder that reproduces itself: num = 2 floor(den / 2) - 1 and its neighbours, for every
+// normalised divisor at the ends and for small ones.
+TEST(Division, ClampsWhereTheRemainderReproducesItself) {
+  for (int shift = 0; shift < 31; ++shift) {
+    for (Word32 offset = -3; offset <= 3; ++offset) {
+      const std::int64_t wide = (std::int64_t{1} << (shift + 1)) + offset;
+      if (wide < 1 || wide > kMax) continue;
+      const auto den = static_cast<Word32>(wide);
+      for (int below = std::min(5, den); below >= 0; --below) {
+        const Word32 num = den - below;
+        ASSERT_EQ(VORN_L_div32(num, den), model::VORN_L_div32(num, den)) << num << "/" << den;
+        ASSERT_EQ(WVQE_L_div32(num, den), model::WVQE_L_div32(num, den)) << num << "/" << den;
+        const Word32 divisor = std::max(num, 1);
+        ASSERT_EQ(WVQE_L_div32(kMax, divisor), model::WVQE_L_div32(kMax, divisor)) << divisor;
+      }
+    }
+  }
+}
+
+// Operands outside the domain give some value, and trap nowhere (the sanitizers watch).
+TEST(Division, SurvivesAnyOperands) {
+  Random random(3);
+  std::uint32_t mix = 0;
+  for (int i = 0; i < 100000; ++i) {
+    const Word32 num = random.word32();
+    const Word32 den = i % 3 == 0 ? random.word32() : -std::abs(random.wordOf(30));
+    mix ^= static_cast<std::uint32_t>(WVQE_L_div32(num, den) ^ VORN_L_div32(num, den) ^
+                                      WVQE_DIV32_16_Q8(num, den) ^ WVQE_DIV32_16_Q15(num, den) ^
+                                      VORN_div_s(extractLow(num), extractLow(den)));
+  }
+  EXPECT_NE(mix, 0U);
+  EXPECT_EQ(VORN_L_div32(5, 0), kMax);  // every step subtracts
+}
+
+TEST(Numeric, ExponentialsOverTheirDomain) {
+  for (int x = -32768; x <= 32767; ++x) {
+    const auto argument = static_cast<Word16>(x);
+    ASSERT_EQ(WVQE_Exp(argument), model::WVQE_Exp(argument)) << x;
+    ASSERT_EQ(WVQE_ExpTmp(argument), model::WVQE_ExpTmp(argument)) << x;
+    if (x > -4096 && x < 21290) {
+      ASSERT_NEAR(WVQE_Exp(argument) / (65536 * std::exp(x / 2048.0)), 1.0, 2e-3) << x;
+    }
+  }
+}
+
+TEST(Numeric, RootAndLogarithm) {
+  Random random(4);
+  for (int i = 0; i < 3000000; ++i) {
+    const Word32 x = i < 300000 ? i : (random.wordOf(31) & kMax) >> random.below(24);
+    ASSERT_EQ(WVQE_Sqrt(x), model::WVQE_Sqrt(x)) << x;
+    if (x >= 1 << 24) {
+      ASSERT_NEAR(WVQE_Sqrt(x) / std::sqrt(x), 1.0, 3.2e-3) << x;
+    }
+  }
+  for (int bits = 0; bits < 32; ++bits) {
+    for (std::uint32_t offset = 0; offset < 3; ++offset) {
+      const std::uint32_t x = (1U << bits) - 1 + offset;
+      ASSERT_EQ(WVQE_iLog4(x), model::WVQE_iLog4(x)) << x;
+      const auto word = static_cast<Word32>(x);
+      ASSERT_EQ(WVQE_Sqrt(word), model::WVQE_Sqrt(word)) << x;
+    }
+  }
+}
+
+TEST(Numeric, Landmarks) {
+  EXPECT_EQ(WVQE_Exp(2048), 177984);
+  EXPECT_EQ(WVQE_Exp(-2048), 24082);
+  EXPECT_EQ(WVQE_Exp(21290), 2142896128);
+  EXPECT_EQ(WVQE_Exp(-21290), 2);
+  EXPECT_EQ(WVQE_ExpTmp(1024), 92624);
+  EXPECT_EQ(WVQE_Sqrt(100), 9);
+  EXPECT_EQ(WVQE_Sqrt(1048576), 1025);
+  EXPECT_EQ(WVQE_L_div32(32767, 328), 99);
+  EXPECT_EQ(WVQE_L_div32(kMax, 1), kMax);
+  EXPECT_EQ(WVQE_L_div32(1, 3), 0);
+  EXPECT_EQ(WVQE_iLog4(0xFFFFFFFF), 15);
+}
+
+TEST(BlockFloat, EqualsTheModelAtEveryLevel) {
+  Random random(5);
+  for (int round = 0; round < 3000; ++round) {
+    const auto n = static_cast<Word16>(16 * (1 + random.below(32)));
+    const int bits = random.below(32);
+    std::vector<Word32> block(static_cast<std::size_t>(n));
+    random.fill(block.data(), block.size(), bits);
+    if (round % 7 == 0) std::fill(block.begin(), block.end(), 0);
+    // A power of two of either sign, where the two signs have different norms.
+    if (round % 5 == 0) block[static_cast<std::size_t>(random.below(n))] = (-2147483647 - 1) >> bits;
+    std::vector<Word32> want = block;
+    const auto headroom = static_cast<Word16>(random.below(12));
+    ASSERT_EQ(WVQE_Block_Norm(block.data(), n, headroom),
+              model::WVQE_Block_Norm(want.data(), n, headroom));
+    ASSERT_EQ(block, want);
+    const auto shift = static_cast<Word16>(random.below(80) - 40);
+    WVQE_Block_Denorm(block.data(), n, shift);
+    model::WVQE_Block_Denorm(want.data(), n, shift);
+    ASSERT_EQ(block, want) << shift;
+  }
+}
+
+}  // namespace
+}  // namespace arvessa::test

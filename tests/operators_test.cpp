@@ -1,0 +1,109 @@
+// The saturating operators: against the model over boundaries and random operands, over whole 16-bit
+// domains, and at the landmarks of their definitions.
+#include "fixedpoint/operators_api.h"
+#include "model_arithmetic.h"
+#include "support.h"
+
+namespace arvessa::test {
+namespace {
+
+constexpr Word32 kMin = -2147483647 - 1;
+constexpr Word32 kMax = 2147483647;
+
+#define SAME(name) expectSameFunction(#name, ::name, model::name)
+
+TEST(Operators, EqualTheModel) {
+  SAME(VORN_saturate);
+  SAME(VORN_add);
+  SAME(VORN_sub);
+  SAME(VORN_abs_s);
+  SAME(VORN_negate);
+  SAME(VORN_extract_h);
+  SAME(VORN_extract_l);
+  SAME(VORN_L_mult);
+  SAME(VORN_mult);
+  SAME(VORN_mult_r);
+  SAME(VORN_round);
+  SAME(VORN_L_mac);
+  SAME(VORN_L_msu);
+  SAME(VORN_L_add);
+  SAME(VORN_L_sub);
+  SAME(VORN_L_negate);
+  SAME(VORN_L_abs);
+  SAME(VORN_L_deposit_h);
+  SAME(VORN_L_deposit_l);
+  SAME(VORN_norm_s);
+  SAME(VORN_norm_l);
+  SAME(VORN_shl);
+  SAME(VORN_shr);
+  SAME(VORN_L_shl);
+  SAME(VORN_L_shr);
+  SAME(VORN_L_shr_r);
+  SAME(VORN_Mpy_32_16);
+  SAME(VORN_L_mult32);
+  SAME(VORN_L_mpy_ll);
+}
+
+// Counts beyond the width and every shift within it.
+TEST(Operators, ShiftsTakeAnyCount) {
+  Random random(1);
+  for (int count = -40; count <= 40; ++count) {
+    for (int i = 0; i < 2000; ++i) {
+      const Word32 word = random.word32();
+      const auto half = static_cast<Word16>(word);
+      const auto n = static_cast<Word16>(i < 4 ? count * 819 : count);
+      ASSERT_EQ(VORN_shl(half, n), model::VORN_shl(half, n)) << half << " " << n;
+      ASSERT_EQ(VORN_shr(half, n), model::VORN_shr(half, n)) << half << " " << n;
+      ASSERT_EQ(VORN_L_shl(word, n), model::VORN_L_shl(word, n)) << word << " " << n;
+      ASSERT_EQ(VORN_L_shr(word, n), model::VORN_L_shr(word, n)) << word << " " << n;
+      ASSERT_EQ(VORN_L_shr_r(word, n), model::VORN_L_shr_r(word, n)) << word << " " << n;
+    }
+  }
+}
+
+TEST(Operators, Landmarks) {
+  EXPECT_EQ(VORN_L_mult(-32768, -32768), kMax);
+  EXPECT_EQ(VORN_mult(-32768, -32768), 32767);
+  EXPECT_EQ(VORN_mult_r(-32768, -32768), 32767);
+  EXPECT_EQ(VORN_round(0x7FFF8000), 32767);
+  EXPECT_EQ(VORN_shl(1, 15), 32767);
+  EXPECT_EQ(VORN_shl(-1, 15), -32768);
+  EXPECT_EQ(VORN_shr(-1, 20), -1);
+  EXPECT_EQ(VORN_L_shr(-5, 1), -3);
+  EXPECT_EQ(VORN_L_shr_r(-5, 1), -2);
+  EXPECT_EQ(VORN_L_shr_r(kMax, 32), 0);
+  EXPECT_EQ(VORN_norm_l(0), 0);
+  EXPECT_EQ(VORN_norm_l(-1), 31);
+  EXPECT_EQ(VORN_norm_s(-1), 15);
+  EXPECT_EQ(VORN_Mpy_32_16(kMax, 32767), 0x7FFEFFFF);
+  // The word's lowest 65536 values times -1: one unit early, then less the low half.
+  EXPECT_EQ(VORN_Mpy_32_16(kMin, -32768), kMax);
+  EXPECT_EQ(VORN_Mpy_32_16(kMin + 1, -32768), kMax - 1);
+  EXPECT_EQ(VORN_Mpy_32_16(kMin + 65535, -32768), kMax - 65535);
+  EXPECT_EQ(VORN_Mpy_32_16(kMin + 65536, -32768), kMax - 65535);
+  EXPECT_EQ(VORN_L_mpy_ll(kMin, kMin), kMax);
+  EXPECT_EQ(VORN_L_mpy_ll(-1, 1), -1);
+  // Each of the three saturations of the product without its low-by-low term.
+  EXPECT_EQ(VORN_L_mult32(kMin, kMin), kMax);
+  EXPECT_EQ(VORN_L_mult32(kMin, kMin + 65535), kMax - 65535);
+  EXPECT_EQ(VORN_L_saturate(2147483647.5), kMax);
+  EXPECT_EQ(VORN_L_saturate(-2147483648.5), kMin);
+  EXPECT_EQ(VORN_L_saturate(2147483647.0), kMax);
+  EXPECT_EQ(VORN_L_saturate(-2147483648.0), kMin);
+  EXPECT_EQ(VORN_L_saturate(-2.9), -2);
+  EXPECT_EQ(VORN_L_saturate(1e300), kMax);
+}
+
+// Q15 quotients over their whole domain, operand by operand against the 15 steps of the division.
+TEST(Operators, ShortDivisionOverItsDomain) {
+  for (int den = 1; den <= 32767; den += den < 200 ? 1 : 37) {
+    for (int num = 0; num <= den; num += den < 2000 ? 1 : 29) {
+      const auto n = static_cast<Word16>(num);
+      const auto d = static_cast<Word16>(den);
+      ASSERT_EQ(VORN_div_s(n, d), model::VORN_div_s(n, d)) << num << "/" << den;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace arvessa::test
