@@ -37,22 +37,22 @@
 extern "C" {
 #endif
 
-#define ARVESSA_WORK_BYTES 8132     /* bytes at `pWork` */
-#define ARVESSA_WORK_ALIGNMENT 4    /* of `pWork`, `in` and `out`, bytes */
-#define ARVESSA_SAMPLE_RATE 8000    /* Hz */
-#define ARVESSA_FRAME_SAMPLES 80    /* per microphone and frame: 10 ms */
-#define ARVESSA_BEAM_LATENCY 24     /* samples, beamformer alone */
-#define ARVESSA_ENGINE_LATENCY 48   /* samples, beamformer and engine */
+#define ARVESSA_WORK_BYTES 8132   /* bytes at `pWork` */
+#define ARVESSA_WORK_ALIGNMENT 4  /* of `pWork`, `in` and `out`, bytes */
+#define ARVESSA_SAMPLE_RATE 8000  /* Hz */
+#define ARVESSA_FRAME_SAMPLES 80  /* per microphone and frame: 10 ms */
+#define ARVESSA_BEAM_LATENCY 24   /* samples, beamformer alone */
+#define ARVESSA_ENGINE_LATENCY 48 /* samples, beamformer and engine */
 
 /* The caller's configuration, passed to both Arvessa_Init and Arvessa. */
 typedef struct ArvessaConfig {
-  void* pWork;           /* work buffer: ARVESSA_WORK_BYTES bytes, 4-byte aligned, not null */
-  int32_t workSize;      /* bytes available at `pWork`: at least ARVESSA_WORK_BYTES, signed */
-  uint8_t rateCode;      /* 0: 8 kHz, the only rate of the front end */
-  uint8_t nrEnable;      /* 1: the engine suppresses noise; 0: it does not */
-  uint8_t engineEnable;  /* 1: the engine runs after the beamformer; 0: it does not. As given to
-                            Arvessa_Init it also is the engine's levelling switch for the whole
-                            stream */
+  void* pWork;          /* work buffer: ARVESSA_WORK_BYTES bytes, 4-byte aligned, not null */
+  int32_t workSize;     /* bytes available at `pWork`: at least ARVESSA_WORK_BYTES, signed */
+  uint8_t rateCode;     /* 0: 8 kHz, the only rate of the front end */
+  uint8_t nrEnable;     /* 1: the engine suppresses noise; 0: it does not */
+  uint8_t engineEnable; /* 1: the engine runs after the beamformer; 0: it does not. As given to
+                           Arvessa_Init it also is the engine's levelling switch for the whole
+                           stream */
 } ArvessaConfig;
 
 /*

@@ -34,29 +34,29 @@
 extern "C" {
 #endif
 
-#define VORN_STATE_BYTES 7888     /* bytes at `pState` */
-#define VORN_STATE_ALIGNMENT 4    /* of `pState`, `in` and `out`, bytes */
-#define VORN_CHECK_VALUE 20       /* the only accepted `checkValue` */
+#define VORN_STATE_BYTES 7888      /* bytes at `pState` */
+#define VORN_STATE_ALIGNMENT 4     /* of `pState`, `in` and `out`, bytes */
+#define VORN_CHECK_VALUE 20        /* the only accepted `checkValue` */
 #define VORN_MAX_FRAME_SAMPLES 480 /* the longest frame, at 48 kHz */
 
 /* The engine's configuration. The caller keeps it and passes it to every call. */
 typedef struct VornConfig {
-  void* pState;         /* engine state: VORN_STATE_BYTES bytes, 4-byte aligned, not null */
-  int32_t stateSize;    /* bytes available at `pState`: at least VORN_STATE_BYTES, signed */
-  int16_t checkValue;   /* VORN_CHECK_VALUE; guards against an unfilled record */
-  uint8_t rateCode;     /* 0: 8 kHz, 80 samples a frame; 1: 16 kHz, 160; 2: 32 kHz, 320;
-                           3: 48 kHz, 480 */
-  uint8_t nrEnable;     /* 1: suppress noise; 0: do not. Noise tracking runs either way */
-  uint8_t agcEnable;    /* 1: level the voice; 0: do not */
-  uint8_t agcTableSel;  /* 2: from -1.9 to 8.9 dB of gain; 3 or 4: from 1.2 to 18.4 dB. Checked on
-                           every frame, also while `agcEnable` is 0 */
+  void* pState;        /* engine state: VORN_STATE_BYTES bytes, 4-byte aligned, not null */
+  int32_t stateSize;   /* bytes available at `pState`: at least VORN_STATE_BYTES, signed */
+  int16_t checkValue;  /* VORN_CHECK_VALUE; guards against an unfilled record */
+  uint8_t rateCode;    /* 0: 8 kHz, 80 samples a frame; 1: 16 kHz, 160; 2: 32 kHz, 320;
+                          3: 48 kHz, 480 */
+  uint8_t nrEnable;    /* 1: suppress noise; 0: do not. Noise tracking runs either way */
+  uint8_t agcEnable;   /* 1: level the voice; 0: do not */
+  uint8_t agcTableSel; /* 2: from -1.9 to 8.9 dB of gain; 3 or 4: from 1.2 to 18.4 dB. Checked on
+                          every frame, also while `agcEnable` is 0 */
 } VornConfig;
 
 /*
  * Initialises the state at `cfg->pState`; a second call restarts the engine.
  *
- * Reads `pState`, `stateSize` and `checkValue` only: the other fields are read, and checked, by each
- * VORN_Proc.
+ * Reads `pState`, `stateSize` and `checkValue` only: the other fields are read, and checked, by
+ * each VORN_Proc.
  *
  * Returns 0; -1 if `cfg` or `pState` is null or `pState` is not 4-byte aligned; -2 if `checkValue`
  * is not VORN_CHECK_VALUE or `stateSize` is too small. A refused call writes nothing.
@@ -70,9 +70,9 @@ ARVESSA_API Word16 VORN_Init(VornConfig* cfg);
  * length      samples available at `in`, at least N; those beyond N are not used
  * out         N samples of Q15, 4-byte aligned; must not overlap `in`
  * lengthWord  on entry the capacity of `out` in samples, at least N; on success set to N
- * cfg         as given to VORN_Init. Switches, gain table and rate are read afresh on every call and
- *             may change from frame to frame. A change of rate is accepted, but the state then
- *             carries the history of the old geometry; call VORN_Init for a clean start.
+ * cfg         as given to VORN_Init. Switches, gain table and rate are read afresh on every call
+ * and may change from frame to frame. A change of rate is accepted, but the state then carries the
+ * history of the old geometry; call VORN_Init for a clean start.
  *
  * With both switches 0 the frame is passed through unchanged while the noise estimate keeps
  * tracking, so that a later frame with a switch on starts warm.

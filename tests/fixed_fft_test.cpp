@@ -1,9 +1,10 @@
 // The fixed-point transform: bit for bit against the model at every level, full scale included, and
 // against a DFT in double precision.
+#include "engine/fixed_fft.h"
+
 #include <cmath>
 #include <complex>
 
-#include "engine/fixed_fft.h"
 #include "model_fft.h"
 #include "support.h"
 
@@ -112,7 +113,9 @@ TEST_P(FixedFft, IsTheDftAndItsInverse) {
                static_cast<double>(samples[static_cast<std::size_t>(m)]);
     }
     exact /= n / 2;
-    const auto at = [&](int i) { return static_cast<double>(spectrum[static_cast<std::size_t>(i)]); };
+    const auto at = [&](int i) {
+      return static_cast<double>(spectrum[static_cast<std::size_t>(i)]);
+    };
     const std::complex<double> got = bin == 0       ? at(0)
                                      : bin == n / 2 ? at(1)
                                                     : std::complex(at(2 * bin), at(2 * bin + 1));

@@ -20,7 +20,8 @@ const unsigned short* const kPhase = MVDR_CONST_TABLE_PHASE_INDEX_8K;
 
 Block randomBlock(Random& random, std::size_t n, int round) {
   Block block(n);
-  for (float& x : block) x = static_cast<float>(random.wordOf(15)) * std::ldexp(1.0F, round % 40 - 30);
+  for (float& x : block)
+    x = static_cast<float>(random.wordOf(15)) * std::ldexp(1.0F, round % 40 - 30);
   if (round % 3 == 0) {
     for (float& x : block) x = random.below(2) == 0 ? x : random.below(2) == 0 ? 0.0F : -0.0F;
   }
@@ -52,10 +53,12 @@ TEST(FloatFft, EqualsTheModel) {
     MVDR_FFT(got.data(), n, n / 2, stages, w, p, gotOut.data());
     model::MVDR_FFT(want.data(), n, n / 2, stages, w, p, wantOut.data());
     ASSERT_NO_FATAL_FAILURE(expectSameArray(got.data(), want.data(), block.size(), "pairs"));
-    ASSERT_NO_FATAL_FAILURE(expectSameArray(gotOut.data(), wantOut.data(), block.size(), "forward"));
+    ASSERT_NO_FATAL_FAILURE(
+        expectSameArray(gotOut.data(), wantOut.data(), block.size(), "forward"));
     MVDR_IFFT(block.data(), n, n / 2, stages, w, p, gotOut.data());
     model::MVDR_IFFT(block.data(), n, n / 2, stages, w, p, wantOut.data());
-    ASSERT_NO_FATAL_FAILURE(expectSameArray(gotOut.data(), wantOut.data(), block.size(), "inverse"));
+    ASSERT_NO_FATAL_FAILURE(
+        expectSameArray(gotOut.data(), wantOut.data(), block.size(), "inverse"));
     got = want = block;
     MVDR_Complex_FFT(got.data(), n, n / 2, stages, w, p);
     model::MVDR_Complex_FFT(want.data(), n, n / 2, stages, w, p);

@@ -123,7 +123,8 @@ TEST(BlockFloat, EqualsTheModelAtEveryLevel) {
     random.fill(block.data(), block.size(), bits);
     if (round % 7 == 0) std::fill(block.begin(), block.end(), 0);
     // A power of two of either sign, where the two signs have different norms.
-    if (round % 5 == 0) block[static_cast<std::size_t>(random.below(n))] = (-2147483647 - 1) >> bits;
+    if (round % 5 == 0)
+      block[static_cast<std::size_t>(random.below(n))] = (-2147483647 - 1) >> bits;
     std::vector<Word32> want = block;
     const auto headroom = static_cast<Word16>(random.below(12));
     ASSERT_EQ(WVQE_Block_Norm(block.data(), n, headroom),

@@ -1,5 +1,5 @@
-// The saturating operators: against the model over boundaries and random operands, over whole 16-bit
-// domains, and at the landmarks of their definitions.
+// The saturating operators: against the model over boundaries and random operands, over whole
+// 16-bit domains, and at the landmarks of their definitions.
 #include "fixedpoint/operators_api.h"
 #include "model_arithmetic.h"
 #include "support.h"

@@ -24,7 +24,8 @@ static_assert(sizeof(::WvqeState) == sizeof(model::WvqeState), "same fields, sam
 
 Word32 magnitude(Random& random) { return (random.wordOf(31) & 0x7FFFFFFF) >> random.below(31); }
 
-// Two states, the library's and the model's, with the same random content within the fields' ranges.
+// Two states, the library's and the model's, with the same random content within the fields'
+// ranges.
 struct States {
   explicit States(Random& random) {
     VQE_Init(&library);
@@ -39,9 +40,8 @@ struct States {
     library.deemphMem = random.word32();
     library.inputExp = static_cast<Word16>(random.below(40) - 10);
     library.floorLevel = static_cast<Word16>(random.below(18));
-    library.frameCountSat = static_cast<std::uint16_t>(1 + (random.below(3) == 0
-                                                                ? random.below(3)
-                                                                : random.below(32767)));
+    library.frameCountSat = static_cast<std::uint16_t>(
+        1 + (random.below(3) == 0 ? random.below(3) : random.below(32767)));
     library.minWinCount = static_cast<std::uint32_t>(random.below(160));
     library.agcEnvFast = magnitude(random);
     library.agcEnvSlow = magnitude(random);
@@ -93,9 +93,9 @@ TEST(Stages, AnalysisEqualsTheModel) {
     Word32 spectrum[2][512];
     Word32 specWork[2][512];
     const auto rateCode = static_cast<Word16>(sizeCode == 1 && round % 2 == 0 ? 3 : sizeCode);
-    WVQE_Analysis(got.data(), power[0], band[0], time[0], spectrum[0], specWork[0], nullptr, nullptr,
-                  nullptr, b.left, b.filterLeft, b.right, b.filterRight, g.frame, g.bins, g.history,
-                  rateCode, &s.library);
+    WVQE_Analysis(got.data(), power[0], band[0], time[0], spectrum[0], specWork[0], nullptr,
+                  nullptr, nullptr, b.left, b.filterLeft, b.right, b.filterRight, g.frame, g.bins,
+                  g.history, rateCode, &s.library);
     model::WVQE_Analysis(want.data(), power[1], band[1], time[1], spectrum[1], specWork[1], nullptr,
                          nullptr, nullptr, b.left, b.filterLeft, b.right, b.filterRight, g.frame,
                          g.bins, g.history, rateCode, &s.model);
@@ -323,7 +323,8 @@ TEST(Stages, BandSplitEqualsTheModel) {
     const int len = round % 3 == 0 ? 160 : round % 3 == 1 ? 1 + random.below(160) : 200;
     std::vector<Word16> in(static_cast<std::size_t>(3 * len));
     const int bits = random.below(17);
-    for (Word16& x : in) x = static_cast<Word16>(random.wordOf(31) >> (31 - bits + (bits == 16 ? 1 : 0)));
+    for (Word16& x : in)
+      x = static_cast<Word16>(random.wordOf(31) >> (31 - bits + (bits == 16 ? 1 : 0)));
     std::vector<Word16> low[2];
     std::vector<Word16> high[2];
     std::vector<Word16> out[2];
@@ -359,8 +360,8 @@ TEST(Stages, OutputFilterEqualsTheModel) {
     Word16 out[2][320];
     VORN_WVQE_MainProcess_ASM(s.library.olaBuffer, time[0], &s.library.deemphMem, out[0], g.frame,
                               g.bins);
-    model::VORN_WVQE_MainProcess_ASM(s.model.olaBuffer, time[1], &s.model.deemphMem, out[1], g.frame,
-                                     g.bins);
+    model::VORN_WVQE_MainProcess_ASM(s.model.olaBuffer, time[1], &s.model.deemphMem, out[1],
+                                     g.frame, g.bins);
     expectSameArray(out[0], out[1], static_cast<std::size_t>(g.frame), "out");
     s.expectSame("output filter");
     if (HasFailure()) FAIL() << "round " << round;

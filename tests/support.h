@@ -51,8 +51,8 @@ class Random {
   T draw();
 
  private:
-  static constexpr std::array<Word32, 8> kEnds = {
-      2147483647, -2147483647 - 1, 0, 0x40000000, -0x40000000, 0x7FFF0000, 65536, -65536};
+  static constexpr std::array<Word32, 8> kEnds = {2147483647,  -2147483647 - 1, 0,     0x40000000,
+                                                  -0x40000000, 0x7FFF0000,      65536, -65536};
   std::uint64_t state_;
 };
 

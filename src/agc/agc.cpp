@@ -99,8 +99,7 @@ void VED_AGC_Process(WvqeState* state, const Word16* x, const Word32* table, Wor
 }
 
 Word16 AGC_norm_l(Word32 v) {
-  return v == 0 ? Word16{0}
-                : static_cast<Word16>(std::countl_zero(static_cast<std::uint32_t>(v)));
+  return v == 0 ? Word16{0} : static_cast<Word16>(std::countl_zero(static_cast<std::uint32_t>(v)));
 }
 
 }  // extern "C"

@@ -1,16 +1,17 @@
 #pragma once
 // Real FFT in single precision: a half-size complex transform (Cooley and Tukey 1965, radix 2,
-// decimation in time) and one pass between the spectrum of the sample pairs and that of the samples.
+// decimation in time) and one pass between the spectrum of the sample pairs and that of the
+// samples.
 //
 // Packed half spectrum of n real samples, n floats: element 0 the real value of bin 0, element 1
-// the real value of bin n/2, elements 2b and 2b+1 the real and imaginary parts of bin b. The forward
-// transform is scaled by 2/n, the inverse by n/2: one after the other returns the block, within the
-// rounding of the tables (4.4e-4 of its peak).
+// the real value of bin n/2, elements 2b and 2b+1 the real and imaginary parts of bin b. The
+// forward transform is scaled by 2/n, the inverse by n/2: one after the other returns the block,
+// within the rounding of the tables (4.4e-4 of its peak).
 //
-// n: floats of the block, 4..128 with the library's tables; half: n/2; stages: log2(n/2), at most 6;
-// twiddle: n/2 pairs as in MVDR_CONST_TABLE_FFT_fCOEF_8K; phaseIndex: steps between the twiddles of
-// neighbouring columns by stage. Nothing is checked. The order of the single-precision operations is
-// part of the result.
+// n: floats of the block, 4..128 with the library's tables; half: n/2; stages: log2(n/2), at most
+// 6; twiddle: n/2 pairs as in MVDR_CONST_TABLE_FFT_fCOEF_8K; phaseIndex: steps between the twiddles
+// of neighbouring columns by stage. Nothing is checked. The order of the single-precision
+// operations is part of the result.
 
 #include "ArvessaTypes.h"
 

@@ -10,12 +10,13 @@ namespace {
 constexpr int kBlock = kFloatFftSize;
 constexpr int kBins = kBlock / 2;
 constexpr int kWindow = kBeamFrame + kBeamHistory;
-constexpr int kFirstEnergyBin = 16;              // 1000 Hz
-constexpr std::uint32_t kDecisionPeriod = 16;    // frames
+constexpr int kFirstEnergyBin = 16;               // 1000 Hz
+constexpr std::uint32_t kDecisionPeriod = 16;     // frames
 constexpr std::int32_t kLastImmediateCount = 63;  // the first four decisions take effect at once
 
 // A packed half spectrum with its real and imaginary parts apart. Bin 0 holds the DC value as its
-// real and the Nyquist value as its imaginary part, and is weighted as if it were one complex value.
+// real and the Nyquist value as its imaginary part, and is weighted as if it were one complex
+// value.
 struct Spectrum {
   float re[kBins];
   float im[kBins];

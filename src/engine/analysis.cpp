@@ -10,7 +10,7 @@
 namespace arvessa {
 namespace {
 
-constexpr Word16 kAnalysisHeadroom = 6;  // bits
+constexpr Word16 kAnalysisHeadroom = 6;      // bits
 constexpr Word32 kPreemphasis = -866019132;  // -0.40327 in Q31
 
 Word16 sizeCodeOf(int bins) {
@@ -18,7 +18,9 @@ Word16 sizeCodeOf(int bins) {
   return bins == 128 ? 1 : 2;
 }
 
-Geometry geometryOf(int sizeCode) { return kGeometry[sizeCode == 0 || sizeCode == 1 ? sizeCode : 2]; }
+Geometry geometryOf(int sizeCode) {
+  return kGeometry[sizeCode == 0 || sizeCode == 1 ? sizeCode : 2];
+}
 
 const Word16* windowOf(int sizeCode) {
   if (sizeCode == 0) return WVQE_CONST_TABLE_WIN_8k;

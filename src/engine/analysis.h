@@ -1,6 +1,6 @@
 #pragma once
-// Spectral analysis of a frame: normalisation, pre-emphasis, overlap with the previous frame, window,
-// transform, power per bin and per band.
+// Spectral analysis of a frame: normalisation, pre-emphasis, overlap with the previous frame,
+// window, transform, power per bin and per band.
 
 #include "engine/engine_state.h"
 

@@ -13,21 +13,22 @@ constexpr int kTaps = kFilterOrder + 1;
 constexpr int kDecimation = 3;
 constexpr int kMaxLow = 160;
 
-// One filter with its memories laid out in time: the ten values before the block, oldest first, then
-// the block itself.
+// One filter with its memories laid out in time: the ten values before the block, oldest first,
+// then the block itself.
 //
 // No sum of the recursion can saturate, whatever the memories hold: sum |B| 2^15 / 2^15 is below
 // 2^31 for both filters, and sum |B| / 8 + sum |A| too. So the saturating sums are plain ones.
 template <int kMemoryShift>
 class Filter {
  public:
-  Filter(const Word32* b, const Word32* a, Word16* x, Word32* y) : b_(b), a_(a), xMem_(x), yMem_(y) {
+  Filter(const Word32* b, const Word32* a, Word16* x, Word32* y)
+      : b_(b), a_(a), xMem_(x), yMem_(y) {
     std::reverse_copy(x, x + kFilterOrder, x_);
     std::reverse_copy(y, y + kFilterOrder, y_);
   }
 
-  // Filters x, which follows the memory; n counts from the first sample of the block. The output has
-  // 13 - kMemoryShift more fraction bits than the input.
+  // Filters x, which follows the memory; n counts from the first sample of the block. The output
+  // has 13 - kMemoryShift more fraction bits than the input.
   Word32 step(int n, Word16 x) {
     Word16* xNow = x_ + kFilterOrder + n;
     Word32* yNow = y_ + kFilterOrder + n;
@@ -79,9 +80,9 @@ const Word32 AEC_CONST_LPF_B[11] = {1555398, -527,    3893368, 1915471, 4733362,
 const Word32 AEC_CONST_LPF_A[11] = {67108864,  -198873215, 355690468, -398456778,
                                     327610495, -189089847, 82965782,  -24358083,
                                     5499931,   -552504,    74750};
-const Word32 AEC_CONST_HPF_B[11] = {1787206,    -14781815, 57595579,   -138815188,
-                                    228773752,  -269118378, 228773752, -138815188,
-                                    57595579,   -14781815, 1787206};
+const Word32 AEC_CONST_HPF_B[11] = {1787206,   -14781815,  57595579,  -138815188,
+                                    228773752, -269118378, 228773752, -138815188,
+                                    57595579,  -14781815,  1787206};
 const Word32 AEC_CONST_HPF_A[11] = {8388608,   -46670222,  127697504, -221896864,
                                     268508665, -234914404, 149844223, -68607696,
                                     21536335,  -4180170,   380767};

@@ -1,7 +1,7 @@
+#include "engine/engine_init.h"
+
 #include <algorithm>
 #include <iterator>
-
-#include "engine/engine_init.h"
 
 extern "C" {
 

@@ -5,10 +5,10 @@
 
 namespace arvessa {
 
-inline constexpr int kBands = 24;            // of the filterbank, at every rate
-inline constexpr int kMaxBins = 256;         // at 32 kHz
-inline constexpr int kMaxFrame = 320;        // samples through the spectral chain, at 32 kHz
-inline constexpr int kMaxTransform = 512;    // real points, at 32 kHz
+inline constexpr int kBands = 24;          // of the filterbank, at every rate
+inline constexpr int kMaxBins = 256;       // at 32 kHz
+inline constexpr int kMaxFrame = 320;      // samples through the spectral chain, at 32 kHz
+inline constexpr int kMaxTransform = 512;  // real points, at 32 kHz
 inline constexpr int kMaxFullbandFrame = VORN_MAX_FRAME_SAMPLES;
 inline constexpr int kFilterOrder = 10;      // of the band split and synthesis filters
 inline constexpr int kUpperBandDelay = 624;  // samples at 48 kHz: one frame and 144 samples

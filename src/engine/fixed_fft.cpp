@@ -11,8 +11,8 @@ namespace arvessa {
 namespace {
 
 struct Size {
-  int points;      // N
-  int stages;      // log2 N - 1, those after the first
+  int points;  // N
+  int stages;  // log2 N - 1, those after the first
   const Word16* coef;
   const Word16* rearranged;
 };
@@ -51,12 +51,12 @@ struct WithHeadroom {
 };
 
 // Forward, no complex value grows beyond the largest magnitude of the input, sqrt(2) times its
-// largest component, by more than the roundings: a stage halves the sum of two. Inside a stage and in
-// the split step the sums stay below 4.9 times that. So components below 2^28 never saturate.
+// largest component, by more than the roundings: a stage halves the sum of two. Inside a stage and
+// in the split step the sums stay below 4.9 times that. So components below 2^28 never saturate.
 bool hasForwardHeadroom(const Word32* x, int words) { return magnitudeBits(x, words) < (1U << 28); }
 
-// Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in the
-// split step) and the roundings. So a sum of all components below 2^29 never saturates.
+// Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in
+// the split step) and the roundings. So a sum of all components below 2^29 never saturates.
 bool hasInverseHeadroom(const Word32* x, int words) {
   std::uint64_t sum = 0;
   for (int i = 0; i < words; ++i) {
@@ -103,8 +103,8 @@ void firstStage(const Word32* src, Word32* dst, const Size& size) {
   }
 }
 
-// Stage s: 2^s twiddles, each for a run of neighbouring butterflies; each is stored twice, but in the
-// last stage, where a run is a single butterfly.
+// Stage s: 2^s twiddles, each for a run of neighbouring butterflies; each is stored twice, but in
+// the last stage, where a run is a single butterfly.
 template <class Arith, bool kInverse>
 void stage(const Word32* in, Word32* out, const Size& size, int s, const Word16* twiddle) {
   const int run = size.points >> (s + 1);

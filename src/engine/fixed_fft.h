@@ -1,13 +1,13 @@
 #pragma once
-// Real FFT in 32-bit fixed point: a half-size complex transform, radix 2 in constant geometry (Pease
-// 1968): every stage reads neighbouring points and writes its two results half the block apart, so
-// that all stages address alike and read their twiddles in sequence; and one pass between the
-// spectrum of the sample pairs and that of the samples.
+// Real FFT in 32-bit fixed point: a half-size complex transform, radix 2 in constant geometry
+// (Pease 1968): every stage reads neighbouring points and writes its two results half the block
+// apart, so that all stages address alike and read their twiddles in sequence; and one pass between
+// the spectrum of the sample pairs and that of the samples.
 //
 // A real block of 2N words x[m] counts as N complex points x[2n] + j x[2n+1]. Packed spectrum, 2N
-// words: the real values of bins 0 and N, then real and imaginary part of bins 1..N-1. Forward, each
-// stage halves: the result is the DFT divided by N. Inverse: not halved, so it returns the block.
-// All sums saturate. Twiddles are pairs (cos t, -sin t) in Q15.
+// words: the real values of bins 0 and N, then real and imaginary part of bins 1..N-1. Forward,
+// each stage halves: the result is the DFT divided by N. Inverse: not halved, so it returns the
+// block. All sums saturate. Twiddles are pairs (cos t, -sin t) in Q15.
 //
 // Sizes: n = 2N = 128, 256 and 512, selector `sel` 0, 1 and 2, at 8, 16 and 32 kHz. Points, stages,
 // twiddles, reordering, twiddle position and pair counter are accepted for the interface's sake and
@@ -35,8 +35,8 @@ extern ARVESSA_API const unsigned char u8BitRTab[256];
 ARVESSA_API void WVQE_FFT(Word32* x, Word16 n, Word16 points, Word16 stages, const Word16* twiddles,
                           const Word16* reordering, Word32* out);
 
-// A packed spectrum in `X`, left as it is, to n samples in `out`. For another n the unpacking counts
-// it as 128 and the complex transform as 512: `out` then needs 512 words.
+// A packed spectrum in `X`, left as it is, to n samples in `out`. For another n the unpacking
+// counts it as 128 and the complex transform as 512: `out` then needs 512 words.
 ARVESSA_API void WVQE_IFFT(const Word32* X, Word16 n, Word16 points, Word16 stages,
                            const Word16* twiddles, const Word16* reordering, Word32* out);
 

@@ -14,7 +14,7 @@ Word32 WVQE_Hypergeom_Gain(Word32 v) {
   const Word32 step = v >> kStepBits;
   if (step < 0) return kMax16;
   if (step > 19) return lAdd(kMax16, quotient(1087164, v >> 3));  // 0.1296 in Q15 x Q8
-  const Word32 fraction = (v - (step << kStepBits)) << 5;  // Q15
+  const Word32 fraction = (v - (step << kStepBits)) << 5;         // Q15
   const Word32 left = (kMax16 - fraction) * WVQE_CONST_TABLE_HYPERGEOM_GAIN[step];
   const Word32 right = fraction * WVQE_CONST_TABLE_HYPERGEOM_GAIN[step + 1];
   const Word32 value = (left + right) >> 7;  // T in Q21

@@ -8,11 +8,11 @@
 namespace arvessa {
 namespace {
 
-constexpr Word16 kMinAlpha = 328;      // 0.01 in Q15
-constexpr Word32 kPowerOffset = 20;    // keeps the tests quiet in silence
-constexpr Word16 kBinScale = 10158;    // 0.31: one in 3.2
-constexpr Word16 kFrameScale = 2000;   // 0.061: one in 16.4
-constexpr Word16 kNoiseBits = 7;       // extra fraction bits of the noise estimate
+constexpr Word16 kMinAlpha = 328;     // 0.01 in Q15
+constexpr Word32 kPowerOffset = 20;   // keeps the tests quiet in silence
+constexpr Word16 kBinScale = 10158;   // 0.31: one in 3.2
+constexpr Word16 kFrameScale = 2000;  // 0.061: one in 16.4
+constexpr Word16 kNoiseBits = 7;      // extra fraction bits of the noise estimate
 
 // Frames of the minimum search window less one, by the frames since initialisation.
 std::int32_t windowThreshold(int frame) {
@@ -59,10 +59,10 @@ void WVQE_Noise_Vad(WvqeState* state, int K, const Word32* powerSpec, unsigned c
 
 void VORN_WVQE_Noise_Vad1_ASM(Word32* psdSmooth, const Word32* powerSpec, int K) {
   using namespace arvessa;
-  constexpr Word16 kOld = 26214;     // 0.8 in Q15
-  constexpr Word16 kEdge = 6554;     // 0.2
-  constexpr Word16 kCentre = 3277;   // 0.1
-  constexpr Word16 kSide = 1638;     // 0.05
+  constexpr Word16 kOld = 26214;    // 0.8 in Q15
+  constexpr Word16 kEdge = 6554;    // 0.2
+  constexpr Word16 kCentre = 3277;  // 0.1
+  constexpr Word16 kSide = 1638;    // 0.05
   // The weights of a bin add up to 1 at the most, so no sum can saturate.
   psdSmooth[0] = mpy32x16(psdSmooth[0], kOld) + mpy32x16(powerSpec[0], kEdge);
   for (int k = 1; k < K - 1; ++k) {

@@ -159,8 +159,7 @@ void WVQE_MainProcess(const Word16* in, WvqeState* state, int N, int K, Word16 L
   Word16 highBand[kMaxFullbandFrame];
   AEC_Split_Ne(in, lowBand, highBand, kLowFrame, state->splitLpfX, state->splitLpfY,
                state->splitHpfX, state->splitHpfY);
-  const Word16 gain =
-      processLowBand(lowBand, state, kLowFrame, K, L, rateCode, suppress, out);
+  const Word16 gain = processLowBand(lowBand, state, kLowFrame, K, L, rateCode, suppress, out);
   AEC_Syn_Ne(out, state->hbDelay, out, kLowFrame, state->synLpfX, state->synLpfY);
   delayUpperBand(state->hbDelay, highBand, gain);
 }

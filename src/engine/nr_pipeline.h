@@ -6,7 +6,8 @@
 extern "C" {
 
 // One frame of 80, 160, 320 or 480 samples of Q15, by the rate code of `cfg`: advances the frame
-// counters and runs WVQE_MainProcess with the rate's geometry. `in` and `out` may be the same frame.
+// counters and runs WVQE_MainProcess with the rate's geometry. `in` and `out` may be the same
+// frame.
 ARVESSA_API void WVQE_NR_Proc(const Word16* in, Word16* out, const VornConfig* cfg,
                               WvqeState* state);
 
@@ -17,8 +18,8 @@ ARVESSA_API void WVQE_MainProcess(const Word16* in, WvqeState* state, int N, int
                                   Word16 rateCode, unsigned char nrEnable, Word16* out);
 
 // Overlap-add of the 2K words of `timeBuf` with the 2K - N of `olaBuffer`, which receives the new
-// overlap, and de-emphasis y[n] = x[n] + 0.40327 y[n-1] with its memory in `deemphMem`. The N output
-// samples are twice the rounded upper half, saturated: Q15.
+// overlap, and de-emphasis y[n] = x[n] + 0.40327 y[n-1] with its memory in `deemphMem`. The N
+// output samples are twice the rounded upper half, saturated: Q15.
 ARVESSA_API void VORN_WVQE_MainProcess_ASM(Word32* olaBuffer, Word32* timeBuf, Word32* deemphMem,
                                            Word16* out, int N, Word16 K);
 

@@ -47,8 +47,7 @@ Word16 rootQ15(Word16 value) { return low16(squareRoot(Word32{value} * 32768)); 
 // 10^(dB/20) in Q15, dB <= 0.
 Word16 amplitudeOfDb(Word16 db) {
   constexpr Word32 kNepersPerDb = 236;  // ln(10)/20 in Q11
-  return static_cast<Word16>(
-      std::min(expQ11(low16(kNepersPerDb * db)) >> 1, Word32{kMax16}));
+  return static_cast<Word16>(std::min(expQ11(low16(kNepersPerDb * db)) >> 1, Word32{kMax16}));
 }
 
 }  // namespace
@@ -105,8 +104,8 @@ void VORN_NR_Gain_Proc2_ASM(const Word16* priorSnr, const Word32* bandPower, Wor
     const Word16 wiener = low16(quotient(lShl(xi, 15), add(xi, kUnityQ8)));
     const Word32 gamma = lAdd(2048, lShl(postSnr[b], 3));  // Q11
     const Word32 v = mpy32x16(gamma, wiener);              // Q11
-    const Word16 gain = static_cast<Word16>(
-        std::min(mpy32x16(WVQE_Hypergeom_Gain(v), wiener), Word32{kMax16}));
+    const Word16 gain =
+        static_cast<Word16>(std::min(mpy32x16(WVQE_Hypergeom_Gain(v), wiener), Word32{kMax16}));
     gainH1[b] = gain;
     // 0.8 gain^2 and 0.2.
     bandSnrState[b] = lAdd(mpy32x16(bandPower[b], mult(mult(gain, gain), 26214)),

@@ -1,7 +1,7 @@
 #pragma once
-// Suppression gain: the beta-order MMSE amplitude estimator (You, Koh and Rahardja 2005, beta = 0.5)
-// in 24 bands, mixed with an adaptive floor by the speech presence probability (Cohen 2002), and
-// spread to the bins.
+// Suppression gain: the beta-order MMSE amplitude estimator (You, Koh and Rahardja 2005, beta =
+// 0.5) in 24 bands, mixed with an adaptive floor by the speech presence probability (Cohen 2002),
+// and spread to the bins.
 
 #include "engine/engine_state.h"
 
@@ -31,12 +31,12 @@ ARVESSA_API void VORN_NR_Gain_Proc1_ASM(Word16* bandSmooth, const Word16* priorS
 // Gain under speech presence and speech presence probability, both Q15, and the clean-speech power
 // of the next frame's a priori SNR. globalPresence: 4024..32734, Q15.
 ARVESSA_API void VORN_NR_Gain_Proc2_ASM(const Word16* priorSnr, const Word32* bandPower,
-                                        Word16* gainH1, Word32* bandSnrState,
-                                        const Word16* postSnr, const Word16* bandSmooth,
-                                        Word16* speechProb, Word16 globalPresence);
+                                        Word16* gainH1, Word32* bandSnrState, const Word16* postSnr,
+                                        const Word16* bandSmooth, Word16* speechProb,
+                                        Word16 globalPresence);
 
-// Applies the floor to gainH1, in place, and mixes: bandGain = (p sqrt(gainH1) + (1 - p) sqrt(floor))
-// squared, Q15.
+// Applies the floor to gainH1, in place, and mixes: bandGain = (p sqrt(gainH1) + (1 - p)
+// sqrt(floor)) squared, Q15.
 ARVESSA_API void VORN_NR_Gain_Proc3_ASM(const Word32* bandNoise, Word16* gainH1,
                                         const Word16* speechProb, Word16* bandGain,
                                         Word16 floorGain);

@@ -78,8 +78,8 @@ constexpr Word32 quotientPlain(Word32 num, Word32 den) {
   if (num == den) return 1;
   const Word16 numNorm = normL(num);
   const Word16 denNorm = normL(den);
-  const Word32 fraction = restoringQuotientPlain(lShl(num, static_cast<Word16>(numNorm - 1)),
-                                                 lShl(den, denNorm));
+  const Word32 fraction =
+      restoringQuotientPlain(lShl(num, static_cast<Word16>(numNorm - 1)), lShl(den, denNorm));
   return lShr(fraction, static_cast<Word16>(numNorm + 30 - denNorm));
 }
 
@@ -101,8 +101,8 @@ constexpr Word32 quotient(Word32 num, Word32 den) {
   return static_cast<Word32>((static_cast<std::uint64_t>(numerator) << (31 - exponent)) / divisor);
 }
 
-// The numerator and denominator of a 32/16-bit quotient, both reduced by the same power of two until
-// the denominator is below 32768. The bits shifted out of the two are lost.
+// The numerator and denominator of a 32/16-bit quotient, both reduced by the same power of two
+// until the denominator is below 32768. The bits shifted out of the two are lost.
 struct Ratio {
   Word32 num;
   Word32 den;

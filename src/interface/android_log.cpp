@@ -1,5 +1,5 @@
-// Stand-in for the platform's log where there is none: one line in logcat's brief format on standard
-// error. Weak, so that a program that defines its own log function is called instead.
+// Stand-in for the platform's log where there is none: one line in logcat's brief format on
+// standard error. Weak, so that a program that defines its own log function is called instead.
 #ifndef __ANDROID__
 
 #include "interface/android_log.h"
@@ -8,8 +8,10 @@
 #include <cstdio>
 #include <cstring>
 
-extern "C" __attribute__((weak, visibility("default"))) int __android_log_print(
-    int priority, const char* tag, const char* format, ...) {
+extern "C" __attribute__((weak, visibility("default"))) int __android_log_print(int priority,
+                                                                                const char* tag,
+                                                                                const char* format,
+                                                                                ...) {
   constexpr char kLetters[] = "??VDIWEFS";  // by Android's priorities 0..8
   const char letter = priority >= 0 && priority <= 8 ? kLetters[priority] : '?';
   char text[256];

@@ -1,0 +1,76 @@
+"""What the tests of the command share: running it, and recordings as lists of samples."""
+
+import array
+import math
+import operator
+import os
+import random
+import subprocess
+import sys
+import tempfile
+import unittest
+import wave
+
+COMMAND = os.environ["ARVESSA_COMMAND"]
+SPEECH = os.path.join(os.path.dirname(__file__), "..", "..", "audio", "speech_female_16k.wav")
+
+
+def pcm(data):
+    samples = array.array("h", data)
+    if sys.byteorder == "big":
+        samples.byteswap()
+    return samples
+
+
+def level(samples):
+    return 10 * math.log10(sum(map(operator.mul, samples, samples)) / len(samples) / 32768**2 + 1e-10)
+
+
+def lag(late, early, reach):
+    """By how many samples `late` lags `early`, searched within +-reach."""
+    middle = early[reach : len(early) - reach]
+
+    def likeness(shift):
+        return sum(map(operator.mul, middle, late[reach + shift : reach + shift + len(middle)]))
+
+    return max(range(-reach, reach + 1), key=likeness)
+
+
+def noise(count, seed=1, amplitude=3000):
+    generator = random.Random(seed)
+    return [int(generator.gauss(0, amplitude)) for _ in range(count)]
+
+
+class CommandTest(unittest.TestCase):
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.directory = directory.name
+
+    def path(self, name):
+        return os.path.join(self.directory, name)
+
+    def run_command(self, *arguments, code=0, **options):
+        options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "timeout": 120, **options}
+        done = subprocess.run([COMMAND, *map(str, arguments)], **options)
+        self.assertEqual(done.returncode, code, done.stderr.decode())
+        return done
+
+    def write(self, name, channels, rate=8000):
+        interleaved = array.array("h", [sample for frame in zip(*channels) for sample in frame])
+        with wave.open(self.path(name), "wb") as file:
+            file.setparams((len(channels), 2, rate, 0, "NONE", ""))
+            file.writeframes(interleaved.tobytes())
+        return self.path(name)
+
+    def read(self, name, rate=8000, channels=1):
+        with wave.open(self.path(name), "rb") as file:
+            self.assertEqual((file.getframerate(), file.getnchannels()), (rate, channels))
+            samples = pcm(file.readframes(file.getnframes()))
+        split = [list(samples[c::channels]) for c in range(channels)]
+        return split[0] if channels == 1 else split
+
+    def scene(self, *arguments):
+        """A scene of 8 kHz as two lists; its file is scene.wav."""
+        self.run_command("scene", SPEECH, "--rate", 8000, "-o", self.path("scene.wav"), *arguments)
+        return self.read("scene.wav", channels=2)

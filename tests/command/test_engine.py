@@ -1,0 +1,51 @@
+import unittest
+
+from support import SPEECH, CommandTest, lag, level, noise
+
+
+class Engine(CommandTest):
+    def engine(self, source, *arguments, rate=8000, channels=1):
+        self.run_command("engine", self.path(source), "-o", self.path("out.wav"), *arguments)
+        return self.read("out.wav", rate, channels)
+
+    def test_without_work_every_sample_passes(self):
+        channels = [noise(1234, seed) for seed in range(3)]
+        for rate in (8000, 16000, 32000, 48000):
+            self.write("in.wav", channels, rate)
+            self.assertEqual(self.engine("in.wav", "--no-nr", "--no-agc", rate=rate, channels=3), channels)
+
+    def test_output_lies_under_the_input_at_every_rate(self):
+        for rate in (8000, 11025, 16000, 22050, 32000, 44100, 48000, 96000):
+            self.run_command("scene", SPEECH, "--noise", "none", "--rate", rate, "-o", self.path("s.wav"))
+            speech, _ = self.read("s.wav", rate, 2)
+            speech = speech[rate : 2 * rate + 3]
+            self.write("in.wav", [speech], rate)
+            enhanced = self.engine("in.wav", "--no-nr", rate=rate)
+            self.assertEqual(len(enhanced), len(speech), rate)
+            # The lower band at 48 kHz has no delay of whole samples.
+            self.assertLessEqual(abs(lag(enhanced, speech, 40)), 1 if rate > 32000 else 0, rate)
+
+    def test_channels_are_enhanced_each_for_itself(self):
+        one, other = noise(5000, 1, 9000), noise(5000, 2, 90)
+        self.write("one.wav", [one], 16000)
+        self.write("other.wav", [other], 16000)
+        self.write("both.wav", [one, other], 16000)
+        both = self.engine("both.wav", rate=16000, channels=2)
+        self.assertEqual(both, [self.engine("one.wav", rate=16000), self.engine("other.wav", rate=16000)])
+        with open(self.path("both.wav"), "rb") as file:
+            raw = file.read()[44:]
+        self.run_command("engine", "-", "--rate", 16000, "--channels", 2, "-o", self.path("out.wav"), input=raw)
+        self.assertEqual(self.read("out.wav", 16000, 2), both)
+
+    def test_gain_tables(self):
+        speech, _ = self.scene("--noise", "none")
+        self.write("in.wav", [[sample // 32 for sample in speech]])
+        plain = level(self.engine("in.wav", "--no-agc"))
+        low, high = (level(self.engine("in.wav", "--agc-table", table)) for table in (2, 4))
+        self.assertAlmostEqual(low - plain, 8.9, delta=0.3)  # all of the table's gain
+        self.assertGreater(high, low + 3)
+        self.assertEqual(self.engine("in.wav", "--agc-table", 3), self.engine("in.wav", "--agc-table", 4))
+
+
+if __name__ == "__main__":
+    unittest.main()

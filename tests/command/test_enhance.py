@@ -1,0 +1,95 @@
+import os
+import select
+import subprocess
+import time
+import unittest
+
+from support import COMMAND, CommandTest, lag, level, noise, pcm
+
+
+class Enhance(CommandTest):
+    def enhance(self, *arguments, source="scene.wav", **options):
+        self.run_command("enhance", self.path(source), "-o", self.path("out.wav"), *arguments, **options)
+        return self.read("out.wav")
+
+    def test_output_lies_under_the_input_unless_the_delay_is_kept(self):
+        speech, _ = self.scene("--noise", "none")
+        for switches, latency in (([], 48), (["--no-nr"], 48), (["--no-engine"], 24)):
+            aligned = self.enhance(*switches)
+            delayed = self.enhance("--keep-delay", *switches)
+            part = slice(8000, 24000)
+            self.assertEqual(lag(aligned[part], speech[part], 60), 0, switches)
+            self.assertEqual(lag(delayed[part], speech[part], 60), latency, switches)
+            self.assertEqual(delayed[latency:], aligned)
+            self.assertEqual(len(aligned), len(speech))
+
+    def test_every_length_and_rate_is_kept_to_the_sample(self):
+        microphones = [noise(12345, 1), noise(12345, 2)]
+        for length in (1, 79, 80, 81, 12345):
+            for rate in (8000, 11025, 48000):
+                self.write("scene.wav", [m[:length] for m in microphones], rate)
+                self.assertEqual(len(self.enhance()), -(-length * 8000 // rate), (length, rate))
+
+    def test_pipes_and_formats_carry_the_same_samples(self):
+        self.write("scene.wav", [noise(4321, 1), noise(4321, 2)])
+        expected = self.enhance()
+        with open(self.path("scene.wav"), "rb") as file:
+            raw = file.read()[44:]
+        piped = self.run_command("enhance", "-", "-o", "-", input=raw).stdout
+        self.assertEqual(list(pcm(piped)), expected)
+        self.assertEqual(self.run_command("enhance", self.path("scene.wav"), "-o", "-").stdout, piped)
+        self.run_command("enhance", "-", "-o", self.path("out.flac"), input=raw)
+        passed = ["engine", self.path("out.flac"), "--no-nr", "--no-agc", "-o", self.path("back.wav")]
+        self.run_command(*passed)
+        self.assertEqual(self.read("back.wav"), expected)
+
+    def test_a_live_pipe_answers_every_frame_at_once(self):
+        process = subprocess.Popen([COMMAND, "enhance", "-", "-o", "-", "--quiet"],
+                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.addCleanup(process.stdout.close)
+        output = process.stdout.fileno()
+        received = 0
+        for frame in range(1, 30):
+            os.write(process.stdin.fileno(), bytes(320))
+            deadline = time.monotonic() + 20
+            while received < 2 * (80 * frame - 48):
+                self.assertTrue(select.select([output], [], [], deadline - time.monotonic())[0],
+                                f"no answer to frame {frame}")
+                received += len(os.read(output, 4096))
+        os.write(process.stdin.fileno(), bytes(40))
+        process.stdin.close()
+        received += len(process.stdout.read())
+        self.assertEqual(process.wait(20), 0)
+        self.assertEqual(received, 2 * (80 * 29 + 10))
+
+    def test_microphones_and_switches(self):
+        first, second = self.scene("--talker", 0, "--snr", 20)
+        for switches, beams in (([], (90, 101)), (["--swap"], (0, 10))):
+            done = self.run_command("enhance", self.path("scene.wav"), "-o", self.path("o.wav"), *switches)
+            share = int(done.stdout.decode().split("degrees ")[1].split("/")[0])
+            self.assertIn(share, range(*beams), switches)
+        swapped = self.enhance("--swap")
+        self.write("exchanged.wav", [second, first])
+        self.assertEqual(self.enhance(source="exchanged.wav"), swapped)
+
+        self.write("hiss.wav", [noise(24000, 1), noise(24000, 2)])
+        suppressed = level(self.enhance(source="hiss.wav")[16000:])
+        levelled = level(self.enhance("--no-nr", source="hiss.wav")[16000:])
+        plain = level(self.enhance("--no-engine", source="hiss.wav")[16000:])
+        self.assertGreater(levelled - suppressed, 4)
+        self.assertGreater(levelled - plain, 1)
+        quiet = self.run_command("enhance", self.path("hiss.wav"), "-o", self.path("o.wav"), "--quiet")
+        self.assertEqual((quiet.stdout, quiet.stderr), (b"", b""))
+
+    def test_many_at_once_come_out_as_one_by_one(self):
+        names = [f"take{i}.wav" for i in range(5)]
+        for i, name in enumerate(names):
+            self.write(name, [noise(8000, i), noise(8000, i + 9)])
+        inputs = [self.path(name) for name in names]
+        self.run_command("enhance", *inputs, "--out-dir", self.path("new/clean"), "--jobs", 3)
+        for name in names:
+            self.assertEqual(self.read(os.path.join("new/clean", name)), self.enhance(source=name))
+
+
+if __name__ == "__main__":
+    unittest.main()

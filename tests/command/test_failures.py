@@ -1,0 +1,135 @@
+import os
+import resource
+import signal
+import subprocess
+import time
+import unittest
+
+from support import COMMAND, CommandTest, noise, pcm
+
+
+class Failures(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.good = self.write("good.wav", [noise(80000, 1), noise(80000, 2)])
+
+    def refused(self, *arguments, code=1, **options):
+        """The one line of the refusal."""
+        error = self.run_command(*arguments, code=code, **options).stderr.decode()
+        self.assertEqual(error.count("\n"), 1, error)
+        return error
+
+    def content(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def test_bad_input_is_named_and_leaves_the_old_output_alone(self):
+        for name, data in (("text.wav", b"not audio at all\n" * 99), ("empty.wav", b"")):
+            with open(self.path(name), "wb") as file:
+                file.write(data)
+        os.symlink("loop.wav", self.path("loop.wav"))
+        os.mkdir(self.path("folder.wav"))
+        self.write("mono.wav", [noise(800)])
+        self.write("three.wav", [noise(800)] * 3)
+        self.write("header.wav", [[], []])
+        reasons = {"missing.wav": "No such file", "text.wav": "audio", "empty.wav": "empty",
+                   "loop.wav": "symbolic links", "folder.wav": "directory", "mono.wav": "1 channel;",
+                   "three.wav": "3 channels;", "header.wav": "no samples"}
+        with open(self.path("out.wav"), "wb") as file:
+            file.write(b"precious")
+        names = set(os.listdir(self.directory))
+        for name, reason in reasons.items():
+            error = self.refused("enhance", self.path(name), "-o", self.path("out.wav"))
+            self.assertIn(name, error)
+            self.assertIn(reason, error)
+        self.assertIn("standard input", self.refused("enhance", "-", "-o", self.path("out.wav"), input=b""))
+        self.assertEqual(self.content("out.wav"), b"precious")
+        self.assertEqual(set(os.listdir(self.directory)), names)
+
+    def test_truncated_input_is_reported_and_the_rest_is_kept(self):
+        done = self.run_command("enhance", "-", "-o", "-", "--quiet", input=bytes(4 * 100 + 3), code=1)
+        self.assertEqual(len(pcm(done.stdout)), 100)
+        self.assertIn(b"standard input: truncated: the last 3 bytes", done.stderr)
+        self.run_command("engine", self.good, "-o", self.path("cut.flac"))
+        os.truncate(self.path("cut.flac"), os.path.getsize(self.path("cut.flac")) // 2)
+        done = self.run_command("engine", self.path("cut.flac"), "-o", self.path("out.wav"), code=1)
+        self.assertIn(b"cut.flac", done.stderr)
+        self.assertGreater(len(self.read("out.wav", channels=2)[0]), 30000)
+
+    def test_wrong_usage(self):
+        out = ["-o", self.path("out.wav")]
+        for arguments in ([], ["enhance"], ["enhance", self.good], ["enhance", self.good, "--loud", *out],
+                          ["enhance", self.good, self.good, *out], ["engine", self.good, "--agc-table", 5, *out],
+                          ["enhance", self.good, "-o", self.path("out.mp3x")],
+                          ["enhance", "-", "--out-dir", self.directory],
+                          ["enhance", self.good, self.path("x/good.flac"), "--out-dir", self.path("clean")]):
+            self.refused(*arguments, code=2)
+        self.assertEqual(os.listdir(self.directory), ["good.wav"])
+        for arguments in (["--help"], ["enhance", "--help"], ["engine", "--help"], ["scene", "--help"],
+                          ["trace", "--help"], ["info"], ["--version"]):
+            self.assertIn(b"arvessa" if arguments[0] != "info" else b"8132", self.run_command(*arguments).stdout)
+
+    def test_an_input_is_never_overwritten(self):
+        before = self.content("good.wav")
+        os.symlink("good.wav", self.path("symbolic.wav"))
+        os.link(self.good, self.path("hard.wav"))
+        for name in ("good.wav", "symbolic.wav", "hard.wav"):
+            for command in ("enhance", "trace"):
+                self.assertIn(name, self.refused(command, self.good, "-o", self.path(name)))
+        self.refused("enhance", self.good, "--out-dir", self.directory)
+        self.refused("scene", self.good, "--noise", self.good, "-o", self.good)
+        with open(self.good, "r+b") as file:
+            self.refused("enhance", self.good, "-o", "-", stdout=file)
+        self.assertEqual(self.content("good.wav"), before)
+
+    def test_output_that_cannot_be_written(self):
+        def small_disk():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000))
+
+        for name in ("out.wav", "out.flac"):
+            error = self.refused("engine", self.good, "-o", self.path(name), preexec_fn=small_disk)
+            self.assertIn(name, error)
+            self.assertIn("File too large", error)
+        for path in (self.path("good.wav/out.wav"), self.path("none/out.wav"), "/proc/self/out.wav", self.directory + "/.wav/"):
+            self.refused("enhance", self.good, "-o", path, code=1 if not path.endswith("/") else 2)
+        for directory in ("/proc/self", self.path("good.wav")):
+            self.assertIn(directory, self.refused("enhance", self.good, "--out-dir", directory))
+        with open("/dev/full", "wb") as full:
+            self.assertIn("No space left", self.to_output(full))
+        reading, writing = os.pipe()
+        os.close(reading)
+        self.assertIn("Broken pipe", self.to_output(writing))
+        os.close(writing)
+        self.assertEqual(os.listdir(self.directory), ["good.wav"])
+
+    def to_output(self, output):
+        return self.refused("enhance", self.good, "-o", "-", stdout=output)
+
+    def test_an_interrupted_run_leaves_nothing_behind(self):
+        for ending in (signal.SIGINT, signal.SIGTERM):
+            process = subprocess.Popen([COMMAND, "enhance", "-", "-o", self.path("out.wav")], stdin=subprocess.PIPE)
+            process.stdin.write(bytes(32000))
+            process.stdin.flush()
+            deadline = time.monotonic() + 20
+            while len(os.listdir(self.directory)) == 1 and time.monotonic() < deadline:
+                time.sleep(0.01)
+            self.assertEqual(len(os.listdir(self.directory)), 2, "no output was begun")
+            process.send_signal(ending)
+            self.assertEqual(process.wait(20), -ending)
+            process.stdin.close()
+            self.assertEqual(os.listdir(self.directory), ["good.wav"])
+
+    def test_bad_ones_among_many_do_not_keep_the_good_ones(self):
+        self.write("mono.wav", [noise(800)])
+        self.write("also.wav", [noise(800), noise(800)])
+        inputs = [self.path(name) for name in ("mono.wav", "good.wav", "gone.wav", "also.wav")]
+        done = self.run_command("enhance", *inputs, "--out-dir", self.path("clean"), "--jobs", 2, code=1)
+        self.assertEqual(sorted(os.listdir(self.path("clean"))), ["also.wav", "good.wav"])
+        self.assertEqual(len(self.read("clean/good.wav")), 80000)
+        listed = done.stderr.decode().splitlines()[-1]
+        self.assertTrue("mono.wav" in listed and "gone.wav" in listed and "good.wav" not in listed, listed)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,46 @@
+import csv
+import unittest
+
+from support import SPEECH, CommandTest, level, noise
+
+
+class Trace(CommandTest):
+    def trace(self, source, *arguments):
+        self.run_command("trace", self.path(source), "-o", self.path("trace.csv"), *arguments)
+        with open(self.path("trace.csv"), newline="") as file:
+            return [{key: float(value) for key, value in row.items()} for row in csv.DictReader(file)]
+
+    def test_levels_and_times_are_those_of_the_recordings(self):
+        self.run_command("scene", SPEECH, "--talker", 0, "--noise", "fan", "-o", self.path("s.wav"))
+        self.run_command("enhance", self.path("s.wav"), "-o", self.path("out.wav"), "--swap")
+        enhanced = self.read("out.wav")
+        rows = self.trace("s.wav", "--swap")
+        self.assertEqual(len(rows), (len(enhanced) + 79) // 80)
+        for i, row in enumerate(rows):
+            self.assertAlmostEqual(row["time_s"], i / 100, delta=1e-6)
+            self.assertAlmostEqual(row["output_dbfs"], level(enhanced[80 * i : 80 * i + 80]), delta=0.006)
+        self.assertGreater(sum(row["beam"] == 2 for row in rows), 0.9 * len(rows))
+
+    def test_decisions_fit_what_is_heard(self):
+        # Two seconds of hiss, then speech above it.
+        speech, _ = self.scene("--noise", "none")
+        scene = [[s + n for s, n in zip([0] * 16000 + speech, noise(16000 + len(speech), seed, 60))]
+                 for seed in (1, 2)]
+        self.write("s.wav", scene)
+        rows = self.trace("s.wav")
+        hiss = rows[100:200]
+        voiced = [row for row in rows[200:] if row["input_dbfs"] > -30]
+        self.assertLess(sum(row["voice"] for row in hiss), 0.1 * len(hiss))
+        self.assertGreater(sum(row["voice"] for row in voiced), 0.7 * len(voiced))
+        for row in rows:
+            self.assertTrue(-15 <= row["floor_db"] <= -4 and 1.2 <= row["agc_gain_db"] <= 18.5, row)
+        # In mere hiss all bins are alike: what is gained and what is suppressed is what is heard.
+        self.run_command("enhance", self.path("s.wav"), "-o", self.path("plain.wav"), "--no-engine")
+        plain = level(self.read("plain.wav")[8000:16000])
+        heard = sum(10 ** (row["output_dbfs"] / 10) for row in hiss) / len(hiss)
+        expected = sum(10 ** ((row["agc_gain_db"] + row["mean_suppression_db"]) / 10) for row in hiss) / len(hiss)
+        self.assertAlmostEqual(heard, expected * 10 ** (plain / 10), delta=0.3 * heard)
+
+
+if __name__ == "__main__":
+    unittest.main()
