@@ -3,6 +3,7 @@
 #include <cfloat>
 #include <cstring>
 
+#include "beamformer/float_fft_128.h"
 #include "beamformer/float_fft_tables.h"
 
 #ifdef __FAST_MATH__
@@ -105,6 +106,27 @@ void packPairs(const float* p, int n, int half, const float* twiddle, float* out
   }
 }
 
+// Whether a call is for the size and the tables that have a form of their own.
+bool isFixedSize(int n, int half, int stages, const float* twiddle,
+                 const unsigned short* phaseIndex) {
+  return n == kFloatFftSize && half == n / 2 && stages == 6 &&
+         twiddle == MVDR_CONST_TABLE_FFT_fCOEF_8K && phaseIndex == MVDR_CONST_TABLE_PHASE_INDEX_8K;
+}
+
+void separate(const float* interleaved, ComplexBlock& block) {
+  for (int i = 0; i < kFloatPairs; ++i) {
+    block.re[i] = interleaved[2 * i];
+    block.im[i] = interleaved[2 * i + 1];
+  }
+}
+
+void interleave(const ComplexBlock& block, float* interleaved) {
+  for (int i = 0; i < kFloatPairs; ++i) {
+    interleaved[2 * i] = block.re[i];
+    interleaved[2 * i + 1] = block.im[i];
+  }
+}
+
 }  // namespace
 
 void plainFloatFft(float* data, int n, int half, int stages, const float* twiddle,
@@ -135,12 +157,33 @@ void MVDR_Complex_IFFT(float* data, int n, int half, int stages, const float* tw
 
 void MVDR_FFT(float* data, int n, int half, int stages, const float* twiddle,
               const unsigned short* phaseIndex, float* out) {
-  arvessa::plainFloatFft(data, n, half, stages, twiddle, phaseIndex, out);
+  using namespace arvessa;
+  if (!isFixedSize(n, half, stages, twiddle, phaseIndex)) {
+    plainFloatFft(data, n, half, stages, twiddle, phaseIndex, out);
+    return;
+  }
+  ComplexBlock pairs;
+  ComplexBlock spectrum;
+  separate(data, pairs);
+  forwardComplex64(pairs);
+  unpackPairs64(pairs, spectrum);
+  interleave(pairs, data);
+  interleave(spectrum, out);
 }
 
 void MVDR_IFFT(const float* spec, int n, int half, int stages, const float* twiddle,
                const unsigned short* phaseIndex, float* out) {
-  arvessa::plainFloatIfft(spec, n, half, stages, twiddle, phaseIndex, out);
+  using namespace arvessa;
+  if (!isFixedSize(n, half, stages, twiddle, phaseIndex)) {
+    plainFloatIfft(spec, n, half, stages, twiddle, phaseIndex, out);
+    return;
+  }
+  ComplexBlock spectrum;
+  ComplexBlock pairs;
+  separate(spec, spectrum);
+  packPairs64(spectrum, pairs);
+  inverseComplex64(pairs);
+  interleave(pairs, out);
 }
 
 }  // extern "C"

@@ -3,6 +3,17 @@
 
 #include "ArvessaTypes.h"
 
+namespace arvessa {
+
+// The twiddles below with real and imaginary parts apart, by angle, and in the order in which the
+// stages with 4, 8, 16 and 32 columns use them.
+extern const float kTwiddleCosine[64];
+extern const float kTwiddleSine[64];
+extern const float kStageCosine[60];
+extern const float kStageSine[60];
+
+}  // namespace arvessa
+
 extern "C" {
 
 // 64 complex twiddles exp(-2 pi j m / 128), interleaved. Of magnitude up to 1.00005, since they are

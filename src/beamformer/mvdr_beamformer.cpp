@@ -2,6 +2,7 @@
 
 #include "beamformer/beam_weights_tables.h"
 #include "beamformer/float_fft.h"
+#include "beamformer/float_fft_128.h"
 #include "beamformer/float_fft_tables.h"
 
 namespace arvessa {
@@ -14,30 +15,37 @@ constexpr int kFirstEnergyBin = 16;               // 1000 Hz
 constexpr std::uint32_t kDecisionPeriod = 16;     // frames
 constexpr std::int32_t kLastImmediateCount = 63;  // the first four decisions take effect at once
 
-// A packed half spectrum with its real and imaginary parts apart. Bin 0 holds the DC value as its
-// real and the Nyquist value as its imaginary part, and is weighted as if it were one complex
-// value.
-struct Spectrum {
-  float re[kBins];
-  float im[kBins];
-};
+using Spectrum = ComplexBlock;
 
-void transform(const Word16* samples, Spectrum& spectrum) {
+// The packed half spectrum of a microphone's block.
+void analyse(const Word16* samples, Spectrum& spectrum) {
   float block[kBlock];
   for (int i = 0; i < kWindow; ++i) {
     block[i] = static_cast<float>(samples[i]) * MVDR_CONST_TABLE_fWIN_8k[i];
   }
   for (int i = kWindow; i < kBlock; ++i) block[i] = static_cast<float>(samples[i]);
-  float packed[kBlock];
-  MVDR_FFT(block, kBlock, kBlock / 2, 6, MVDR_CONST_TABLE_FFT_fCOEF_8K,
-           MVDR_CONST_TABLE_PHASE_INDEX_8K, packed);
-  for (int k = 0; k < kBins; ++k) {
-    spectrum.re[k] = packed[2 * k];
-    spectrum.im[k] = packed[2 * k + 1];
+  ComplexBlock pairs;
+  for (int i = 0; i < kBins; ++i) {
+    pairs.re[i] = block[2 * i];
+    pairs.im[i] = block[2 * i + 1];
+  }
+  forwardComplex64(pairs);
+  unpackPairs64(pairs, spectrum);
+}
+
+// The block of a packed half spectrum.
+void synthesise(const Spectrum& spectrum, float* block) {
+  ComplexBlock pairs;
+  packPairs64(spectrum, pairs);
+  inverseComplex64(pairs);
+  for (int i = 0; i < kBins; ++i) {
+    block[2 * i] = pairs.re[i];
+    block[2 * i + 1] = pairs.im[i];
   }
 }
 
-// The output of one beam in the bins from `firstBin` on.
+// The output of one beam in the bins from `firstBin` on. Bin 0, the DC and the Nyquist value, is
+// weighted as if it were one complex value.
 void applyBeam(int beam, int firstBin, const Spectrum& x1, const Spectrum& x2, Spectrum& y) {
   const float* wRe = MVDR_CONST_W_UP_OPT_REAL_TABLE + beam * kBlock;
   const float* wIm = MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE + beam * kBlock;
@@ -104,8 +112,8 @@ extern "C" void MVDR_BeamForming(const Word16* frame, Word16* out, ArvessaState*
   using namespace arvessa;
   Spectrum x1;
   Spectrum x2;
-  transform(frame, x1);
-  transform(frame + kBlock, x2);
+  analyse(frame, x1);
+  analyse(frame + kBlock, x2);
 
   Spectrum y;
   for (int beam = 0; beam < kBeams; ++beam) {
@@ -115,14 +123,8 @@ extern "C" void MVDR_BeamForming(const Word16* frame, Word16* out, ArvessaState*
   if (work->frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(*work);
 
   applyBeam(work->beamSelected, 0, x1, x2, y);
-  float packed[kBlock];
-  for (int k = 0; k < kBins; ++k) {
-    packed[2 * k] = y.re[k];
-    packed[2 * k + 1] = y.im[k];
-  }
   float block[kBlock];
-  MVDR_IFFT(packed, kBlock, kBlock / 2, 6, MVDR_CONST_TABLE_FFT_fCOEF_8K,
-            MVDR_CONST_TABLE_PHASE_INDEX_8K, block);
+  synthesise(y, block);
 
   for (int i = 0; i < kBeamHistory; ++i) out[i] = toSample(work->beamOverlap[i] + block[i]);
   for (int i = kBeamHistory; i < kBeamFrame; ++i) out[i] = toSample(block[i]);

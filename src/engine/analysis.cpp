@@ -5,6 +5,7 @@
 #include "engine/filterbank.h"
 #include "engine/fixed_fft.h"
 #include "fixedpoint/block_float.h"
+#include "fixedpoint/lanes.h"
 #include "fixedpoint/operators.h"
 
 namespace arvessa {
@@ -25,6 +26,17 @@ Geometry geometryOf(int sizeCode) {
 const Word16* windowOf(int sizeCode) {
   if (sizeCode == 0) return WVQE_CONST_TABLE_WIN_8k;
   return sizeCode == 1 ? WVQE_CONST_TABLE_WIN_16k : WVQE_CONST_TABLE_WIN_32k;
+}
+
+// Applies n window values, a multiple of 4.
+void applyWindow(Word32* block, const Word16* window, int n) {
+  if (kHaveLanes && hasLaneHeadroom(magnitudeBits(block, n))) {
+    for (int i = 0; i < n; i += 4) {
+      storeLanes(block + i, mulQ15(loadLanes(block + i), loadFactors(window + i)));
+    }
+    return;
+  }
+  for (int i = 0; i < n; ++i) block[i] = mpy32x16(block[i], window[i]);
 }
 
 }  // namespace
@@ -66,7 +78,7 @@ void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaH
   for (int i = 0; i < g.history; ++i) timeBuf[i] = lShl(anaHistory[i], d);
   Word32 previous = lShl(*anaMem, d);
   for (int n = 0; n < g.frame; ++n) {
-    timeBuf[g.history + n] = lAdd(inWork[n], lMult32(kPreemphasis, previous));
+    timeBuf[g.history + n] = lAdd(inWork[n], lMult32ByCoefficient(kPreemphasis, previous));
     previous = inWork[n];
   }
   *anaMem = previous;
@@ -74,7 +86,7 @@ void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaH
     timeBuf[windowed + i] = 0;
     anaHistory[i] = timeBuf[g.frame + i];
   }
-  for (int i = 0; i < windowed; ++i) timeBuf[i] = mpy32x16(timeBuf[i], window[i]);
+  applyWindow(timeBuf, window, windowed);
 }
 
 void VORN_WVQE_Analysis2_ASM(const Word32* spec, Word32* power, Word16 sizeCode) {
@@ -82,10 +94,16 @@ void VORN_WVQE_Analysis2_ASM(const Word32* spec, Word32* power, Word16 sizeCode)
   const Word16 dc = roundHigh(spec[0]);
   power[0] = lMult(dc, dc);
   const int bins = geometryOf(sizeCode).bins;
+  Word16 parts[2 * kMaxBins];
+  for (int i = 0; i < 2 * bins; ++i) {
+    const Word32 rounded = (spec[i] >> 16) + ((spec[i] >> 15) & 1);
+    parts[i] = static_cast<Word16>(rounded > kMax16 ? kMax16 : rounded);
+  }
   for (int k = 1; k < bins; ++k) {
-    const Word16 re = roundHigh(spec[2 * k]);
-    const Word16 im = roundHigh(spec[2 * k + 1]);
-    power[k] = lMac(lMult(re, re), im, im);
+    // At most 2^31: the doubled sum saturates from 2^30 on.
+    const auto sum = static_cast<std::uint32_t>(parts[2 * k] * parts[2 * k]) +
+                     static_cast<std::uint32_t>(parts[2 * k + 1] * parts[2 * k + 1]);
+    power[k] = sum < (1U << 30) ? static_cast<Word32>(sum * 2) : kMax32;
   }
 }
 

@@ -3,7 +3,26 @@
 #include <algorithm>
 
 #include "engine/engine_state.h"
+#include "fixedpoint/block_float.h"
+#include "fixedpoint/lanes.h"
 #include "fixedpoint/operators.h"
+
+namespace arvessa {
+namespace {
+
+// The product of n powers, a multiple of 4, with their weights.
+void weigh(const Word32* power, const Word16* weight, int n, bool headroom, Word32* product) {
+  if (kHaveLanes && headroom) {
+    for (int k = 0; k < n; k += 4) {
+      storeLanes(product + k, mulQ15(loadLanes(power + k), loadFactors(weight + k)));
+    }
+    return;
+  }
+  for (int k = 0; k < n; ++k) product[k] = mpy32x16(power[k], weight[k]);
+}
+
+}  // namespace
+}  // namespace arvessa
 
 extern "C" {
 
@@ -11,12 +30,25 @@ void WVQE_Spectrum_Bank(const Word32* binPower, Word32* bandOut, const Word32* b
                         const Word32* bankRight, const Word16* filterLeft,
                         const Word16* filterRight, Word16 K) {
   using namespace arvessa;
+  const bool headroom = hasLaneHeadroom(magnitudeBits(binPower, K));
+  Word32 lowerShare[kMaxBins];
+  Word32 upperShare[kMaxBins];
+  weigh(binPower, filterLeft, K, headroom, lowerShare);
+  weigh(binPower, filterRight, K, headroom, upperShare);
   std::fill(bandOut, bandOut + kBands, 0);
-  for (int k = 0; k < K; ++k) {
-    Word32& left = bandOut[bankLeft[k]];
-    left = lAdd(left, mpy32x16(binPower[k], filterLeft[k]));
-    Word32& right = bandOut[bankRight[k]];
-    right = lAdd(right, mpy32x16(binPower[k], filterRight[k]));
+  // Neighbouring bins mostly share their bands, whose sums stay in registers meanwhile.
+  for (int k = 0; k < K;) {
+    const Word32 lower = bankLeft[k];
+    const Word32 upper = bankRight[k];
+    Word32 lowerSum = bandOut[lower];
+    Word32 upperSum = bandOut[upper];
+    do {
+      lowerSum = lAdd(lowerSum, lowerShare[k]);
+      upperSum = lAdd(upperSum, upperShare[k]);
+      ++k;
+    } while (k < K && bankLeft[k] == lower);
+    bandOut[lower] = lowerSum;
+    bandOut[upper] = upperSum;
   }
 }
 

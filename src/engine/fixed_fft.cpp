@@ -1,10 +1,12 @@
 #include "engine/fixed_fft.h"
 
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 #include "engine/engine_state.h"
 #include "fixedpoint/block_float.h"
+#include "fixedpoint/lanes.h"
 #include "fixedpoint/operators.h"
 
 namespace arvessa {
@@ -120,11 +122,84 @@ void stage(const Word32* in, Word32* out, const Size& size, int s, const Word16*
   }
 }
 
+// Two complex numbers in four lanes, first and second swapped within each.
+Lanes swapParts(Lanes x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2); }
+
+// Negates the real or the imaginary parts.
+Lanes negateReals(Lanes x) {
+  const Lanes mask = {-1, 0, -1, 0};
+  return (x ^ mask) - mask;
+}
+Lanes negateImags(Lanes x) {
+  const Lanes mask = {0, -1, 0, -1};
+  return (x ^ mask) - mask;
+}
+
+// As multiply<WithHeadroom, kInverse>, for two numbers.
+template <bool kInverse>
+Lanes multiplyLanes(Lanes b, const Twiddles& w) {
+  const Lanes direct = mulQ15(b, w.cosine);
+  const Lanes crossed = mulQ15(swapParts(b), w.sine);
+  return direct + (kInverse ? negateImags(crossed) : negateReals(crossed));
+}
+
+template <bool kInverse>
+void butterflyLanes(Lanes a, Lanes t, Word32* sum, Word32* difference) {
+  constexpr int kHalve = kInverse ? 0 : 1;
+  storeLanes(sum, (a + t) >> kHalve);
+  storeLanes(difference, (a - t) >> kHalve);
+}
+
+// Bit reversal of k + 1 is that of k, which is even, plus half the range.
+template <bool kInverse>
+void firstStageLanes(const Word32* src, Word32* dst, const Size& size) {
+  const int half = size.points / 2;
+  const Factors one = splatFactor(size.coef[0]);
+  for (int k = 0; k < half; k += 2) {
+    const Word32* even = src + 2 * (u8BitRTab[k] >> (8 - size.stages));
+    const Word32* odd = even + half;
+    const Lanes a = joinPairs(even, odd);
+    const Lanes b = joinPairs(even + size.points, odd + size.points);
+    butterflyLanes<kInverse>(a, mulQ15(b, one), dst + 2 * k, dst + size.points + 2 * k);
+  }
+}
+
+// Two butterflies at a time.
+template <bool kInverse>
+void stageLanes(const Word32* in, Word32* out, const Size& size, int s, const Word16* twiddle) {
+  const int run = size.points >> (s + 1);
+  Word32* difference = out + size.points;
+  const auto twoButterflies = [&](const Twiddles& w) {
+    const Lanes first = loadLanes(in);
+    const Lanes second = loadLanes(in + 4);
+    const Lanes a = __builtin_shufflevector(first, second, 0, 1, 4, 5);
+    const Lanes b = __builtin_shufflevector(first, second, 2, 3, 6, 7);
+    butterflyLanes<kInverse>(a, multiplyLanes<kInverse>(b, w), out, difference);
+    in += 8;
+    out += 4;
+    difference += 4;
+  };
+  if (run == 1) {
+    for (int k = 0; k < size.points / 2; k += 2, twiddle += 4) {
+      twoButterflies(loadTwiddles(twiddle, twiddle + 2));
+    }
+    return;
+  }
+  for (int group = 0; group < 1 << s; ++group, twiddle += 4) {
+    const Twiddles w = splatTwiddle(twiddle);
+    for (int k = 0; k < run; k += 2) twoButterflies(w);
+  }
+}
+
 template <class Arith, bool kInverse>
 void remainingStages(Word32* a, Word32* b, const Size& size) {
   const Word16* twiddle = size.rearranged;
   for (int s = 1; s <= size.stages; ++s) {
-    stage<Arith, kInverse>(a, b, size, s, twiddle);
+    if constexpr (kHaveLanes && std::is_same_v<Arith, WithHeadroom>) {
+      stageLanes<kInverse>(a, b, size, s, twiddle);
+    } else {
+      stage<Arith, kInverse>(a, b, size, s, twiddle);
+    }
     twiddle += 4 << s;
     std::swap(a, b);
   }
@@ -133,16 +208,21 @@ void remainingStages(Word32* a, Word32* b, const Size& size) {
 template <class Arith, bool kInverse>
 void complexTransform(Word32* x, const Size& size) {
   Word32 scratch[kMaxTransform];
-  firstStage<Arith, kInverse>(x, scratch, size);
+  if constexpr (kHaveLanes && std::is_same_v<Arith, WithHeadroom>) {
+    firstStageLanes<kInverse>(x, scratch, size);
+  } else {
+    firstStage<Arith, kInverse>(x, scratch, size);
+  }
   remainingStages<Arith, kInverse>(scratch, x, size);
   if (size.stages % 2 == 0) {
     std::memcpy(x, scratch, static_cast<std::size_t>(size.points) * sizeof(Complex));
   }
 }
 
+// Bins k and N - k from `first` on.
 template <class Arith>
-void forwardSplit(const Word32* z, Word32* out, const Size& size) {
-  for (int k = 1; k <= size.points / 2; ++k) {
+void forwardSplit(const Word32* z, Word32* out, const Size& size, int first = 1) {
+  for (int k = first; k <= size.points / 2; ++k) {
     const int m = size.points - k;
     const Word32 a = Arith::add(z[2 * k], z[2 * m]);
     const Word32 b = Arith::sub(z[2 * m], z[2 * k]);
@@ -162,8 +242,8 @@ void forwardSplit(const Word32* z, Word32* out, const Size& size) {
 }
 
 template <class Arith>
-void inverseSplit(const Word32* x, Word32* out, const Size& size) {
-  for (int k = 1; k <= size.points / 2; ++k) {
+void inverseSplit(const Word32* x, Word32* out, const Size& size, int first = 1) {
+  for (int k = first; k <= size.points / 2; ++k) {
     const int m = size.points - k;
     const Word32 a = Arith::add(x[2 * k], x[2 * m]);
     const Word32 b = Arith::negate(Arith::sub(x[2 * m], x[2 * k]));
@@ -182,19 +262,59 @@ void inverseSplit(const Word32* x, Word32* out, const Size& size) {
   }
 }
 
+// As forwardSplit and inverseSplit, bins k and k + 1 with their mirror images at a time. Returns
+// the first bin that is left over.
+template <bool kInverse>
+int splitLanes(const Word32* z, Word32* out, const Size& size) {
+  int k = 1;
+  for (; k + 1 < size.points / 2; k += 2) {
+    const int m = size.points - k;
+    const Lanes zk = loadLanes(z + 2 * k);
+    const Lanes pair = loadLanes(z + 2 * (m - 1));
+    const Lanes zm = __builtin_shufflevector(pair, pair, 2, 3, 0, 1);
+    const Lanes ad = zk + zm;         // a, d
+    const Lanes negatedBc = zk - zm;  // -b, c
+    const Lanes ac = __builtin_shufflevector(ad, negatedBc, 0, 5, 2, 7);
+    const Lanes minusBd = __builtin_shufflevector(negatedBc, ad, 0, 5, 2, 7);
+    // (b, d), of opposite sign in the inverse.
+    const Lanes bd = kInverse ? negateImags(minusBd) : negateReals(minusBd);
+    const Lanes db = swapParts(bd);
+    const Twiddles wk = loadTwiddles(size.coef + 2 * k, size.coef + 2 * (k + 1));
+    const Twiddles wm = loadTwiddles(size.coef + 2 * m, size.coef + 2 * (m - 1));
+    const Lanes cosK = mulQ15(db, wk.cosine);
+    const Lanes sinK = mulQ15(bd, wk.sine);
+    const Lanes cosM = mulQ15(db, wm.cosine);
+    const Lanes sinM = mulQ15(bd, wm.sine);
+    const Lanes turnedK = cosK + (kInverse ? negateImags(sinK) : negateReals(sinK));
+    const Lanes turnedM = kInverse ? negateImags(cosM) - sinM : negateImags(cosM) + sinM;
+    storeLanes(out + 2 * k, (ac + turnedK) >> 1);
+    const Lanes mirrored = (negateImags(ac) + turnedM) >> 1;
+    storeLanes(out + 2 * (m - 1), __builtin_shufflevector(mirrored, mirrored, 2, 3, 0, 1));
+  }
+  return k;
+}
+
 template <class Arith>
 void forwardTransform(Word32* x, Word32* out, const Size& size) {
   complexTransform<Arith, false>(x, size);
   out[0] = Arith::add(x[0], x[1]);
   out[1] = Arith::sub(x[0], x[1]);
-  forwardSplit<Arith>(x, out, size);
+  if constexpr (kHaveLanes && std::is_same_v<Arith, WithHeadroom>) {
+    forwardSplit<Arith>(x, out, size, splitLanes<false>(x, out, size));
+  } else {
+    forwardSplit<Arith>(x, out, size);
+  }
 }
 
 template <class Arith>
 void unpack(const Word32* x, Word32* out, const Size& size) {
   out[0] = Arith::add(x[0], x[1]) >> 1;
   out[1] = Arith::sub(x[0], x[1]) >> 1;
-  inverseSplit<Arith>(x, out, size);
+  if constexpr (kHaveLanes && std::is_same_v<Arith, WithHeadroom>) {
+    inverseSplit<Arith>(x, out, size, splitLanes<true>(x, out, size));
+  } else {
+    inverseSplit<Arith>(x, out, size);
+  }
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "engine/snr_estimation.h"
 #include "engine/suppression_gain.h"
 #include "fixedpoint/block_float.h"
+#include "fixedpoint/lanes.h"
 #include "fixedpoint/operators.h"
 
 namespace arvessa {
@@ -61,12 +62,19 @@ Word16 meanOf128(const Word16* gains) {
 
 // Scales a packed spectrum bin by bin; the highest bin shares the gain of the one below it.
 void applyGains(Word32* spectrum, const Word16* gains, int bins) {
-  spectrum[0] = mpy32x16(spectrum[0], gains[0]);
-  spectrum[1] = mpy32x16(spectrum[1], gains[bins - 1]);
-  for (int k = 1; k < bins; ++k) {
+  const Word32 nyquist = mpy32x16(spectrum[1], gains[bins - 1]);
+  int k = 0;
+  if (kHaveLanes && hasLaneHeadroom(magnitudeBits(spectrum, 2 * bins))) {
+    for (; k < bins; k += 2) {
+      const Factors pairs = spreadFactors(gains[k], gains[k + 1]);
+      storeLanes(spectrum + 2 * k, mulQ15(loadLanes(spectrum + 2 * k), pairs));
+    }
+  }
+  for (; k < bins; ++k) {
     spectrum[2 * k] = mpy32x16(spectrum[2 * k], gains[k]);
     spectrum[2 * k + 1] = mpy32x16(spectrum[2 * k + 1], gains[k]);
   }
+  spectrum[1] = nyquist;
 }
 
 // The gain of every bin, Q15, from this frame's powers and the noise estimate.
@@ -173,7 +181,7 @@ void VORN_WVQE_MainProcess_ASM(Word32* olaBuffer, Word32* timeBuf, Word32* deemp
   for (int i = 0; i < overlap; ++i) olaBuffer[i] = timeBuf[N + i];
   Word32 y = *deemphMem;
   for (int n = 0; n < N; ++n) {
-    y = lAdd(timeBuf[n], lMult32(kDeemphasis, y));
+    y = lAdd(timeBuf[n], lMult32ByCoefficient(kDeemphasis, y));
     out[n] = saturate16(2 * roundHigh(y));
   }
   *deemphMem = y;

@@ -54,6 +54,10 @@ void WVQE_Block_Denorm(Word32* x, Word16 n, Word16 shift) {
   }
   const Word16 left = negate(shift);
   if (left == 0) return;
+  if (left < 31 && magnitudeBits(x, n) < (std::uint32_t{1} << (31 - left))) {
+    shiftLeft(x, n, left);
+    return;
+  }
   for (int i = 0; i < n; ++i) x[i] = lShl(x[i], left);
 }
 

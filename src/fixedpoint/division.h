@@ -83,49 +83,74 @@ constexpr Word32 quotientPlain(Word32 num, Word32 den) {
   return lShr(fraction, static_cast<Word16>(numNorm + 30 - denNorm));
 }
 
-// floor(num / den) for 0 <= num and 0 < den, now and then one more in the last bit: the divisor is
-// normalised to m = den 2^b and reduced to 2 floor(m / 2) - 1 as in the loop above.
-constexpr Word32 quotient(Word32 num, Word32 den) {
-  if (num == 0) return 0;
-  if (num == den) return 1;
-  if (num < 0 || den <= 0) return quotientPlain(num, den);
-  const int numNorm = std::countl_zero(static_cast<std::uint32_t>(num)) - 1;
-  const int denNorm = std::countl_zero(static_cast<std::uint32_t>(den)) - 1;
-  const std::uint32_t numerator = (static_cast<std::uint32_t>(num) << numNorm) >> 1;
-  const std::uint32_t normalised = static_cast<std::uint32_t>(den) << denNorm;
-  const std::uint32_t divisor = (normalised & ~std::uint32_t{1}) - 1;
-  const int exponent = numNorm + 30 - denNorm;
-  if (numerator >= divisor) return exponent > 31 ? 0 : kMax32 >> exponent;
-  // The quotient has 31 bits, of which the exponent drops the last ones.
-  if (exponent > 31) return 0;
-  return static_cast<Word32>((static_cast<std::uint64_t>(numerator) << (31 - exponent)) / divisor);
+// The same in closed form, for num >= 0 and den > 0: floor(num / den), now and then one more in the
+// last bit. With den normalised to m = den 2^b and d = 2 floor(m / 2) - 1 as above, and the
+// numerator to num 2^(a-1), the shift back by a + 30 - b leaves floor(num 2^b / d), whatever a is.
+// Only for a = 0, where the numerator loses a bit, and for num = 2^30 - 1, which may equal d, the
+// loop is the simpler form.
+constexpr Word32 quotientOfPositive(Word32 num, Word32 den) {
+  if (num >= 0x3FFFFFFF) [[unlikely]]
+    return quotientPlain(num, den);
+  const auto d = static_cast<std::uint32_t>(den);
+  const int norm = __builtin_clz(d) - 1;
+  const std::uint32_t divisor = ((d << norm) & ~std::uint32_t{1}) - 1;
+  return static_cast<Word32>((static_cast<std::uint64_t>(num) << norm) / divisor);
 }
 
-// The numerator and denominator of a 32/16-bit quotient, both reduced by the same power of two
+constexpr Word32 quotient(Word32 num, Word32 den) {
+  if (num < 0 || den <= 0) [[unlikely]]
+    return quotientPlain(num, den);
+  return quotientOfPositive(num, den);
+}
+
+// For den > 0: by how much the operands of a 32/16-bit quotient are shifted, in steps of 4 bits,
 // until the denominator is below 32768. The bits shifted out of the two are lost.
+constexpr int reductionShift(Word32 den) {
+  const int width = 32 - __builtin_clz(static_cast<std::uint32_t>(den));
+  return ((width < 12 ? 12 : width) - 12) & ~3;
+}
+
+// The plain forms of the reduced quotients below, for any operands.
 struct Ratio {
   Word32 num;
   Word32 den;
 };
-constexpr Ratio reduceRatio(Ratio ratio) {
+constexpr Ratio reducePlain(Ratio ratio) {
   if (ratio.den >= 0x800000) ratio = {ratio.num >> 8, ratio.den >> 8};
   if (ratio.den >= 0x80000) ratio = {ratio.num >> 4, ratio.den >> 4};
   if (ratio.den >= 0x8000) ratio = {ratio.num >> 4, ratio.den >> 4};
   return ratio;
 }
-
-// num/den in Q8 for 0 <= num and 0 < den; 32767 from a ratio of 128 on.
-constexpr Word16 quotientQ8(Word32 num, Word32 den) {
+constexpr Word16 quotientQ8Plain(Word32 num, Word32 den) {
   if ((num >> 7) >= den) return kMax16;
-  const Ratio ratio = reduceRatio({num, den});
-  return saturate16(quotient(lShl(ratio.num, 8), ratio.den));
+  const Ratio ratio = reducePlain({num, den});
+  return saturate16(quotientPlain(lShl(ratio.num, 8), ratio.den));
+}
+constexpr Word32 quotientQ15Plain(Word32 num, Word32 den) {
+  if ((num >> 15) >= den) return kMax16;
+  const Ratio ratio = reducePlain({num, den});
+  return quotientPlain(saturate32(std::int64_t{lShl(ratio.num, 15)} - ratio.num), ratio.den);
+}
+
+// num/den in Q8 for 0 <= num and 0 < den; 32767 from a ratio of 128 on, so that the reduced
+// numerator is below 2^22.
+constexpr Word16 quotientQ8(Word32 num, Word32 den) {
+  if (num < 0 || den <= 0) [[unlikely]]
+    return quotientQ8Plain(num, den);
+  if ((num >> 7) >= den) return kMax16;
+  const int shift = reductionShift(den);
+  return saturate16(quotientOfPositive((num >> shift) << 8, den >> shift));
 }
 
 // num/den scaled by 32767 for 0 <= num and 0 < den; 32767 from a ratio of 32768 on.
 constexpr Word32 quotientQ15(Word32 num, Word32 den) {
+  if (num < 0 || den <= 0) [[unlikely]]
+    return quotientQ15Plain(num, den);
   if ((num >> 15) >= den) return kMax16;
-  const Ratio ratio = reduceRatio({num, den});
-  return quotient(saturate32(std::int64_t{lShl(ratio.num, 15)} - ratio.num), ratio.den);
+  const int shift = reductionShift(den);
+  const Word32 reduced = num >> shift;
+  const Word32 scaled = (reduced > 65535 ? kMax32 : reduced << 15) - reduced;
+  return quotientOfPositive(scaled, den >> shift);
 }
 
 }  // namespace arvessa

@@ -39,11 +39,11 @@ constexpr Word16 floorLog4(std::uint32_t x) {
 // nor monotonic.
 constexpr Word32 squareRoot(Word32 x) {
   const int log4 = floorLog4(static_cast<std::uint32_t>(x));
-  const int mantissa = lShr(x, static_cast<Word16>(2 * (log4 - 6)));  // Q14
+  const int mantissa = log4 < 6 ? x << 2 * (6 - log4) : x >> 2 * (log4 - 6);  // Q14
   int root = -12627 + 2 * ((mantissa * 4204) >> 15);
   root = 21173 + 2 * ((mantissa * root) >> 15);
   root = 3634 + 2 * ((mantissa * root) >> 15);
-  return lShr(root, static_cast<Word16>(13 - log4));
+  return log4 > 13 ? root * (1 << (log4 - 13)) : root >> (13 - log4);
 }
 
 }  // namespace arvessa

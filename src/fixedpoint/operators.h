@@ -112,7 +112,8 @@ constexpr Word32 lShrRound(Word32 value, Word16 count) {
 // floor(l a / 2^15) is floor(word a / 2^15), which fits, in all cases but one: a = -1 and
 // h = -32768, where 2 h a saturates one unit early and the low half is still subtracted.
 constexpr Word32 mpy32x16(Word32 word, Word16 a) {
-  if (a == kMin16 && word < kMin32 + 65536) return kMax32 - (word & 0xFFFF);
+  if (a == kMin16 && word < kMin32 + 65536) [[unlikely]]
+    return kMax32 - (word & 0xFFFF);
   return static_cast<Word32>((std::int64_t{word} * a) >> 15);
 }
 
@@ -126,6 +127,13 @@ constexpr Word32 lMult32(Word32 x, Word32 y) {
   const auto xHighLow = static_cast<Word32>((std::int64_t{xHigh} * yLow) >> 15);
   const auto yHighLow = static_cast<Word32>((std::int64_t{yHigh} * xLow) >> 15);
   return lAdd(lAdd(xHighLow, lMult(xHigh, yHigh)), yHighLow);
+}
+
+// The same for an x whose upper half is not -32768, where no sum can saturate: the first two terms
+// are floor(xHigh y / 2^15).
+constexpr Word32 lMult32ByCoefficient(Word32 x, Word32 y) {
+  const auto high = static_cast<Word32>((std::int64_t{extractHigh(x)} * y) >> 15);
+  return high + static_cast<Word32>((std::int64_t{extractHigh(y)} * (x & 0xFFFF)) >> 15);
 }
 
 // Q31 x Q31 -> Q31, exact product floored. Only -1 x -1 saturates.

@@ -187,13 +187,16 @@ def array(ctype, name, values, comment):
             line = "   "
         line += " " + word
     lines.append(line)
-    note = "".join("// %s\n" % c for c in comment.split("\n"))
+    note = "".join("// %s\n" % c for c in comment.split("\n") if c)
     return "%sconst %s %s[%d] = {\n%s};\n" % (note, ctype, name, len(values), "\n".join(lines))
 
 
-def table_file(header, arrays):
-    return ('#include "%s"\n\n' % header + ORIGIN_NOTE + '\n// clang-format off\n\nextern "C" {\n\n'
-            + "\n".join(arrays) + '\n}  // extern "C"\n\n// clang-format on\n')
+def table_file(header, exported, hidden=()):
+    text = '#include "%s"\n\n' % header + ORIGIN_NOTE + "\n// clang-format off\n\n"
+    if hidden:
+        text += "namespace arvessa {\n\n" + "\n".join(hidden) + "\n}  // namespace arvessa\n\n"
+    return (text + 'extern "C" {\n\n' + "\n".join(exported)
+            + '\n}  // extern "C"\n\n// clang-format on\n')
 
 
 def flat(pairs):
@@ -252,17 +255,23 @@ def files():
         [round_half_away(8192 * kummer_squared(i / 2)) for i in range(21)],
         "[Gamma(1.25) M(-0.25; 1; -v)]^2 in Q13 at v = 0, 0.5 .. 10, M Kummer's function.")])
 
+    float_pairs = [tuple(single(q / 32767) for q in pair) for pair in twiddles("8K")]
+    stage_order = [float_pairs[r * (64 >> s)] for s in range(2, 6) for r in range(1 << s)]
     out["beamformer/float_fft_tables.cpp"] = table_file("beamformer/float_fft_tables.h", [
-        array("float", "MVDR_CONST_TABLE_FFT_fCOEF_8K",
-              [single(q / 32767) for q in flat(
-                  (max(-32768, min(32767, c)), s) for c, s in twiddles("8K"))],
-              "cos t, -sin t, t = 2 pi m / 128, m = 0..63, interleaved: Q15 integers divided by 32767, so that\n"
-              "-1 is -32768/32767."),
+        array("float", "MVDR_CONST_TABLE_FFT_fCOEF_8K", flat(float_pairs),
+              "cos t, -sin t, t = 2 pi m / 128, m = 0..63, interleaved: Q15 integers divided by 32767,\n"
+              "so that -1 is -32768/32767."),
         array("unsigned short", "MVDR_CONST_TABLE_PHASE_INDEX_8K", [64 >> s for s in range(6)],
               "Step in the twiddle table between the butterfly columns of stage s."),
         array("float", "MVDR_CONST_TABLE_fWIN_8k", float_window(),
               "round(32767 sin^2(pi (i + 0.5) / 48)) / 32767 rising over 24 samples, 1, and falling;\n"
-              "entry 2 and its mirror one unit in the last place lower.")])
+              "entry 2 and its mirror one unit in the last place lower.")],
+        [array("float", "kTwiddleCosine", [c for c, _ in float_pairs],
+               "The pairs of MVDR_CONST_TABLE_FFT_fCOEF_8K apart."),
+         array("float", "kTwiddleSine", [s for _, s in float_pairs], ""),
+         array("float", "kStageCosine", [c for c, _ in stage_order],
+               "The pairs of stages 2 to 5, column by column, apart."),
+         array("float", "kStageSine", [s for _, s in stage_order], "")])
     return out
 
 
