@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "fixedpoint/lanes.h"
 #include "fixedpoint/operators.h"
 
 namespace arvessa {
@@ -23,10 +24,18 @@ Layout layoutOf(int rateCode) {
   return {rateCode == 1 ? 10 : 10 * rateCode, 16, 0};
 }
 
+// The largest squared sample, Q30; a full-scale square is held below 1. `count` is a multiple of 8.
 Word32 peakPower(const Word16* samples, int count) {
-  Word32 peak = 0;
-  for (int i = 0; i < count; ++i) peak = std::max(peak, lMult(samples[i], samples[i]) >> 1);
-  return peak;
+  Word16 highest = 0;
+  Word16 lowest = 0;
+  for (int i = 0; i < count; i += 8) {
+    for (int j = i; j < i + 8; ++j) {
+      highest = std::max(highest, samples[j]);
+      lowest = std::min(lowest, samples[j]);
+    }
+  }
+  const Word32 peak = std::max<Word32>(highest, -Word32{lowest});
+  return std::min(peak * peak, Word32{0x3FFFFFFF});
 }
 
 // Follows the subframe peaks and returns the largest envelope value of the frame.
@@ -72,10 +81,17 @@ Word16 decideIndex(WvqeState& state, Word16 headroom, bool voice) {
 void ramp(const Word16* x, Word16* y, Word32 from, Word32 to, const Layout& layout) {
   const auto start = static_cast<std::uint32_t>(from) * 16;
   const auto step = static_cast<std::uint32_t>(lSub(to, from)) << layout.rampShift;
+  Word32 gains[kMaxFullbandFrame];
   for (int b = 0; b < layout.blocks; ++b) {
     const Word32 gain = static_cast<Word32>(start + static_cast<std::uint32_t>(b) * step) >> 5;
-    for (int i = b * layout.subframes; i < (b + 1) * layout.subframes; ++i) {
-      y[i] = saturate16(mpy32x16(gain, x[i]));
+    std::fill_n(gains + b * layout.subframes, layout.subframes, gain);
+  }
+  // Shifted down by 5 bits, the gains have headroom.
+  for (int i = 0; i < layout.blocks * layout.subframes; i += 4) {
+    if constexpr (kHaveLanes) {
+      storeSaturated(y + i, mulQ15(loadLanes(gains + i), loadFactors(x + i)));
+    } else {
+      for (int j = i; j < i + 4; ++j) y[j] = saturate16(mpy32x16(gains[j], x[j]));
     }
   }
 }

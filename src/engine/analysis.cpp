@@ -30,7 +30,7 @@ const Word16* windowOf(int sizeCode) {
 
 // Applies n window values, a multiple of 4.
 void applyWindow(Word32* block, const Word16* window, int n) {
-  if (kHaveLanes && hasLaneHeadroom(magnitudeBits(block, n))) {
+  if (kHaveLanes && hasLaneHeadroom(usedBits(block, n))) {
     for (int i = 0; i < n; i += 4) {
       storeLanes(block + i, mulQ15(loadLanes(block + i), loadFactors(window + i)));
     }
@@ -77,11 +77,29 @@ void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaH
 
   for (int i = 0; i < g.history; ++i) timeBuf[i] = lShl(anaHistory[i], d);
   Word32 previous = lShl(*anaMem, d);
-  for (int n = 0; n < g.frame; ++n) {
-    timeBuf[g.history + n] = lAdd(inWork[n], lMult32ByCoefficient(kPreemphasis, previous));
-    previous = inWork[n];
+  Word32* fresh = timeBuf + g.history;
+  int n = 0;
+  const auto plainSteps = [&](int end) {
+    for (; n < end; ++n) {
+      fresh[n] = lAdd(inWork[n], lMult32ByCoefficient(kPreemphasis, previous));
+      previous = inWork[n];
+    }
+  };
+  if (kHaveLanes && usedBits(inWork, g.frame) < (1U << 30)) {
+    plainSteps(4);
+    // Of the coefficient 65536 h + l, l is taken as signed: its product is then short by 2^16 times
+    // the upper half, 2 of them after the shift.
+    const Factors high = splatFactor(extractHigh(kPreemphasis));
+    const Factors low = splatFactor(extractLow(kPreemphasis));
+    static_assert(extractLow(kPreemphasis) < 0);
+    for (; n < g.frame; n += 4) {
+      const Lanes q = loadLanes(inWork + n - 1);
+      const Lanes product = mulQ15(q, high) + mulHighQ15(q, low) + 2 * (q >> 16);
+      storeLanes(fresh + n, loadLanes(inWork + n) + product);
+    }
   }
-  *anaMem = previous;
+  plainSteps(g.frame);
+  *anaMem = inWork[g.frame - 1];
   for (int i = 0; i < g.history; ++i) {
     timeBuf[windowed + i] = 0;
     anaHistory[i] = timeBuf[g.frame + i];

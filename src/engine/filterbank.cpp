@@ -30,7 +30,7 @@ void WVQE_Spectrum_Bank(const Word32* binPower, Word32* bandOut, const Word32* b
                         const Word32* bankRight, const Word16* filterLeft,
                         const Word16* filterRight, Word16 K) {
   using namespace arvessa;
-  const bool headroom = hasLaneHeadroom(magnitudeBits(binPower, K));
+  const bool headroom = hasLaneHeadroom(usedBits(binPower, K));
   Word32 lowerShare[kMaxBins];
   Word32 upperShare[kMaxBins];
   weigh(binPower, filterLeft, K, headroom, lowerShare);

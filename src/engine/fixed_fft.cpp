@@ -55,16 +55,16 @@ struct WithHeadroom {
 // Forward, no complex value grows beyond the largest magnitude of the input, sqrt(2) times its
 // largest component, by more than the roundings: a stage halves the sum of two. Inside a stage and
 // in the split step the sums stay below 4.9 times that. So components below 2^28 never saturate.
-bool hasForwardHeadroom(const Word32* x, int words) { return magnitudeBits(x, words) < (1U << 28); }
+bool hasForwardHeadroom(const Word32* x, int words) { return usedBits(x, words) < (1U << 28); }
 
 // Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in
 // the split step) and the roundings. So a sum of all components below 2^29 never saturates.
 bool hasInverseHeadroom(const Word32* x, int words) {
-  std::uint64_t sum = 0;
-  for (int i = 0; i < words; ++i) {
-    sum += static_cast<std::uint32_t>(x[i] < 0 ? -static_cast<std::int64_t>(x[i]) : x[i]);
-  }
-  return sum < (1U << 29);
+  if (usedBits(x, words) >= (1U << 28)) return false;
+  // In units of 512, rounded up: 512 words of 2^28 stay below 2^32.
+  std::uint32_t sum = static_cast<std::uint32_t>(words);
+  for (int i = 0; i < words; ++i) sum += static_cast<std::uint32_t>(x[i] < 0 ? -x[i] : x[i]) >> 9;
+  return sum < (1U << 20);
 }
 
 struct Complex {
@@ -343,7 +343,7 @@ void WVQE_IFFT(const Word32* X, Word16 n, Word16 /*points*/, Word16 /*stages*/,
     return;
   }
   const Size size = sizeOf(selector);
-  if (hasInverseHeadroom(X, n)) {
+  if (hasInverseHeadroom(X, 2 * size.points)) {
     unpack<WithHeadroom>(X, out, size);
     complexTransform<WithHeadroom, true>(out, size);
   } else {

@@ -2,33 +2,13 @@
 
 #include <algorithm>
 
-#include "fixedpoint/division.h"
-#include "fixedpoint/numeric.h"
 #include "fixedpoint/operators.h"
 
 extern "C" {
 
-Word32 WVQE_Hypergeom_Gain(Word32 v) {
-  using namespace arvessa;
-  constexpr int kStepBits = 10;  // a table step is 0.5 in Q11
-  const Word32 step = v >> kStepBits;
-  if (step < 0) return kMax16;
-  if (step > 19) return lAdd(kMax16, quotient(1087164, v >> 3));  // 0.1296 in Q15 x Q8
-  const Word32 fraction = (v - (step << kStepBits)) << 5;         // Q15
-  const Word32 left = (kMax16 - fraction) * WVQE_CONST_TABLE_HYPERGEOM_GAIN[step];
-  const Word32 right = fraction * WVQE_CONST_TABLE_HYPERGEOM_GAIN[step + 1];
-  const Word32 value = (left + right) >> 7;  // T in Q21
-  // v in Q26 plus 0.0001, so that the root in Q13 is never 0.
-  const Word16 root = low16(squareRoot((v << 15) + 6711));
-  return quotient(value, root) << 7;
-}
+Word32 WVQE_Hypergeom_Gain(Word32 v) { return arvessa::amplitudeFactor(v); }
 
-Word32 WVQE_Qcurve(Word32 x) {
-  using namespace arvessa;
-  const Word32 inverse = quotient(32767, std::max(x, 1));            // 1/x in Q7
-  const Word16 denominator = add(512, mult(19661, low16(inverse)));  // 4 + 0.6/x in Q7
-  return quotient(16776704, denominator);                            // 4 in Q15 x Q7
-}
+Word32 WVQE_Qcurve(Word32 x) { return arvessa::presenceCurve(x); }
 
 void WVQE_Gain_Floor(const Word32* bandNoise, Word16* floorDb, WvqeState* state) {
   using namespace arvessa;

@@ -1,8 +1,11 @@
 #include "engine/noise_estimation.h"
 
 #include <algorithm>
+#include <numeric>
 
+#include "fixedpoint/block_float.h"
 #include "fixedpoint/division.h"
+#include "fixedpoint/lanes.h"
 #include "fixedpoint/operators.h"
 
 namespace arvessa {
@@ -18,6 +21,12 @@ constexpr Word16 kNoiseBits = 7;      // extra fraction bits of the noise estima
 std::int32_t windowThreshold(int frame) {
   if (frame <= 99) return 30;
   return frame <= 999 ? 80 : 150;
+}
+
+Word32 saturatingSum(const Word32* values, int n) {
+  // Where n magnitudes of this size cannot reach 2^31.
+  if (usedBits(values, n) < (1U << 22)) return std::accumulate(values, values + n, 0);
+  return std::accumulate(values, values + n, 0, lAdd);
 }
 
 void trackMinima(WvqeState& state, int bins) {
@@ -65,7 +74,19 @@ void VORN_WVQE_Noise_Vad1_ASM(Word32* psdSmooth, const Word32* powerSpec, int K)
   constexpr Word16 kSide = 1638;    // 0.05
   // The weights of a bin add up to 1 at the most, so no sum can saturate.
   psdSmooth[0] = mpy32x16(psdSmooth[0], kOld) + mpy32x16(powerSpec[0], kEdge);
-  for (int k = 1; k < K - 1; ++k) {
+  int k = 1;
+  if (kHaveLanes && hasLaneHeadroom(usedBits(psdSmooth, K) | usedBits(powerSpec, K))) {
+    const Factors old = splatFactor(kOld);
+    const Factors side = splatFactor(kSide);
+    const Factors centre = splatFactor(kCentre);
+    for (; k + 4 < K; k += 4) {
+      const Lanes below = mulQ15(loadLanes(powerSpec + k - 1), side);
+      const Lanes above = mulQ15(loadLanes(powerSpec + k + 1), side);
+      storeLanes(psdSmooth + k, mulQ15(loadLanes(psdSmooth + k), old) + below +
+                                    mulQ15(loadLanes(powerSpec + k), centre) + above);
+    }
+  }
+  for (; k < K - 1; ++k) {
     psdSmooth[k] = (mpy32x16(psdSmooth[k], kOld) + mpy32x16(powerSpec[k - 1], kSide)) +
                    (mpy32x16(powerSpec[k], kCentre) + mpy32x16(powerSpec[k + 1], kSide));
   }
@@ -75,13 +96,11 @@ void VORN_WVQE_Noise_Vad1_ASM(Word32* psdSmooth, const Word32* powerSpec, int K)
 void VORN_WVQE_Noise_Vad2_ASM(const Word32* psdSmooth, const Word32* psdMin,
                               unsigned char* binActive, Word16* vadFlag, Word16 K) {
   using namespace arvessa;
-  Word32 smoothSum = 0;
-  Word32 minSum = 0;
   for (int k = 0; k < K; ++k) {
     binActive[k] = mpy32x16(psdSmooth[k], kBinScale) > lAdd(psdMin[k], kPowerOffset) ? 1 : 0;
-    smoothSum = lAdd(smoothSum, psdSmooth[k]);
-    minSum = lAdd(minSum, psdMin[k]);
   }
+  const Word32 smoothSum = saturatingSum(psdSmooth, K);
+  const Word32 minSum = saturatingSum(psdMin, K);
   *vadFlag = mpy32x16(smoothSum, kFrameScale) > lAdd(minSum, kPowerOffset) ? 1 : 0;
 }
 

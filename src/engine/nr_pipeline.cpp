@@ -64,7 +64,7 @@ Word16 meanOf128(const Word16* gains) {
 void applyGains(Word32* spectrum, const Word16* gains, int bins) {
   const Word32 nyquist = mpy32x16(spectrum[1], gains[bins - 1]);
   int k = 0;
-  if (kHaveLanes && hasLaneHeadroom(magnitudeBits(spectrum, 2 * bins))) {
+  if (kHaveLanes && hasLaneHeadroom(usedBits(spectrum, 2 * bins))) {
     for (; k < bins; k += 2) {
       const Factors pairs = spreadFactors(gains[k], gains[k + 1]);
       storeLanes(spectrum + 2 * k, mulQ15(loadLanes(spectrum + 2 * k), pairs));
@@ -130,6 +130,39 @@ Word16 processLowBand(const Word16* in, WvqeState* state, int frame, int bins, W
   return upperBandGain;
 }
 
+// y[n] = x[n] + 0.40327 y[n-1] in place.
+void deemphasise(Word32* block, int n, Word32* memory) {
+  constexpr Word32 kCoefficient = 0x339E673C;  // 0.40327 in Q31
+  Word32 y = *memory;
+  const auto step = [&](auto sum) {
+    for (int i = 0; i < n; ++i) {
+      y = sum(block[i], lMult32ByCoefficient(kCoefficient, y));
+      block[i] = y;
+    }
+  };
+  // |y| stays below the larger of the memory and max |x| / (1 - 0.40327) = 1.68 max |x|.
+  constexpr std::uint32_t kNoSaturation = 1U << 30;
+  if (usedBits(block, n) < kNoSaturation && usedBits(memory, 1) < kNoSaturation) {
+    step([](Word32 a, Word32 b) { return a + b; });
+  } else {
+    step(lAdd);
+  }
+  *memory = y;
+}
+
+// Twice the rounded upper halves, saturated, of n words, a multiple of 4. Saturates twice: a word
+// of 0x7FFF8000 or more is rounded to 32767.
+void toSamples(const Word32* block, int n, Word16* out) {
+  if (kHaveLanes && hasLaneHeadroom(usedBits(block, n))) {
+    for (int i = 0; i < n; i += 4) {
+      const Lanes rounded = (loadLanes(block + i) + 0x8000) >> 16;
+      storeSaturated(out + i, rounded + rounded);
+    }
+    return;
+  }
+  for (int i = 0; i < n; ++i) out[i] = saturate16(2 * roundHigh(block[i]));
+}
+
 // 144 samples of the last frame move to the front; this frame follows them, scaled.
 void delayUpperBand(Word16* hbDelay, const Word16* highBand, Word16 gain) {
   constexpr int kCarried = kUpperBandDelay - kMaxFullbandFrame;
@@ -175,16 +208,11 @@ void WVQE_MainProcess(const Word16* in, WvqeState* state, int N, int K, Word16 L
 void VORN_WVQE_MainProcess_ASM(Word32* olaBuffer, Word32* timeBuf, Word32* deemphMem, Word16* out,
                                int N, Word16 K) {
   using namespace arvessa;
-  constexpr Word32 kDeemphasis = 0x339E673C;  // 0.40327 in Q31
   const int overlap = 2 * K - N;
   for (int i = 0; i < overlap; ++i) timeBuf[i] = lAdd(timeBuf[i], olaBuffer[i]);
   for (int i = 0; i < overlap; ++i) olaBuffer[i] = timeBuf[N + i];
-  Word32 y = *deemphMem;
-  for (int n = 0; n < N; ++n) {
-    y = lAdd(timeBuf[n], lMult32ByCoefficient(kDeemphasis, y));
-    out[n] = saturate16(2 * roundHigh(y));
-  }
-  *deemphMem = y;
+  deemphasise(timeBuf, N, deemphMem);
+  toSamples(timeBuf, N, out);
 }
 
 }  // extern "C"

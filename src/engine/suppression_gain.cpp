@@ -22,7 +22,7 @@ Word16 expOfNegative(Word32 v) {
 // The a priori presence of speech in the frame, 0.1 + 0.899 Q(mean smoothed SNR), Q15.
 Word16 frameLevelPresence(Word32 priorSnrSum) {
   const Word16 mean = low16(quotient(priorSnrSum, kBands));
-  return add(3277, mult(29458, low16(WVQE_Qcurve(mean))));
+  return add(3277, mult(29458, low16(presenceCurve(mean))));
 }
 
 // Speech presence probability in Q15 from the likelihood ratio of the Gaussian model: 1 / (1 +
@@ -33,7 +33,7 @@ Word16 presenceProbability(Word16 priorSnr, Word32 v, Word16 bandSmooth, Word16 
   const Word16 likelihood =
       std::min(mult(add(kUnityQ8, priorSnr), expOfNegative(v)), kMaxLikelihood);  // Q8
   // 0.199 + 0.8 Q(smoothed SNR)
-  const Word16 localPresence = add(6521, mult(low16(WVQE_Qcurve(bandSmooth)), 26214));
+  const Word16 localPresence = add(6521, mult(low16(presenceCurve(bandSmooth)), 26214));
   const Word16 presence = mult(localPresence, globalPresence);
   const Word16 absence = sub(kMax16, presence);
   const Word16 odds = low16(quotient(lShl(absence, 8), presence));  // Q8
@@ -105,7 +105,7 @@ void VORN_NR_Gain_Proc2_ASM(const Word16* priorSnr, const Word32* bandPower, Wor
     const Word32 gamma = lAdd(2048, lShl(postSnr[b], 3));  // Q11
     const Word32 v = mpy32x16(gamma, wiener);              // Q11
     const Word16 gain =
-        static_cast<Word16>(std::min(mpy32x16(WVQE_Hypergeom_Gain(v), wiener), Word32{kMax16}));
+        static_cast<Word16>(std::min(mpy32x16(amplitudeFactor(v), wiener), Word32{kMax16}));
     gainH1[b] = gain;
     // 0.8 gain^2 and 0.2.
     bandSnrState[b] = lAdd(mpy32x16(bandPower[b], mult(mult(gain, gain), 26214)),

@@ -1,9 +1,12 @@
 #include "fixedpoint/block_float.h"
 
+#include "fixedpoint/lanes.h"
 #include "fixedpoint/operators.h"
 
 namespace arvessa {
+namespace {
 
+// The magnitudes of n words, bitwise ORed: their highest set bit is that of the largest magnitude.
 std::uint32_t magnitudeBits(const Word32* block, int n) {
   std::uint32_t bits = 0;
   for (int i = 0; i < n; ++i) {
@@ -12,8 +15,6 @@ std::uint32_t magnitudeBits(const Word32* block, int n) {
   }
   return bits;
 }
-
-namespace {
 
 void shiftRight(Word32* x, int n, int count) {
   const int bounded = count > 31 ? 31 : count;
@@ -54,7 +55,7 @@ void WVQE_Block_Denorm(Word32* x, Word16 n, Word16 shift) {
   }
   const Word16 left = negate(shift);
   if (left == 0) return;
-  if (left < 31 && magnitudeBits(x, n) < (std::uint32_t{1} << (31 - left))) {
+  if (left < 31 && usedBits(x, n) < (std::uint32_t{1} << (31 - left))) {
     shiftLeft(x, n, left);
     return;
   }

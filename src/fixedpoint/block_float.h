@@ -2,16 +2,7 @@
 // Block floating point: a block of words shares one exponent, so that it can pass a transform with
 // the largest usable amplitude.
 
-#include <cstdint>
-
 #include "ArvessaTypes.h"
-
-namespace arvessa {
-
-// The magnitudes of n words, bitwise ORed: their highest set bit is that of the largest magnitude.
-std::uint32_t magnitudeBits(const Word32* block, int n);
-
-}  // namespace arvessa
 
 extern "C" {
 

@@ -73,7 +73,7 @@ constexpr Word32 lDiv32(Word32 num, Word32 den) {
 
 // Any operands, by the plain loop: both are normalised, num to below 2^30 <= den, divided, and the
 // 31 quotient bits shifted back by the exponent.
-constexpr Word32 quotientPlain(Word32 num, Word32 den) {
+[[gnu::noinline, gnu::cold]] constexpr Word32 quotientPlain(Word32 num, Word32 den) {
   if (num == 0) return 0;
   if (num == den) return 1;
   const Word16 numNorm = normL(num);
@@ -83,24 +83,31 @@ constexpr Word32 quotientPlain(Word32 num, Word32 den) {
   return lShr(fraction, static_cast<Word16>(numNorm + 30 - denNorm));
 }
 
-// The same in closed form, for num >= 0 and den > 0: floor(num / den), now and then one more in the
-// last bit. With den normalised to m = den 2^b and d = 2 floor(m / 2) - 1 as above, and the
-// numerator to num 2^(a-1), the shift back by a + 30 - b leaves floor(num 2^b / d), whatever a is.
-// Only for a = 0, where the numerator loses a bit, and for num = 2^30 - 1, which may equal d, the
-// loop is the simpler form.
-constexpr Word32 quotientOfPositive(Word32 num, Word32 den) {
-  if (num >= 0x3FFFFFFF) [[unlikely]]
-    return quotientPlain(num, den);
-  const auto d = static_cast<std::uint32_t>(den);
-  const int norm = __builtin_clz(d) - 1;
-  const std::uint32_t divisor = ((d << norm) & ~std::uint32_t{1}) - 1;
-  return static_cast<Word32>((static_cast<std::uint64_t>(num) << norm) / divisor);
+// A divisor den > 0 as the closed form of the loop needs it: normalised to m = den 2^b and reduced
+// to 2 floor(m / 2) - 1.
+struct Divisor {
+  std::uint32_t reduced;
+  int norm;  // b
+};
+constexpr Divisor divisorOf(Word32 den) {
+  const int norm = __builtin_clz(static_cast<std::uint32_t>(den)) - 1;
+  return {((static_cast<std::uint32_t>(den) << norm) & ~std::uint32_t{1}) - 1, norm};
 }
 
+// The quotient in closed form, for 0 <= num < 2^30 - 1. Of a numerator normalised to num 2^(a-1)
+// the shift back by a + 30 - b leaves floor(num 2^b / d), whatever a is. Larger numerators lose a
+// bit when they are normalised, and 2^30 - 1 may equal d, where the loop's quotient is one less.
+inline constexpr std::uint32_t kClosedFormLimit = 0x3FFFFFFF;
+constexpr Word32 closedQuotient(Word32 num, Divisor divisor) {
+  return static_cast<Word32>((static_cast<std::uint64_t>(num) << divisor.norm) / divisor.reduced);
+}
+
+// floor(num / den) for 0 <= num and 0 < den, now and then one more in the last bit.
 constexpr Word32 quotient(Word32 num, Word32 den) {
-  if (num < 0 || den <= 0) [[unlikely]]
+  if (static_cast<std::uint32_t>(num) >= kClosedFormLimit || den <= 0) [[unlikely]] {
     return quotientPlain(num, den);
-  return quotientOfPositive(num, den);
+  }
+  return closedQuotient(num, divisorOf(den));
 }
 
 // For den > 0: by how much the operands of a 32/16-bit quotient are shifted, in steps of 4 bits,
@@ -121,12 +128,12 @@ constexpr Ratio reducePlain(Ratio ratio) {
   if (ratio.den >= 0x8000) ratio = {ratio.num >> 4, ratio.den >> 4};
   return ratio;
 }
-constexpr Word16 quotientQ8Plain(Word32 num, Word32 den) {
+[[gnu::noinline, gnu::cold]] constexpr Word16 quotientQ8Plain(Word32 num, Word32 den) {
   if ((num >> 7) >= den) return kMax16;
   const Ratio ratio = reducePlain({num, den});
   return saturate16(quotientPlain(lShl(ratio.num, 8), ratio.den));
 }
-constexpr Word32 quotientQ15Plain(Word32 num, Word32 den) {
+[[gnu::noinline, gnu::cold]] constexpr Word32 quotientQ15Plain(Word32 num, Word32 den) {
   if ((num >> 15) >= den) return kMax16;
   const Ratio ratio = reducePlain({num, den});
   return quotientPlain(saturate32(std::int64_t{lShl(ratio.num, 15)} - ratio.num), ratio.den);
@@ -139,7 +146,8 @@ constexpr Word16 quotientQ8(Word32 num, Word32 den) {
     return quotientQ8Plain(num, den);
   if ((num >> 7) >= den) return kMax16;
   const int shift = reductionShift(den);
-  return saturate16(quotientOfPositive((num >> shift) << 8, den >> shift));
+  const Word32 value = closedQuotient((num >> shift) << 8, divisorOf(den >> shift));
+  return static_cast<Word16>(value > kMax16 ? kMax16 : value);
 }
 
 // num/den scaled by 32767 for 0 <= num and 0 < den; 32767 from a ratio of 32768 on.
@@ -149,8 +157,9 @@ constexpr Word32 quotientQ15(Word32 num, Word32 den) {
   if ((num >> 15) >= den) return kMax16;
   const int shift = reductionShift(den);
   const Word32 reduced = num >> shift;
-  const Word32 scaled = (reduced > 65535 ? kMax32 : reduced << 15) - reduced;
-  return quotientOfPositive(scaled, den >> shift);
+  if (reduced > kMax16) [[unlikely]]
+    return quotientQ15Plain(num, den);
+  return closedQuotient(reduced * 32767, divisorOf(den >> shift));
 }
 
 }  // namespace arvessa

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "ArvessaTypes.h"
+#include "fixedpoint/operators.h"
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -18,15 +18,29 @@ namespace arvessa {
 
 using Lanes = Word32 __attribute__((vector_size(16)));
 
-// Whether words with these magnitude bits (block_float.h) may be multiplied by mulQ15.
-constexpr bool hasLaneHeadroom(std::uint32_t magnitudeBits) { return magnitudeBits < 0x7FFF8000; }
-
 inline Lanes loadLanes(const Word32* from) {
   Lanes lanes;
   std::memcpy(&lanes, from, sizeof lanes);
   return lanes;
 }
 inline void storeLanes(Word32* to, Lanes lanes) { std::memcpy(to, &lanes, sizeof lanes); }
+
+// The words x of a block, x or ~x if negative, bitwise ORed: all x lie in -2^b..2^b - 1 where b
+// bits of the result are in use. What to ask before a kernel that needs headroom.
+inline std::uint32_t usedBits(const Word32* block, int n) {
+  Lanes bits = {0, 0, 0, 0};
+  int i = 0;
+  for (; i + 8 <= n; i += 8) {
+    const Lanes first = loadLanes(block + i);
+    const Lanes second = loadLanes(block + i + 4);
+    bits |= (first ^ (first >> 31)) | (second ^ (second >> 31));
+  }
+  for (; i < n; ++i) bits[0] |= block[i] ^ (block[i] >> 31);
+  return static_cast<std::uint32_t>(bits[0] | bits[1] | bits[2] | bits[3]);
+}
+
+// Whether words that use these bits may be multiplied by mulQ15.
+constexpr bool hasLaneHeadroom(std::uint32_t bits) { return bits < 0x7FFF0000; }
 
 // Two words from each of two places.
 inline Lanes joinPairs(const Word32* first, const Word32* second) {
@@ -96,6 +110,18 @@ inline Lanes mulQ15(Lanes x, Factors f) {
   return reinterpret_cast<Lanes>(_mm_add_epi32(_mm_slli_epi32(high, 1), _mm_srai_epi32(low, 15)));
 }
 
+// floor(h f / 2^15) of the upper halves h of any words.
+inline Lanes mulHighQ15(Lanes x, Factors f) {
+  return reinterpret_cast<Lanes>(
+      _mm_srai_epi32(_mm_madd_epi16(reinterpret_cast<__m128i>(x), f.high), 15));
+}
+
+// Four words, saturated to 16 bits.
+inline void storeSaturated(Word16* to, Lanes x) {
+  const auto word = reinterpret_cast<__m128i>(x);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi32(word, word));
+}
+
 #else
 
 inline constexpr bool kHaveLanes = false;
@@ -126,6 +152,12 @@ inline Lanes mulQ15(Lanes x, Factors f) {
   Lanes product;
   for (int i = 0; i < 4; ++i) product[i] = static_cast<Word32>((std::int64_t{x[i]} * f[i]) >> 15);
   return product;
+}
+
+inline Lanes mulHighQ15(Lanes x, Factors f) { return ((x >> 16) * f) >> 15; }
+
+inline void storeSaturated(Word16* to, Lanes x) {
+  for (int i = 0; i < 4; ++i) to[i] = saturate16(x[i]);
 }
 
 #endif
