@@ -37,28 +37,37 @@ void WVQE_Spectrum_Bank(const Word32* binPower, Word32* bandOut, const Word32* b
   weigh(binPower, filterRight, K, headroom, upperShare);
   std::fill(bandOut, bandOut + kBands, 0);
   // Neighbouring bins mostly share their bands, whose sums stay in registers meanwhile.
-  for (int k = 0; k < K;) {
-    const Word32 lower = bankLeft[k];
-    const Word32 upper = bankRight[k];
-    Word32 lowerSum = bandOut[lower];
-    Word32 upperSum = bandOut[upper];
-    do {
-      lowerSum = lAdd(lowerSum, lowerShare[k]);
-      upperSum = lAdd(upperSum, upperShare[k]);
-      ++k;
-    } while (k < K && bankLeft[k] == lower);
-    bandOut[lower] = lowerSum;
-    bandOut[upper] = upperSum;
+  int lower = bankLeft[0];
+  int upper = bankRight[0];
+  Word32 lowerSum = 0;
+  Word32 upperSum = 0;
+  for (int k = 0; k < K; ++k) {
+    if (bankLeft[k] != lower) {
+      bandOut[lower] = lowerSum;
+      bandOut[upper] = upperSum;
+      lower = bankLeft[k];
+      upper = bankRight[k];
+      lowerSum = bandOut[lower];
+      upperSum = bandOut[upper];
+    }
+    lowerSum = lAdd(lowerSum, lowerShare[k]);
+    upperSum = lAdd(upperSum, upperShare[k]);
   }
+  bandOut[lower] = lowerSum;
+  bandOut[upper] = upperSum;
 }
 
 void WVQE_Spectrum_PSD(Word16* binOut, const Word16* filterLeft, const Word16* filterRight,
                        const Word32* bankLeft, const Word32* bankRight, const Word16* bandValues,
                        Word16 K) {
   using namespace arvessa;
+  // Gains, which are not negative, keep both products below 2^30 in magnitude.
+  const bool plain = std::all_of(bandValues, bandValues + kBands, [](Word16 v) { return v >= 0; });
   for (int k = 0; k < K; ++k) {
-    const Word32 left = lMult(bandValues[bankLeft[k]], filterLeft[k]);
-    binOut[k] = extractHigh(lMac(left, bandValues[bankRight[k]], filterRight[k]));
+    const Word16 left = bandValues[bankLeft[k]];
+    const Word16 right = bandValues[bankRight[k]];
+    binOut[k] = plain ? saturate16((left * filterLeft[k] + right * filterRight[k]) >> 15)
+                      : extractHigh(lMac(lMult(left, filterLeft[k]), right, filterRight[k]));
   }
 }
 

@@ -60,11 +60,13 @@ bool hasForwardHeadroom(const Word32* x, int words) { return usedBits(x, words) 
 // Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in
 // the split step) and the roundings. So a sum of all components below 2^29 never saturates.
 bool hasInverseHeadroom(const Word32* x, int words) {
-  if (usedBits(x, words) >= (1U << 28)) return false;
-  // In units of 512, rounded up: 512 words of 2^28 stay below 2^32.
-  std::uint32_t sum = static_cast<std::uint32_t>(words);
-  for (int i = 0; i < words; ++i) sum += static_cast<std::uint32_t>(x[i] < 0 ? -x[i] : x[i]) >> 9;
-  return sum < (1U << 20);
+  // In units of 512; each magnitude may be up to one unit short.
+  Lanes sum = {0, 0, 0, 0};
+  for (int i = 0; i < words; i += 4) {
+    const Lanes word = loadLanes(x + i);
+    sum += (word ^ (word >> 31)) >> 9;
+  }
+  return std::int64_t{sum[0]} + sum[1] + sum[2] + sum[3] + words < (1 << 20);
 }
 
 struct Complex {

@@ -96,7 +96,16 @@ void VORN_WVQE_Noise_Vad1_ASM(Word32* psdSmooth, const Word32* powerSpec, int K)
 void VORN_WVQE_Noise_Vad2_ASM(const Word32* psdSmooth, const Word32* psdMin,
                               unsigned char* binActive, Word16* vadFlag, Word16 K) {
   using namespace arvessa;
-  for (int k = 0; k < K; ++k) {
+  int k = 0;
+  if (kHaveLanes && hasLaneHeadroom(usedBits(psdSmooth, K) | usedBits(psdMin, K))) {
+    const Factors scale = splatFactor(kBinScale);
+    for (; k + 4 <= K; k += 4) {
+      const Lanes scaled = mulQ15(loadLanes(psdSmooth + k), scale);
+      const Lanes active = scaled > loadLanes(psdMin + k) + kPowerOffset;  // -1 where it is
+      for (int i = 0; i < 4; ++i) binActive[k + i] = static_cast<unsigned char>(-active[i]);
+    }
+  }
+  for (; k < K; ++k) {
     binActive[k] = mpy32x16(psdSmooth[k], kBinScale) > lAdd(psdMin[k], kPowerOffset) ? 1 : 0;
   }
   const Word32 smoothSum = saturatingSum(psdSmooth, K);
@@ -108,7 +117,22 @@ void VORN_WVQE_Noise_Vad3_ASM(const Word32* powerSpec, Word32* noisePsd,
                               const unsigned char* binActive, Word16 alpha, Word16 K) {
   using namespace arvessa;
   const Word16 oldWeight = low16(32767 - alpha);
-  for (int k = 0; k < K; ++k) {
+  int k = 0;
+  // Without saturation in the shift; the sum has headroom for any weights.
+  if (kHaveLanes && usedBits(powerSpec, K) < (1U << 22) && usedBits(noisePsd, K) < (1U << 29)) {
+    const Factors fresh = splatFactor(alpha);
+    const Factors old = splatFactor(oldWeight);
+    for (; k + 4 <= K; k += 4) {
+      const Lanes noise = loadLanes(noisePsd + k);
+      const Lanes power = loadLanes(powerSpec + k);
+      const unsigned char* active = binActive + k;
+      const Lanes marked = {active[0], active[1], active[2], active[3]};
+      const Lanes keep = (marked != 0) & ((noise >> kNoiseBits) <= power);
+      const Lanes update = mulQ15(power << kNoiseBits, fresh) + mulQ15(noise, old);
+      storeLanes(noisePsd + k, (noise & keep) | (update & (update > 0) & ~keep));
+    }
+  }
+  for (; k < K; ++k) {
     const Word32 noise = noisePsd[k];
     const Word32 power = powerSpec[k];
     if (binActive[k] != 0 && (noise >> kNoiseBits) <= power) continue;

@@ -130,30 +130,31 @@ Word16 processLowBand(const Word16* in, WvqeState* state, int frame, int bins, W
   return upperBandGain;
 }
 
-// y[n] = x[n] + 0.40327 y[n-1] in place.
-void deemphasise(Word32* block, int n, Word32* memory) {
+// y[n] = x[n] + 0.40327 y[n-1] in place. Returns whether all y are below 2^31 - 2^16 in magnitude,
+// so that rounding them cannot saturate.
+bool deemphasise(Word32* block, int n, Word32* memory) {
   constexpr Word32 kCoefficient = 0x339E673C;  // 0.40327 in Q31
   Word32 y = *memory;
-  const auto step = [&](auto sum) {
+  const auto filter = [&](auto sum) {
     for (int i = 0; i < n; ++i) {
       y = sum(block[i], lMult32ByCoefficient(kCoefficient, y));
       block[i] = y;
     }
   };
   // |y| stays below the larger of the memory and max |x| / (1 - 0.40327) = 1.68 max |x|.
-  constexpr std::uint32_t kNoSaturation = 1U << 30;
-  if (usedBits(block, n) < kNoSaturation && usedBits(memory, 1) < kNoSaturation) {
-    step([](Word32 a, Word32 b) { return a + b; });
+  const bool headroom = (usedBits(block, n) | usedBits(memory, 1)) < (1U << 30);
+  if (headroom) {
+    filter([](Word32 a, Word32 b) { return a + b; });
   } else {
-    step(lAdd);
+    filter(lAdd);
   }
   *memory = y;
+  return headroom;
 }
 
-// Twice the rounded upper halves, saturated, of n words, a multiple of 4. Saturates twice: a word
-// of 0x7FFF8000 or more is rounded to 32767.
-void toSamples(const Word32* block, int n, Word16* out) {
-  if (kHaveLanes && hasLaneHeadroom(usedBits(block, n))) {
+// Twice the rounded upper halves, saturated, of n words, a multiple of 4.
+void toSamples(const Word32* block, int n, bool headroom, Word16* out) {
+  if (kHaveLanes && headroom) {
     for (int i = 0; i < n; i += 4) {
       const Lanes rounded = (loadLanes(block + i) + 0x8000) >> 16;
       storeSaturated(out + i, rounded + rounded);
@@ -211,8 +212,8 @@ void VORN_WVQE_MainProcess_ASM(Word32* olaBuffer, Word32* timeBuf, Word32* deemp
   const int overlap = 2 * K - N;
   for (int i = 0; i < overlap; ++i) timeBuf[i] = lAdd(timeBuf[i], olaBuffer[i]);
   for (int i = 0; i < overlap; ++i) olaBuffer[i] = timeBuf[N + i];
-  deemphasise(timeBuf, N, deemphMem);
-  toSamples(timeBuf, N, out);
+  const bool headroom = deemphasise(timeBuf, N, deemphMem);
+  toSamples(timeBuf, N, headroom, out);
 }
 
 }  // extern "C"

@@ -36,7 +36,7 @@ Word16 presenceProbability(Word16 priorSnr, Word32 v, Word16 bandSmooth, Word16 
   const Word16 localPresence = add(6521, mult(low16(presenceCurve(bandSmooth)), 26214));
   const Word16 presence = mult(localPresence, globalPresence);
   const Word16 absence = sub(kMax16, presence);
-  const Word16 odds = low16(quotient(lShl(absence, 8), presence));  // Q8
+  const Word16 odds = low16(quotient(absence * 256, presence));  // Q8
   const Word16 denominator = add(kUnityQ8, low16(lMult(odds, likelihood) >> 9));
   return low16(quotient(32767 * 256, denominator));
 }
@@ -101,9 +101,9 @@ void VORN_NR_Gain_Proc2_ASM(const Word16* priorSnr, const Word32* bandPower, Wor
   using namespace arvessa;
   for (int b = 0; b < kBands; ++b) {
     const Word16 xi = priorSnr[b];
-    const Word16 wiener = low16(quotient(lShl(xi, 15), add(xi, kUnityQ8)));
-    const Word32 gamma = lAdd(2048, lShl(postSnr[b], 3));  // Q11
-    const Word32 v = mpy32x16(gamma, wiener);              // Q11
+    const Word16 wiener = low16(quotient(xi * 32768, add(xi, kUnityQ8)));
+    const Word32 gamma = 2048 + postSnr[b] * 8;  // Q11
+    const Word32 v = mpy32x16(gamma, wiener);    // Q11
     const Word16 gain =
         static_cast<Word16>(std::min(mpy32x16(amplitudeFactor(v), wiener), Word32{kMax16}));
     gainH1[b] = gain;
