@@ -231,6 +231,15 @@ TEST(ArvessaFrame, InPlaceInterleavedAndThreaded) {
   other.join();
 }
 
+// One line in logcat's brief format, on every call.
+TEST(ArvessaVersion, IsLogged) {
+  for (int i = 0; i < 2; ++i) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(Arvessa_GetVer(), 100);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "D/Arvessa: Arvessa_GetVer:100!\n");
+  }
+}
+
 TEST(VornInit, RefusesInOrderAndWritesNothing) {
   Guarded memory(VORN_STATE_BYTES, 0);
   const auto status = [&](auto change) {

@@ -36,6 +36,8 @@ struct Stream {
   std::uint64_t checksum;
 };
 
+void PrintTo(const Stream& s, std::ostream* out) { *out << s.name; }
+
 Switches switchesAt(const Stream& s, int frame) {
   Switches now = s.switches;
   if (s.plan == Plan::kToggle) {

@@ -70,7 +70,7 @@ class CommandTest(unittest.TestCase):
         split = [list(samples[c::channels]) for c in range(channels)]
         return split[0] if channels == 1 else split
 
-    def scene(self, *arguments):
+    def scene(self, *arguments, speech=SPEECH):
         """A scene of 8 kHz as two lists; its file is scene.wav."""
-        self.run_command("scene", SPEECH, "--rate", 8000, "-o", self.path("scene.wav"), *arguments)
+        self.run_command("scene", speech, "--rate", 8000, "-o", self.path("scene.wav"), *arguments)
         return self.read("scene.wav", channels=2)

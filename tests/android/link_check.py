@@ -1,0 +1,171 @@
+#!/usr/bin/env python3
+"""Builds the library for Android without the NDK, and reads what came out.
+
+Clang compiles for the platform; the link is against stand-ins of the platform's libraries that hold
+nothing but the names in libc.txt, libm.txt and liblog.txt, so any other name fails it.
+
+Environment: ARVESSA_ANDROID_ABI, ARVESSA_ANDROID_WORK (directory to build in), ARVESSA_LIBRARY (the
+library of a tested target, whose exports this one must have).
+"""
+
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+SOURCE = HERE.parent.parent
+PLATFORM_LIBRARIES = ("libc", "libm", "liblog")
+LOG_FUNCTION = "__android_log_print"  # the library's own where there is no Android
+
+
+class Abi:
+    def __init__(self, target, debian, machine, page):
+        self.target = target
+        self.debian = debian  # whose headers and compiler runtime stand in for the NDK's
+        self.machine = machine
+        self.page = page
+
+
+ABIS = {
+    "armeabi-v7a": Abi("armv7a-linux-androideabi21", "arm-linux-gnueabi", "ARM", 0x1000),
+    "armeabi-v7a-soft": Abi("armv7a-linux-androideabi21", "arm-linux-gnueabi", "ARM", 0x1000),
+    "arm64-v8a": Abi("aarch64-linux-android21", "aarch64-linux-gnu", "AArch64", 0x4000),
+}
+
+
+def run(*command):
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, text=True)
+    if done.returncode != 0:
+        raise RuntimeError(" ".join(map(str, command)) + "\n" + done.stdout)
+    return done.stdout
+
+
+def names_in(path):
+    lines = (line.strip() for line in path.read_text().splitlines())
+    return [line for line in lines if line and not line.startswith("#")]
+
+
+def make_stub(abi, name, directory):
+    """A shared library with a label for each allowed name and no code."""
+    source = directory / f"{name}.s"
+    labels = (f".globl {label}\n.type {label}, %function\n{label}:\n"
+              for label in names_in(HERE / f"{name}.txt"))
+    source.write_text(".text\n" + "".join(labels))
+    run("clang", f"--target={abi.target}", "-shared", "-nostdlib", "-fuse-ld=lld",
+        f"-Wl,-soname,{name}.so", source, "-o", directory / f"{name}.so")
+
+
+def dynamic_symbols(library):
+    """Names by whether the library defines them."""
+    defined, undefined = set(), set()
+    for line in run("readelf", "--dyn-syms", "--wide", library).splitlines():
+        fields = line.split()
+        if len(fields) < 8 or not fields[0].rstrip(":").isdigit():
+            continue
+        binding, section, name = fields[4], fields[6], fields[7].split("@")[0]
+        if binding != "LOCAL":
+            (undefined if section == "UND" else defined).add(name)
+    return defined, undefined
+
+
+class AndroidLibrary(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.name = os.environ["ARVESSA_ANDROID_ABI"]
+        cls.abi = abi = ABIS[cls.name]
+        for tool, package in (("clang++", "clang"), ("ld.lld", "lld"),
+                              (f"{abi.debian}-g++", f"g++-{abi.debian}"),
+                              (f"{abi.debian}-objdump", f"binutils-{abi.debian}"),
+                              ("readelf", "binutils"), ("ninja", "ninja-build")):
+            if shutil.which(tool) is None:
+                raise RuntimeError(f"{tool} is missing: install the Debian package {package}")
+
+        work = pathlib.Path(os.environ["ARVESSA_ANDROID_WORK"])
+        stubs = work / "stubs"
+        shutil.rmtree(work, ignore_errors=True)
+        stubs.mkdir(parents=True)
+        for library in PLATFORM_LIBRARIES:
+            make_stub(abi, library, stubs)
+        cls.build = work / "build"
+        runtime = run(f"{abi.debian}-gcc", "-print-libgcc-file-name").strip()
+        run("cmake", "-S", SOURCE, "-B", cls.build, "-G", "Ninja",
+            f"-DCMAKE_TOOLCHAIN_FILE={HERE / 'toolchain.cmake'}", "-DCMAKE_BUILD_TYPE=Release",
+            f"-DARVESSA_ANDROID_ABI={cls.name}", f"-DARVESSA_STUBS={stubs}",
+            f"-DARVESSA_LIBGCC={runtime}", f"-DARVESSA_HEADERS={abi.debian}",
+            "-DARVESSA_TOOLS=OFF", "-DARVESSA_BENCH=OFF", "-DARVESSA_TESTS=OFF")
+        run("cmake", "--build", cls.build)
+        cls.library = cls.build / "src" / "libArvessa_ANDROID.so"
+        cls.dynamic = run("readelf", "--dynamic", "--wide", cls.library)
+        cls.defined, cls.undefined = dynamic_symbols(cls.library)
+
+    def entries(self, tag):
+        return re.findall(rf"\({tag}\).*\[(.*)\]", self.dynamic)
+
+    def test_every_source_is_in_it(self):
+        commands = json.loads((self.build / "compile_commands.json").read_text())
+        compiled = {pathlib.Path(entry["file"]) for entry in commands}
+        self.assertEqual(compiled, set((SOURCE / "src").rglob("*.cpp")))
+        for entry in commands:
+            self.assertIn(f"--target={self.abi.target}", entry["command"])
+
+    def test_machine(self):
+        header = run("readelf", "--file-header", "--wide", self.library)
+        self.assertRegex(header, rf"Machine: +{self.abi.machine}\n")
+        self.assertRegex(header, r"Type: +DYN ")
+
+    def test_names(self):
+        self.assertEqual(self.entries("SONAME"), ["libArvessa_ANDROID.so"])
+        self.assertEqual(sorted(self.entries("NEEDED")), ["libc.so", "liblog.so"])
+
+    def test_exports_are_those_of_the_other_targets(self):
+        elsewhere, _ = dynamic_symbols(os.environ["ARVESSA_LIBRARY"])
+        self.assertGreater(len(elsewhere), 50)
+        self.assertEqual(self.defined, elsewhere - {LOG_FUNCTION})
+
+    def test_calls_nothing_but_what_is_allowed(self):
+        allowed = {name for library in PLATFORM_LIBRARIES
+                   for name in names_in(HERE / f"{library}.txt")}
+        self.assertLessEqual(self.undefined, allowed)
+        self.assertIn(LOG_FUNCTION, self.undefined)
+
+    def test_runs_nothing_when_loaded_and_writes_nothing(self):
+        self.assertNotRegex(self.dynamic, r"TEXTREL|\((INIT|FINI|INIT_ARRAY|FINI_ARRAY)\)")
+        sections = run("readelf", "--sections", "--wide", self.library)
+        self.assertIn(" .text ", sections)
+        for name, size in re.findall(r"\] (\.t?data|\.t?bss)\s+\w+\s+\w+ \w+ (\w+)", sections):
+            self.assertEqual(int(size, 16), 0, name)
+
+    def test_no_object_asks_for_the_unwinder(self):
+        """The NDK's linker would find one, and it allocates."""
+        objects = list(self.build.rglob("*.cpp.o"))
+        self.assertEqual(len(objects), len(list((SOURCE / "src").rglob("*.cpp"))))
+        for path in objects:
+            symbols = run("readelf", "--symbols", "--wide", path)
+            self.assertNotRegex(symbols, r"(?i)unwind|personality", path)
+
+    def test_segments_suit_the_page(self):
+        segments = run("readelf", "--program-headers", "--wide", self.library)
+        loads = re.findall(r"^ +LOAD .* (0x\w+)$", segments, re.MULTILINE)
+        self.assertGreaterEqual(len(loads), 2)
+        for alignment in loads:
+            self.assertGreaterEqual(int(alignment, 16), self.abi.page)
+        self.assertRegex(segments, r"GNU_STACK .* RW +0")
+
+    def test_no_float_in_the_vector_unit(self):
+        """On 32-bit ARM it flushes denormals. Conversions apart, an operation on a d or q register
+        that names f32 is one."""
+        if self.abi.machine != "ARM":
+            return
+        code = run(f"{self.abi.debian}-objdump", "--disassemble", "--no-show-raw-insn",
+                   self.library)
+        self.assertIn("MVDR_BeamForming", code)
+        self.assertEqual(re.findall(r"\sv\w+\.f32(?:\.\w+)?\s+[qd]\d+.*", code), [])
+
+
+if __name__ == "__main__":
+    unittest.main()
