@@ -32,6 +32,7 @@ Word16 presenceProbability(Word16 priorSnr, Word32 v, Word16 bandSmooth, Word16 
   constexpr Word16 kMaxLikelihood = 768;  // 3.0 in Q8
   const Word16 likelihood =
       std::min(mult(add(kUnityQ8, priorSnr), expOfNegative(v)), kMaxLikelihood);  // Q8
+  if (likelihood == 0) return kMax16;  // speech for certain, whatever was expected
   // 0.199 + 0.8 Q(smoothed SNR)
   const Word16 localPresence = add(6521, mult(low16(presenceCurve(bandSmooth)), 26214));
   const Word16 presence = mult(localPresence, globalPresence);

@@ -1,0 +1,98 @@
+// frame_cost CASE FRAMES: runs one case of the benchmarks for a number of frames, each of them
+// between two marker functions that do nothing, so that a tool which watches the program can tell
+// what the frame alone costs. frame_cost --list names the cases.
+
+#include <dlfcn.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <iostream>
+
+#include "Arvessa.h"
+#include "cases.h"
+
+#define ARVESSA_MARKER [[gnu::noinline, gnu::visibility("default")]]
+
+extern "C" {
+
+// The empty assembly keeps the calls: functions without effect would be dropped.
+ARVESSA_MARKER void arvessa_count_begin() { __asm__ volatile("" ::: "memory"); }
+ARVESSA_MARKER void arvessa_count_end() { __asm__ volatile("" ::: "memory"); }
+
+// One frame and its markers, for tools that collect while a function is active.
+ARVESSA_MARKER void arvessa_count_frame(const void* work, int frame) {
+  arvessa_count_begin();
+  static_cast<const arvessa::bench::Work*>(work)->run(frame);
+  arvessa_count_end();
+}
+
+}  // extern "C"
+
+namespace {
+
+using namespace arvessa::bench;
+
+const Case* findCase(const char* name) {
+  for (const Case& c : allCases()) {
+    if (c.name == name) return &c;
+  }
+  return nullptr;
+}
+
+template <class Function>
+std::uintptr_t addressOf(Function* function) {
+  return reinterpret_cast<std::uintptr_t>(function);
+}
+
+// Where the markers and the library lie in this process.
+bool printAddresses() {
+  Dl_info library{};
+  if (dladdr(reinterpret_cast<const void*>(&Arvessa_Init), &library) == 0) return false;
+  std::printf(
+      "begin 0x%jx\nend 0x%jx\nlibrary 0x%jx %s\n", std::uintmax_t{addressOf(&arvessa_count_begin)},
+      std::uintmax_t{addressOf(&arvessa_count_end)},
+      std::uintmax_t{reinterpret_cast<std::uintptr_t>(library.dli_fbase)}, library.dli_fname);
+  return true;
+}
+
+int runCase(const char* name, int frames) {
+  const Case* chosen = findCase(name);
+  if (chosen == nullptr) {
+    std::cerr << "frame_cost: no case " << name << "; frame_cost --list names them\n";
+    return EXIT_FAILURE;
+  }
+  if (!printAddresses()) return EXIT_FAILURE;
+  const Work work = chosen->make();
+  warmUp(work);
+  runBatches(work, kWarmUp, frames, [&](int first, int count) {
+    for (int i = 0; i < count; ++i) arvessa_count_frame(&work, first + i);
+  });
+  std::cout << "frames " << frames << '\n';
+  return EXIT_SUCCESS;
+}
+
+int usage() {
+  std::cerr << "usage: frame_cost --list\n       frame_cost CASE FRAMES\n";
+  return EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    if (argc == 2 && std::strcmp(argv[1], "--list") == 0) {
+      for (const Case& c : allCases()) std::cout << c.name << '\n';
+      return EXIT_SUCCESS;
+    }
+    if (argc != 3) return usage();
+    char* end = nullptr;
+    const long frames = std::strtol(argv[2], &end, 10);
+    if (*end != '\0' || frames < 1 || frames > 1000000) return usage();
+    return runCase(argv[1], static_cast<int>(frames));
+  } catch (const std::exception& error) {
+    std::cerr << "frame_cost: " << error.what() << '\n';
+    return EXIT_FAILURE;
+  }
+}
