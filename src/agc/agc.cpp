@@ -79,19 +79,23 @@ Word16 decideIndex(WvqeState& state, Word16 headroom, bool voice) {
 // Multiplies by a gain that climbs from `from` in equal steps; the block after the last would have
 // `to`. Gains in Q16, which the product of a halved gain and a Q15 sample undoes.
 void ramp(const Word16* x, Word16* y, Word32 from, Word32 to, const Layout& layout) {
+  // Shifted down by 5 bits, any gain has headroom.
   const auto start = static_cast<std::uint32_t>(from) * 16;
   const auto step = static_cast<std::uint32_t>(lSub(to, from)) << layout.rampShift;
-  Word32 gains[kMaxFullbandFrame];
-  for (int b = 0; b < layout.blocks; ++b) {
-    const Word32 gain = static_cast<Word32>(start + static_cast<std::uint32_t>(b) * step) >> 5;
-    std::fill_n(gains + b * layout.subframes, layout.subframes, gain);
+  const auto gainOf = [&](int block) {
+    return static_cast<Word32>(start + static_cast<std::uint32_t>(block) * step) >> 5;
+  };
+  const int samples = layout.blocks * layout.subframes;
+  if (kHaveLanes && step == 0) {
+    const Word32 gain = gainOf(0);
+    const Lanes gains = {gain, gain, gain, gain};
+    for (int i = 0; i < samples; i += 4) storeSaturated(y + i, mulQ15(gains, loadFactors(x + i)));
+    return;
   }
-  // Shifted down by 5 bits, the gains have headroom.
-  for (int i = 0; i < layout.blocks * layout.subframes; i += 4) {
-    if constexpr (kHaveLanes) {
-      storeSaturated(y + i, mulQ15(loadLanes(gains + i), loadFactors(x + i)));
-    } else {
-      for (int j = i; j < i + 4; ++j) y[j] = saturate16(mpy32x16(gains[j], x[j]));
+  for (int b = 0; b < layout.blocks; ++b) {
+    const Word32 gain = gainOf(b);
+    for (int i = b * layout.subframes; i < (b + 1) * layout.subframes; ++i) {
+      y[i] = saturate16(mpy32x16(gain, x[i]));
     }
   }
 }

@@ -75,7 +75,12 @@ void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaH
   const Word16* window = windowOf(sizeCode);
   const int windowed = g.history + g.frame;
 
-  for (int i = 0; i < g.history; ++i) timeBuf[i] = lShl(anaHistory[i], d);
+  if (d <= 0) {
+    const int down = d < -31 ? 31 : -d;
+    for (int i = 0; i < g.history; ++i) timeBuf[i] = anaHistory[i] >> down;
+  } else {
+    for (int i = 0; i < g.history; ++i) timeBuf[i] = lShl(anaHistory[i], d);
+  }
   Word32 previous = lShl(*anaMem, d);
   Word32* fresh = timeBuf + g.history;
   int n = 0;
@@ -109,20 +114,19 @@ void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaH
 
 void VORN_WVQE_Analysis2_ASM(const Word32* spec, Word32* power, Word16 sizeCode) {
   using namespace arvessa;
-  const Word16 dc = roundHigh(spec[0]);
-  power[0] = lMult(dc, dc);
   const int bins = geometryOf(sizeCode).bins;
   Word16 parts[2 * kMaxBins];
-  for (int i = 0; i < 2 * bins; ++i) {
-    const Word32 rounded = (spec[i] >> 16) + ((spec[i] >> 15) & 1);
-    parts[i] = static_cast<Word16>(rounded > kMax16 ? kMax16 : rounded);
+  for (int i = 0; i < 2 * bins; i += 4) {
+    const Lanes word = loadLanes(spec + i);
+    storeSaturated(parts + i, (word >> 16) + ((word >> 15) & 1));
   }
-  for (int k = 1; k < bins; ++k) {
-    // At most 2^31: the doubled sum saturates from 2^30 on.
-    const auto sum = static_cast<std::uint32_t>(parts[2 * k] * parts[2 * k]) +
-                     static_cast<std::uint32_t>(parts[2 * k + 1] * parts[2 * k + 1]);
-    power[k] = sum < (1U << 30) ? static_cast<Word32>(sum * 2) : kMax32;
+  for (int k = 0; k < bins; k += 4) {
+    // At most 2^31, a negative number: the doubled sum saturates from 2^30 on.
+    const Lanes sum = squaredMagnitudes(parts + 2 * k);
+    const Lanes saturated = (sum >= (1 << 30)) | (sum < 0);
+    storeLanes(power + k, ((sum & ~saturated) << 1) | (saturated & kMax32));
   }
+  power[0] = lMult(parts[0], parts[0]);  // without bin K
 }
 
 }  // extern "C"

@@ -166,31 +166,75 @@ void firstStageLanes(const Word32* src, Word32* dst, const Size& size) {
   }
 }
 
-// Two butterflies at a time.
+// The product of two numbers with a twiddle; with one of the angle 0 or pi / 2, half of which is 0,
+// it takes half the work.
+template <bool kInverse>
+struct ByAny {
+  Twiddles w;
+  Lanes operator()(Lanes b) const { return multiplyLanes<kInverse>(b, w); }
+};
+struct ByReal {
+  Factors cosine;
+  Lanes operator()(Lanes b) const { return mulQ15(b, cosine); }
+};
+template <bool kInverse>
+struct ByImaginary {
+  Factors sine;
+  Lanes operator()(Lanes b) const {
+    const Lanes crossed = mulQ15(swapParts(b), sine);
+    return kInverse ? negateImags(crossed) : negateReals(crossed);
+  }
+};
+
+// The butterflies of one stage, two at a time, in order.
+template <bool kInverse>
+class Butterflies {
+ public:
+  Butterflies(const Word32* in, Word32* out, int points)
+      : in_(in), sum_(out), difference_(out + points) {}
+
+  template <class Product>
+  void run(int pairs, Product product) {
+    for (int i = 0; i < pairs; ++i) {
+      const Lanes first = loadLanes(in_);
+      const Lanes second = loadLanes(in_ + 4);
+      const Lanes a = __builtin_shufflevector(first, second, 0, 1, 4, 5);
+      const Lanes b = __builtin_shufflevector(first, second, 2, 3, 6, 7);
+      butterflyLanes<kInverse>(a, product(b), sum_, difference_);
+      in_ += 8;
+      sum_ += 4;
+      difference_ += 4;
+    }
+  }
+
+ private:
+  const Word32* in_;
+  Word32* sum_;
+  Word32* difference_;
+};
+
 template <bool kInverse>
 void stageLanes(const Word32* in, Word32* out, const Size& size, int s, const Word16* twiddle) {
-  const int run = size.points >> (s + 1);
-  Word32* difference = out + size.points;
-  const auto twoButterflies = [&](const Twiddles& w) {
-    const Lanes first = loadLanes(in);
-    const Lanes second = loadLanes(in + 4);
-    const Lanes a = __builtin_shufflevector(first, second, 0, 1, 4, 5);
-    const Lanes b = __builtin_shufflevector(first, second, 2, 3, 6, 7);
-    butterflyLanes<kInverse>(a, multiplyLanes<kInverse>(b, w), out, difference);
-    in += 8;
-    out += 4;
-    difference += 4;
-  };
-  if (run == 1) {
-    for (int k = 0; k < size.points / 2; k += 2, twiddle += 4) {
-      twoButterflies(loadTwiddles(twiddle, twiddle + 2));
+  Butterflies<kInverse> butterflies(in, out, size.points);
+  const int pairs = size.points >> (s + 2);  // of butterflies with the same twiddle
+  if (pairs == 0) {
+    for (int i = 0; i < size.points / 4; ++i, twiddle += 4) {
+      butterflies.run(1, ByAny<kInverse>{loadTwiddles(twiddle)});
     }
     return;
   }
-  for (int group = 0; group < 1 << s; ++group, twiddle += 4) {
-    const Twiddles w = splatTwiddle(twiddle);
-    for (int k = 0; k < run; k += 2) twoButterflies(w);
-  }
+  const int quarter = 1 << (s - 1);  // the group of the angle pi / 2
+  const auto groups = [&](int count) {
+    for (int i = 0; i < count; ++i, twiddle += 4) {
+      butterflies.run(pairs, ByAny<kInverse>{splatTwiddle(twiddle)});
+    }
+  };
+  butterflies.run(pairs, ByReal{splatFactor(twiddle[0])});
+  twiddle += 4;
+  groups(quarter - 1);
+  butterflies.run(pairs, ByImaginary<kInverse>{splatFactor(twiddle[1])});
+  twiddle += 4;
+  groups(quarter - 1);
 }
 
 template <class Arith, bool kInverse>
@@ -281,8 +325,8 @@ int splitLanes(const Word32* z, Word32* out, const Size& size) {
     // (b, d), of opposite sign in the inverse.
     const Lanes bd = kInverse ? negateImags(minusBd) : negateReals(minusBd);
     const Lanes db = swapParts(bd);
-    const Twiddles wk = loadTwiddles(size.coef + 2 * k, size.coef + 2 * (k + 1));
-    const Twiddles wm = loadTwiddles(size.coef + 2 * m, size.coef + 2 * (m - 1));
+    const Twiddles wk = loadTwiddles(size.coef + 2 * k);
+    const Twiddles wm = loadTwiddlesReversed(size.coef + 2 * (m - 1));
     const Lanes cosK = mulQ15(db, wk.cosine);
     const Lanes sinK = mulQ15(bd, wk.sine);
     const Lanes cosM = mulQ15(db, wm.cosine);

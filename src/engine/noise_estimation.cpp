@@ -23,9 +23,10 @@ std::int32_t windowThreshold(int frame) {
   return frame <= 999 ? 80 : 150;
 }
 
-Word32 saturatingSum(const Word32* values, int n) {
-  // Where n magnitudes of this size cannot reach 2^31.
-  if (usedBits(values, n) < (1U << 22)) return std::accumulate(values, values + n, 0);
+// `bits`: as usedBits gives them.
+Word32 saturatingSum(const Word32* values, int n, std::uint32_t bits) {
+  // Where 512 magnitudes of this size cannot reach 2^31.
+  if (bits < (1U << 22)) return std::accumulate(values, values + n, 0);
   return std::accumulate(values, values + n, 0, lAdd);
 }
 
@@ -96,20 +97,21 @@ void VORN_WVQE_Noise_Vad1_ASM(Word32* psdSmooth, const Word32* powerSpec, int K)
 void VORN_WVQE_Noise_Vad2_ASM(const Word32* psdSmooth, const Word32* psdMin,
                               unsigned char* binActive, Word16* vadFlag, Word16 K) {
   using namespace arvessa;
+  const std::uint32_t smoothBits = usedBits(psdSmooth, K);
+  const std::uint32_t minBits = usedBits(psdMin, K);
   int k = 0;
-  if (kHaveLanes && hasLaneHeadroom(usedBits(psdSmooth, K) | usedBits(psdMin, K))) {
+  if (kHaveLanes && hasLaneHeadroom(smoothBits | minBits)) {
     const Factors scale = splatFactor(kBinScale);
     for (; k + 4 <= K; k += 4) {
       const Lanes scaled = mulQ15(loadLanes(psdSmooth + k), scale);
-      const Lanes active = scaled > loadLanes(psdMin + k) + kPowerOffset;  // -1 where it is
-      for (int i = 0; i < 4; ++i) binActive[k + i] = static_cast<unsigned char>(-active[i]);
+      storeFlags(binActive + k, scaled > loadLanes(psdMin + k) + kPowerOffset);
     }
   }
   for (; k < K; ++k) {
     binActive[k] = mpy32x16(psdSmooth[k], kBinScale) > lAdd(psdMin[k], kPowerOffset) ? 1 : 0;
   }
-  const Word32 smoothSum = saturatingSum(psdSmooth, K);
-  const Word32 minSum = saturatingSum(psdMin, K);
+  const Word32 smoothSum = saturatingSum(psdSmooth, K, smoothBits);
+  const Word32 minSum = saturatingSum(psdMin, K, minBits);
   *vadFlag = mpy32x16(smoothSum, kFrameScale) > lAdd(minSum, kPowerOffset) ? 1 : 0;
 }
 
@@ -125,9 +127,7 @@ void VORN_WVQE_Noise_Vad3_ASM(const Word32* powerSpec, Word32* noisePsd,
     for (; k + 4 <= K; k += 4) {
       const Lanes noise = loadLanes(noisePsd + k);
       const Lanes power = loadLanes(powerSpec + k);
-      const unsigned char* active = binActive + k;
-      const Lanes marked = {active[0], active[1], active[2], active[3]};
-      const Lanes keep = (marked != 0) & ((noise >> kNoiseBits) <= power);
+      const Lanes keep = loadFlags(binActive + k) & ((noise >> kNoiseBits) <= power);
       const Lanes update = mulQ15(power << kNoiseBits, fresh) + mulQ15(noise, old);
       storeLanes(noisePsd + k, (noise & keep) | (update & (update > 0) & ~keep));
     }

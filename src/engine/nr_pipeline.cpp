@@ -65,9 +65,11 @@ void applyGains(Word32* spectrum, const Word16* gains, int bins) {
   const Word32 nyquist = mpy32x16(spectrum[1], gains[bins - 1]);
   int k = 0;
   if (kHaveLanes && hasLaneHeadroom(usedBits(spectrum, 2 * bins))) {
-    for (; k < bins; k += 2) {
-      const Factors pairs = spreadFactors(gains[k], gains[k + 1]);
-      storeLanes(spectrum + 2 * k, mulQ15(loadLanes(spectrum + 2 * k), pairs));
+    for (; k < bins; k += 4) {
+      const PairFactors factors = spreadFactors(gains + k);
+      Word32* at = spectrum + 2 * k;
+      storeLanes(at, mulQ15(loadLanes(at), factors.first));
+      storeLanes(at + 4, mulQ15(loadLanes(at + 4), factors.second));
     }
   }
   for (; k < bins; ++k) {

@@ -73,10 +73,15 @@ inline Factors loadFactors(const Word16* from) {
   return {_mm_unpacklo_epi16(packed, zero), _mm_unpacklo_epi16(zero, packed)};
 }
 
-// Two factors, each for two neighbouring lanes.
-inline Factors spreadFactors(Word16 first, Word16 second) {
-  const __m128i high = _mm_slli_epi32(_mm_set_epi32(second, second, first, first), 16);
-  return {_mm_srli_epi32(high, 16), high};
+// Four factors, each for two neighbouring lanes of eight.
+struct PairFactors {
+  Factors first;
+  Factors second;
+};
+inline PairFactors spreadFactors(const Word16* from) {
+  const Factors each = loadFactors(from);
+  return {{_mm_unpacklo_epi32(each.low, each.low), _mm_unpacklo_epi32(each.high, each.high)},
+          {_mm_unpackhi_epi32(each.low, each.low), _mm_unpackhi_epi32(each.high, each.high)}};
 }
 
 // Cosine and sine of two twiddle pairs, each for the two lanes of a complex number.
@@ -91,14 +96,21 @@ inline Twiddles spreadTwiddles(__m128i pairs) {
           {_mm_srli_epi32(pairs, 16), _mm_and_si128(upper, pairs)}};
 }
 
-inline Twiddles loadTwiddles(const Word16* first, const Word16* second) {
-  int words[2];
-  std::memcpy(&words[0], first, sizeof words[0]);
-  std::memcpy(&words[1], second, sizeof words[1]);
-  return spreadTwiddles(_mm_set_epi32(words[1], words[1], words[0], words[0]));
+inline Twiddles splatTwiddle(const Word16* pair) {
+  int word = 0;
+  std::memcpy(&word, pair, sizeof word);
+  return spreadTwiddles(_mm_set1_epi32(word));
 }
 
-inline Twiddles splatTwiddle(const Word16* pair) { return loadTwiddles(pair, pair); }
+// The pairs at `from` and after it, in this order and the other way round.
+inline Twiddles loadTwiddles(const Word16* from) {
+  const __m128i pairs = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+  return spreadTwiddles(_mm_unpacklo_epi32(pairs, pairs));
+}
+inline Twiddles loadTwiddlesReversed(const Word16* from) {
+  const __m128i pairs = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+  return spreadTwiddles(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(0, 0, 1, 1)));
+}
 
 // floor(x f / 2^15) for |x| < 2^31 - 2^15. With x = 65536 h + l, both halves signed: 2 h f +
 // floor(l f / 2^15), two 16 x 16-bit products.
@@ -114,6 +126,27 @@ inline Lanes mulQ15(Lanes x, Factors f) {
 inline Lanes mulHighQ15(Lanes x, Factors f) {
   return reinterpret_cast<Lanes>(
       _mm_srai_epi32(_mm_madd_epi16(reinterpret_cast<__m128i>(x), f.high), 15));
+}
+
+// re^2 + im^2 of four pairs, modulo 2^32.
+inline Lanes squaredMagnitudes(const Word16* pairs) {
+  const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pairs));
+  return reinterpret_cast<Lanes>(_mm_madd_epi16(v, v));
+}
+
+// 1 where a lane of the mask is -1, 0 where it is 0; and back.
+inline void storeFlags(unsigned char* to, Lanes mask) {
+  const auto lanes = reinterpret_cast<__m128i>(-mask);
+  const __m128i halves = _mm_packs_epi32(lanes, lanes);
+  const int bytes = _mm_cvtsi128_si32(_mm_packus_epi16(halves, halves));
+  std::memcpy(to, &bytes, sizeof bytes);
+}
+inline Lanes loadFlags(const unsigned char* from) {
+  int bytes = 0;
+  std::memcpy(&bytes, from, sizeof bytes);
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i halves = _mm_unpacklo_epi8(_mm_cvtsi32_si128(bytes), zero);
+  return reinterpret_cast<Lanes>(_mm_unpacklo_epi16(halves, zero)) != 0;
 }
 
 // Four words, saturated to 16 bits.
@@ -133,8 +166,12 @@ inline Factors loadFactors(const Word16* from) {
   return Factors{from[0], from[1], from[2], from[3]};
 }
 
-inline Factors spreadFactors(Word16 first, Word16 second) {
-  return Factors{first, first, second, second};
+struct PairFactors {
+  Factors first;
+  Factors second;
+};
+inline PairFactors spreadFactors(const Word16* from) {
+  return {{from[0], from[0], from[1], from[1]}, {from[2], from[2], from[3], from[3]}};
 }
 
 struct Twiddles {
@@ -142,11 +179,15 @@ struct Twiddles {
   Factors sine;
 };
 
-inline Twiddles loadTwiddles(const Word16* first, const Word16* second) {
-  return {Factors{first[0], first[0], second[0], second[0]},
-          Factors{first[1], first[1], second[1], second[1]}};
+inline Twiddles loadTwiddles(const Word16* from) {
+  return {Factors{from[0], from[0], from[2], from[2]}, Factors{from[1], from[1], from[3], from[3]}};
 }
-inline Twiddles splatTwiddle(const Word16* pair) { return loadTwiddles(pair, pair); }
+inline Twiddles loadTwiddlesReversed(const Word16* from) {
+  return {Factors{from[2], from[2], from[0], from[0]}, Factors{from[3], from[3], from[1], from[1]}};
+}
+inline Twiddles splatTwiddle(const Word16* pair) {
+  return {Factors{pair[0], pair[0], pair[0], pair[0]}, Factors{pair[1], pair[1], pair[1], pair[1]}};
+}
 
 inline Lanes mulQ15(Lanes x, Factors f) {
   Lanes product;
@@ -155,6 +196,23 @@ inline Lanes mulQ15(Lanes x, Factors f) {
 }
 
 inline Lanes mulHighQ15(Lanes x, Factors f) { return ((x >> 16) * f) >> 15; }
+
+inline Lanes squaredMagnitudes(const Word16* pairs) {
+  Lanes sums;
+  for (int i = 0; i < 4; ++i) {
+    const auto re = static_cast<std::uint32_t>(pairs[2 * i] * pairs[2 * i]);
+    sums[i] =
+        static_cast<Word32>(re + static_cast<std::uint32_t>(pairs[2 * i + 1] * pairs[2 * i + 1]));
+  }
+  return sums;
+}
+
+inline void storeFlags(unsigned char* to, Lanes mask) {
+  for (int i = 0; i < 4; ++i) to[i] = static_cast<unsigned char>(-mask[i]);
+}
+inline Lanes loadFlags(const unsigned char* from) {
+  return Lanes{from[0], from[1], from[2], from[3]} != 0;
+}
 
 inline void storeSaturated(Word16* to, Lanes x) {
   for (int i = 0; i < 4; ++i) to[i] = saturate16(x[i]);
