@@ -1,5 +1,7 @@
 # How the project's code is compiled: arvessa_compile_options(TARGET) for everything that we write,
-# arvessa_numeric_options(TARGET) for everything that computes samples.
+# arvessa_numeric_options(TARGET) for everything that computes samples, and
+# arvessa_scalar_floats(SOURCE...) for the sources that do so in float.
+include(CheckCXXSourceCompiles)
 
 set(ARVESSA_SANITIZE "" CACHE STRING "Sanitizers for every target, such as address,undefined")
 option(ARVESSA_WERROR "Treat warnings as errors" ${PROJECT_IS_TOP_LEVEL})
@@ -24,5 +26,22 @@ function(arvessa_numeric_options target)
   target_compile_options(${target} PRIVATE -ffp-contract=off -fno-fast-math)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$")
     target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse)
+  endif()
+endfunction()
+
+# On 32-bit ARM the vector unit flushes denormal floats to zero, and the scalar unit does not. Clang
+# vectorises neighbouring float operations even so; without the vector unit it cannot.
+check_cxx_source_compiles(
+  "#if !(defined(__arm__) && defined(__ARM_NEON))
+#error
+#endif
+int main() {}"
+  ARVESSA_FLUSHING_VECTORS)
+function(arvessa_scalar_floats)
+  if(ARVESSA_FLUSHING_VECTORS)
+    set_property(
+      SOURCE ${ARGN}
+      APPEND
+      PROPERTY COMPILE_OPTIONS -mfpu=vfpv3-d16)
   endif()
 endfunction()

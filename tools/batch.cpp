@@ -1,0 +1,178 @@
+#include "batch.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <thread>
+
+#include "file_sink.h"
+
+namespace arvessa::tools {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point begin) {
+  return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
+struct Record {
+  std::optional<Outcome> outcome;  // none if the input failed
+  std::string error;
+  double elapsed = 0;  // seconds of work
+};
+
+std::vector<Job> planJobs(const BatchOptions& options) {
+  if (options.outputDirectory.empty()) {
+    if (options.output.empty()) throw UsageError("-o or --out-dir is required");
+    if (options.inputs.size() > 1) {
+      throw UsageError("-o takes one input; several need --out-dir");
+    }
+    checkWritableFormat(options.output);
+    return {{options.inputs.front(), options.output}};
+  }
+  std::vector<Job> jobs;
+  std::map<std::string, std::string> inputOfName;
+  for (const std::string& input : options.inputs) {
+    if (input == "-") throw UsageError("standard input needs -o, it has no name for --out-dir");
+    const std::string name = std::filesystem::path(input).stem().string() + ".wav";
+    const auto [other, isNew] = inputOfName.emplace(name, input);
+    if (!isNew) {
+      std::string both = other->second;
+      both.append(" and ").append(input).append(" would both become ").append(name);
+      throw UsageError(both);
+    }
+    jobs.push_back({input, (std::filesystem::path(options.outputDirectory) / name).string()});
+  }
+  return jobs;
+}
+
+void makeDirectory(const std::string& path) {
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  if (error) throw Failure(path, "cannot be made a directory: " + error.message());
+}
+
+Record runJob(const Job& job, const std::vector<std::string>& inputs,
+              const std::function<Outcome(const Job&, Progress&)>& work, Progress& progress) {
+  Record record;
+  const auto begin = Clock::now();
+  try {
+    for (const std::string& input : inputs) {
+      if (isSameFile(input, job.output)) {
+        throw Failure(job.output == "-" ? "standard output" : job.output,
+                      "is the input " + input + " itself; nothing was written");
+      }
+    }
+    record.outcome = work(job, progress);
+    if (!record.outcome->complaint.empty()) {
+      record.error =
+          (job.input == "-" ? "standard input" : job.input) + ": " + record.outcome->complaint;
+    }
+  } catch (const std::bad_alloc&) {
+    record.error = job.input + ": out of memory";
+  } catch (const std::exception& failure) {
+    record.error = failure.what();
+  }
+  record.elapsed = secondsSince(begin);
+  return record;
+}
+
+std::string speed(double audio, double elapsed) {
+  return fixed(audio, 2) + " s in " + fixed(elapsed, 2) + " s (" +
+         fixed(audio / std::max(elapsed, 1e-6), 0) + " x real time)";
+}
+
+std::string summary(const Job& job, const Record& record) {
+  const Outcome& outcome = *record.outcome;
+  std::string text = job.input + " -> " + job.output + ": " +
+                     speed(outcome.seconds, record.elapsed) + ", " +
+                     fixed(outcome.result.in.level(), 1) + " dBFS in, " +
+                     fixed(outcome.result.out.level(), 1) + " dBFS out";
+  if (!outcome.details.empty()) text += ", " + outcome.details;
+  if (outcome.result.clipped > 0) {
+    text += ", " + std::to_string(outcome.result.clipped) + " input samples clipped";
+  }
+  return text;
+}
+
+std::vector<Record> runJobs(const std::vector<Job>& jobs, const BatchOptions& options,
+                            const std::function<Outcome(const Job&, Progress&)>& work) {
+  std::vector<Record> records(jobs.size());
+  Progress progress(jobs.size(), options.quiet);
+  std::atomic<std::size_t> next = 0;
+  const auto takeJobs = [&] {
+    for (std::size_t i = next++; i < jobs.size(); i = next++) {
+      records[i] = runJob(jobs[i], options.inputs, work, progress);
+    }
+  };
+  std::vector<std::jthread> others;
+  while (others.size() + 1 < std::min(static_cast<std::size_t>(options.jobs), jobs.size())) {
+    others.emplace_back(takeJobs);
+  }
+  takeJobs();
+  others.clear();  // joins them
+  return records;
+}
+
+// Tells what was done and what was not. Returns the exit code.
+int report(const std::vector<Job>& jobs, const std::vector<Record>& records,
+           const BatchOptions& options, double elapsed) {
+  // Standard output carries samples when "-" is written to.
+  std::ostream& to = options.output == "-" ? std::cerr : std::cout;
+  std::string failed;
+  std::size_t done = 0;
+  double audio = 0;
+  for (std::size_t i = 0; i < jobs.size(); ++i) {
+    const Record& record = records[i];
+    if (!record.error.empty()) {
+      std::cerr << "arvessa: " << record.error << '\n';
+      failed.append(failed.empty() ? "" : ", ").append(jobs[i].input);
+    }
+    if (!record.outcome) continue;
+    ++done;
+    audio += record.outcome->seconds;
+    if (!options.quiet) to << summary(jobs[i], record) << '\n';
+  }
+  if (jobs.size() > 1 && !failed.empty()) {
+    std::cerr << "arvessa: not done or incomplete: " << failed << '\n';
+  }
+  if (jobs.size() > 1 && !options.quiet) {
+    to << done << " of " << jobs.size() << " recordings: " << speed(audio, elapsed) << '\n';
+  }
+  return failed.empty() ? 0 : 1;
+}
+
+}  // namespace
+
+void addBatchOptions(CLI::App& command, BatchOptions& options) {
+  command.add_option("IN", options.inputs, "recordings to read; - is standard input")
+      ->required()
+      ->expected(1, -1);
+  auto* output = command.add_option(
+      "-o,--output", options.output,
+      "file to write, of the format that its extension says; - is standard output");
+  command
+      .add_option("--out-dir", options.outputDirectory,
+                  "directory to write to, made if missing: NAME.wav for an input NAME.*")
+      ->excludes(output);
+  command.add_option("--jobs", options.jobs, "inputs to work on at once, with --out-dir")
+      ->check(CLI::Range(1, 1024))
+      ->capture_default_str();
+  command.add_flag("--quiet", options.quiet, "no progress bar, no summary");
+}
+
+int runBatch(const BatchOptions& options,
+             const std::function<Outcome(const Job&, Progress&)>& work) {
+  const std::vector<Job> jobs = planJobs(options);
+  if (!options.outputDirectory.empty()) makeDirectory(options.outputDirectory);
+  const auto begin = Clock::now();
+  const std::vector<Record> records = runJobs(jobs, options, work);
+  return report(jobs, records, options, secondsSince(begin));
+}
+
+}  // namespace arvessa::tools

@@ -1,0 +1,130 @@
+#include "file_sink.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+namespace arvessa::tools {
+namespace {
+
+constexpr std::size_t kBlockSamples = 8192;
+
+std::string extensionOf(const std::string& path) {
+  std::string extension = std::filesystem::path(path).extension().string();
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return extension.empty() ? extension : extension.substr(1);
+}
+
+// libsndfile's format with 16-bit samples for the extension of `path`; 0 if there is none.
+int formatOf(const std::string& path) {
+  const std::string extension = extensionOf(path);
+  int count = 0;
+  sf_command(nullptr, SFC_GET_FORMAT_MAJOR_COUNT, &count, sizeof count);
+  for (int i = 0; i < count; ++i) {
+    SF_FORMAT_INFO major{};
+    major.format = i;
+    sf_command(nullptr, SFC_GET_FORMAT_MAJOR, &major, sizeof major);
+    const bool alias = extension == "aif" && (major.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_AIFF;
+    if (!alias && (major.extension == nullptr || extension != major.extension)) continue;
+    SF_INFO info{};
+    info.samplerate = 8000;
+    info.channels = 1;
+    info.format = major.format | SF_FORMAT_PCM_16;
+    if (sf_format_check(&info) != 0) return info.format;
+  }
+  return 0;
+}
+
+}  // namespace
+
+SF_VIRTUAL_IO FileSink::deviceFunctions() {
+  SF_VIRTUAL_IO io{};
+  io.get_filelen = [](void* user) -> sf_count_t {
+    struct stat status {};
+    return fstat(static_cast<Device*>(user)->fd, &status) == 0 ? status.st_size : -1;
+  };
+  io.seek = [](sf_count_t offset, int whence, void* user) -> sf_count_t {
+    return lseek(static_cast<Device*>(user)->fd, offset, whence);
+  };
+  io.tell = [](void* user) -> sf_count_t {
+    return lseek(static_cast<Device*>(user)->fd, 0, SEEK_CUR);
+  };
+  io.read = [](void* to, sf_count_t count, void* user) -> sf_count_t {
+    return ::read(static_cast<Device*>(user)->fd, to, static_cast<std::size_t>(count));
+  };
+  io.write = [](const void* from, sf_count_t count, void* user) -> sf_count_t {
+    auto* device = static_cast<Device*>(user);
+    const auto* bytes = static_cast<const char*>(from);
+    sf_count_t written = 0;
+    while (written < count) {
+      const ssize_t step =
+          ::write(device->fd, bytes + written, static_cast<std::size_t>(count - written));
+      if (step < 0 && errno == EINTR) continue;
+      if (step <= 0) {
+        if (device->error == 0) device->error = step < 0 ? errno : EIO;
+        break;
+      }
+      written += step;
+    }
+    return written;
+  };
+  return io;
+}
+
+FileSink::FileSink(const std::string& path, int rate, int channels)
+    : pending_(path), channels_(channels), device_{pending_.fd(), 0} {
+  SF_INFO info{};
+  info.samplerate = rate;
+  info.channels = channels;
+  info.format = formatOf(path);
+  SF_VIRTUAL_IO io = deviceFunctions();
+  const std::lock_guard lock(openingSoundFile());
+  file_.reset(sf_open_virtual(&io, SFM_WRITE, &info, &device_));
+  checkWritten();
+  if (file_ == nullptr) throw Failure(path, "cannot be written: " + lastOpenError());
+}
+
+void FileSink::write(std::span<const Word16> interleaved) {
+  collected_.insert(collected_.end(), interleaved.begin(), interleaved.end());
+  if (collected_.size() >= kBlockSamples) drain();
+}
+
+void FileSink::drain() {
+  const auto frames = static_cast<sf_count_t>(collected_.size()) / channels_;
+  const sf_count_t written = sf_writef_short(file_.get(), collected_.data(), frames);
+  checkWritten();
+  if (written != frames) {
+    throw Failure(pending_.path(), std::string("cannot be written: ") + sf_strerror(file_.get()));
+  }
+  collected_.clear();
+}
+
+void FileSink::checkWritten() const {
+  if (device_.error == 0) return;
+  throw Failure(pending_.path(),
+                "cannot be written: " + std::generic_category().message(device_.error));
+}
+
+void FileSink::finish() {
+  drain();
+  const int error = sf_close(file_.release());
+  checkWritten();
+  if (error != 0) {
+    throw Failure(pending_.path(), std::string("cannot be written: ") + sf_error_number(error));
+  }
+  pending_.commit();
+}
+
+void checkWritableFormat(const std::string& path) {
+  if (path == "-" || formatOf(path) != 0) return;
+  throw UsageError(path + ": no 16-bit audio format has the extension \"" + extensionOf(path) +
+                   "\"; use .wav, .flac, .aiff, .au, .caf or .w64");
+}
+
+}  // namespace arvessa::tools

@@ -1,0 +1,61 @@
+#include "levels.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <vector>
+
+namespace arvessa::tools {
+
+Word16 toPcm(float sample) {
+  return static_cast<Word16>(std::lrint(std::clamp(sample * 32768.0F, -32768.0F, 32767.0F)));
+}
+
+double decibels(double power) {
+  return power > 0 ? std::max(kSilence, 10 * std::log10(power)) : kSilence;
+}
+
+void LevelMeter::add(std::span<const Word16> samples) {
+  std::int64_t sum = 0;
+  for (const std::int64_t sample : samples) sum += sample * sample;
+  sum_ += static_cast<double>(sum);
+  count_ += static_cast<std::int64_t>(samples.size());
+}
+
+double LevelMeter::level() const {
+  return count_ == 0 ? kSilence : decibels(sum_ / static_cast<double>(count_) / 32768.0 / 32768.0);
+}
+
+double meanPower(std::span<const float> samples) {
+  double sum = 0;
+  for (const float sample : samples) sum += static_cast<double>(sample) * sample;
+  return samples.empty() ? 0 : sum / static_cast<double>(samples.size());
+}
+
+double activePower(std::span<const float> samples, int rate) {
+  const auto block = std::max<std::size_t>(1, static_cast<std::size_t>(rate) / 50);
+  std::vector<double> powers;
+  for (std::size_t n = 0; n < samples.size(); n += block) {
+    powers.push_back(meanPower(samples.subspan(n, std::min(block, samples.size() - n))));
+  }
+  if (powers.empty()) return 0;
+  const double threshold = *std::max_element(powers.begin(), powers.end()) / 1000;  // -30 dB
+  double sum = 0;
+  int active = 0;
+  for (const double power : powers) {
+    if (power < threshold) continue;
+    sum += power;
+    ++active;
+  }
+  return sum / active;
+}
+
+std::string fixed(double value, int decimals) {
+  std::array<char, 64> text{};
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), value,
+                                    std::chars_format::fixed, decimals);
+  return {text.data(), result.ptr};
+}
+
+}  // namespace arvessa::tools

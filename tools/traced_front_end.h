@@ -1,0 +1,36 @@
+#pragma once
+// The front end with a record of what it decided.
+
+#include <array>
+#include <vector>
+
+#include "front_end.h"
+
+namespace arvessa::tools {
+
+// About one frame, after it.
+struct Decision {
+  double inputLevel;  // dBFS
+  int beam;
+  int voice;
+  int gainIndex;
+  double gain;   // dB
+  double floor;  // dB
+  double meanSuppression;
+};
+
+class TracedFrontEnd : public FrontEnd {
+ public:
+  explicit TracedFrontEnd(bool swap) : FrontEnd({true, true, swap}) {}
+  void process(std::span<const Word16> in, std::span<Word16> out) override;
+  const std::vector<Decision>& decisions() const { return decisions_; }
+
+ private:
+  void beforeFrame(const Word16* microphones) override;
+
+  alignas(ArvessaState) std::array<std::byte, ARVESSA_WORK_BYTES> ahead_{};
+  double meanGain_ = 0;
+  std::vector<Decision> decisions_;
+};
+
+}  // namespace arvessa::tools
