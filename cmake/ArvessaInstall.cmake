@@ -20,5 +20,7 @@ install(FILES ${PROJECT_BINARY_DIR}/ArvessaConfig.cmake
               ${PROJECT_BINARY_DIR}/ArvessaConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Arvessa)
 
+file(RELATIVE_PATH ARVESSA_LIB_TO_INCLUDE ${CMAKE_INSTALL_FULL_LIBDIR}
+     ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/arvessa.pc.in ${PROJECT_BINARY_DIR}/arvessa.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/arvessa.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -20,11 +20,12 @@
  * A frame takes bounded time, never blocks and makes no system call.
  *
  * Latency: the output lags the microphones by ARVESSA_BEAM_LATENCY samples (3 ms), and by
- * ARVESSA_ENGINE_LATENCY samples (6 ms) while the engine enhances the frame. Besides that the
+ * ARVESSA_ENGINE_LATENCY samples (6 ms) while the engine suppresses noise or levels. Besides that the
  * library holds back nothing: a frame in gives a frame out.
  *
  * Numbers: the same samples give the same output on every processor and with every compiler, float
- * part included.
+ * part included, as long as the calling thread rounds floats to nearest and keeps denormals, as
+ * every platform does unless it is told otherwise.
  *
  * Part of Arvessa. SPDX-License-Identifier: Apache-2.0
  */

@@ -8,9 +8,9 @@
 // forward transform is scaled by 2/n, the inverse by n/2: one after the other returns the block,
 // within the rounding of the tables (4.4e-4 of its peak).
 //
-// n: floats of the block, 4..128 with the library's tables; half: n/2; stages: log2(n/2), at most
-// 6; twiddle: n/2 pairs as in MVDR_CONST_TABLE_FFT_fCOEF_8K; phaseIndex: steps between the twiddles
-// of neighbouring columns by stage. Nothing is checked. The order of the single-precision
+// n: floats of the block, 4..128, with the library's tables 128; half: n/2; stages: log2(n/2), at
+// most 6; twiddle: n/2 pairs as in MVDR_CONST_TABLE_FFT_fCOEF_8K; phaseIndex: steps between the
+// twiddles of neighbouring columns by stage. Nothing is checked. The order of the single-precision
 // operations is part of the result.
 
 #include "ArvessaTypes.h"

@@ -8,8 +8,7 @@ extern "C" {
 // One 10 ms frame at 8 kHz.
 //
 // frame  256 samples of Q15: microphone 1 in 0..127, microphone 2 in 128..255, each as 24 samples
-// of
-//        the previous frame, 80 new ones and 24 zeros; read only
+//        of the previous frame, 80 new ones and 24 zeros; read only
 // out    80 samples of Q15, in -32767..32767, lagging the input by 24
 // work   reads frameCount; reads and updates beamOverlap, beamEnergy, beamSelected, beamPending and
 //        beamConfirm

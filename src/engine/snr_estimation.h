@@ -11,8 +11,7 @@ extern "C" {
 // postSnr       gamma - 1 in Q8, -256..25600, written
 // priorSnr      xi in Q8, 0..25600, written
 // bandSnrState  smoothed clean-speech power of the previous frames, in the units of bandPower; on
-// the
-//               first frame (frameNo 1) replaced by bandPower
+//               the first frame (frameNo 1) replaced by bandPower
 // bandPower     power of the frame, 0 or more
 // bandNoise     noise power with 7 more fraction bits, 0 or more
 // frameNo       frames since initialisation, held at 32767
