@@ -171,7 +171,7 @@ struct PairFactors {
   Factors second;
 };
 inline PairFactors spreadFactors(const Word16* from) {
-  return {{from[0], from[0], from[1], from[1]}, {from[2], from[2], from[3], from[3]}};
+  return {Factors{from[0], from[0], from[1], from[1]}, Factors{from[2], from[2], from[3], from[3]}};
 }
 
 struct Twiddles {

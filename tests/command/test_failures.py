@@ -97,6 +97,7 @@ class Failures(CommandTest):
             self.assertIn(directory, self.refused("enhance", self.good, "--out-dir", directory))
         with open("/dev/full", "wb") as full:
             self.assertIn("No space left", self.to_output(full))
+            self.refused("info", stdout=full)
         reading, writing = os.pipe()
         os.close(reading)
         self.assertIn("Broken pipe", self.to_output(writing))
