@@ -45,7 +45,8 @@ extern "C" {
 #define ARVESSA_BEAM_LATENCY 24   /* samples, beamformer alone */
 #define ARVESSA_ENGINE_LATENCY 48 /* samples, beamformer and engine */
 
-/* The caller's configuration, passed to both Arvessa_Init and Arvessa. */
+/* The caller's configuration, passed to both Arvessa_Init and Arvessa. The record itself must be
+ * aligned as its type, which is not checked. */
 typedef struct ArvessaConfig {
   void* pWork;          /* work buffer: ARVESSA_WORK_BYTES bytes, 4-byte aligned, not null */
   int32_t workSize;     /* bytes available at `pWork`: at least ARVESSA_WORK_BYTES, signed */
@@ -78,8 +79,8 @@ ARVESSA_API intptr_t Arvessa_Init(ArvessaConfig* cfg);
  *      engine out, with its state standing still; setting it to 1 brings it back. The levelling
  *      switch keeps the value that `engineEnable` had at Arvessa_Init.
  *
- * Returns 0; -1 if `in`, `out`, `cfg` or `pWork` is null or not 4-byte aligned (`cfg` need not be),
- * with nothing changed; or the engine's refusal (-1 on a zero-filled buffer that Arvessa_Init never
+ * Returns 0; -1 if `in`, `out`, `cfg` or `pWork` is null or `pWork`, `in` or `out` is not 4-byte
+ * aligned, with nothing changed; or the engine's refusal (-1 on a zero-filled buffer that Arvessa_Init never
  * prepared, -2 on one with damaged settings), with the beamformed frame in `out` and the frame not
  * counted.
  */

@@ -39,7 +39,8 @@ extern "C" {
 #define VORN_CHECK_VALUE 20        /* the only accepted `checkValue` */
 #define VORN_MAX_FRAME_SAMPLES 480 /* the longest frame, at 48 kHz */
 
-/* The engine's configuration. The caller keeps it and passes it to every call. */
+/* The engine's configuration. The caller keeps it and passes it to every call. The record itself
+ * must be aligned as its type, which is not checked. */
 typedef struct VornConfig {
   void* pState;        /* engine state: VORN_STATE_BYTES bytes, 4-byte aligned, not null */
   int32_t stateSize;   /* bytes available at `pState`: at least VORN_STATE_BYTES, signed */

@@ -1,10 +1,10 @@
-// The float transform: bit for bit against the model, against its own plain form for every input,
-// and against a DFT in double precision.
+// The float transform: bit for bit against the model, in its fast form and, with copies of the tables,
+// in its plain form, and against a DFT in double precision.
 #include "beamformer/float_fft.h"
 
+#include <bit>
 #include <cmath>
 #include <complex>
-#include <limits>
 
 #include "beamformer/float_fft_tables.h"
 #include "model_fft.h"
@@ -18,32 +18,37 @@ using Block = std::vector<float>;
 const float* const kTwiddle = MVDR_CONST_TABLE_FFT_fCOEF_8K;
 const unsigned short* const kPhase = MVDR_CONST_TABLE_PHASE_INDEX_8K;
 
+// From denormals to far beyond samples, with zeros of both signs.
 Block randomBlock(Random& random, std::size_t n, int round) {
   Block block(n);
-  for (float& x : block)
-    x = static_cast<float>(random.wordOf(15)) * std::ldexp(1.0F, round % 40 - 30);
+  const int exponent = round % 40 == 39 ? -150 : round % 40 - 30;
+  for (float& x : block) x = static_cast<float>(std::ldexp(random.wordOf(15), exponent));
   if (round % 3 == 0) {
-    for (float& x : block) x = random.below(2) == 0 ? x : random.below(2) == 0 ? 0.0F : -0.0F;
+    const int zeros = round % 9 == 0 ? 16 : 2;
+    for (float& x : block) x = random.below(zeros) == 0 ? x : random.below(2) == 0 ? 0.0F : -0.0F;
   }
   return block;
 }
 
-// Also smaller transforms, signed zeros and denormals: the same bits.
+// Smaller transforms too, and calls of full size with other tables than the library's.
 TEST(FloatFft, EqualsTheModel) {
   Random random(10);
-  for (int round = 0; round < 2000; ++round) {
-    const int stages = round % 2 == 0 ? 6 : 1 + random.below(6);
-    const int n = 4 << (stages - 1);
+  for (int round = 0; round < 4000; ++round) {
+    const int kind = round % 8;
+    const int n = kind == 0 ? 4 << random.below(6) : 128;
+    const int stages = kind == 1 ? random.below(6) : std::bit_width(static_cast<unsigned>(n)) - 2;
     // The table serves a transform of 128 samples; a smaller one takes every (128 / n)-th twiddle.
     Block twiddle(static_cast<std::size_t>(n));
-    std::vector<unsigned short> phase;
-    for (int m = 0; m < n / 2; ++m) {
-      twiddle[static_cast<std::size_t>(2 * m)] = kTwiddle[2 * m * (128 / n)];
-      twiddle[static_cast<std::size_t>(2 * m + 1)] = kTwiddle[2 * m * (128 / n) + 1];
+    for (std::size_t m = 0; m < twiddle.size(); ++m) {
+      const std::size_t at = m / 2 * 2 * static_cast<std::size_t>(128 / n) + m % 2;
+      twiddle[m] = kTwiddle[at] * (kind == 2 ? 0.75F : 1.0F);
     }
-    for (int s = 0; s < stages; ++s) phase.push_back(static_cast<unsigned short>((n / 2) >> s));
-    const float* w = stages == 6 ? kTwiddle : twiddle.data();
-    const unsigned short* p = stages == 6 ? kPhase : phase.data();
+    std::vector<unsigned short> phase;
+    for (int s = 0; s < 6; ++s) {
+      phase.push_back(static_cast<unsigned short>((n / 2) >> s >> (kind == 3 ? 1 : 0)));
+    }
+    const float* w = kind == 0 || kind == 2 || kind == 4 ? twiddle.data() : kTwiddle;
+    const unsigned short* p = kind == 0 || kind == 3 || kind == 4 ? phase.data() : kPhase;
 
     const Block block = randomBlock(random, static_cast<std::size_t>(n), round);
     Block got = block;

@@ -113,6 +113,14 @@ TEST(ArvessaInit, LaysOutTheBufferAndNothingBeyond) {
     EXPECT_EQ(engine->nrEnable, 1);
     EXPECT_EQ(engine->agcEnable, 0);
     EXPECT_EQ(engine->agcTableSel, 4);
+    // What no field uses is zero.
+    const auto* bytes = static_cast<const unsigned char*>(work.data());
+    const auto* record = reinterpret_cast<const unsigned char*>(engine);
+    for (std::size_t i = sizeof(WvqeState); i < ARVESSA_WORK_BYTES; ++i) {
+      const bool used = (i >= VORN_STATE_BYTES && i < sizeof(ArvessaState)) ||
+                        (bytes + i >= record && bytes + i < record + sizeof(VornConfig));
+      ASSERT_TRUE(used || bytes[i] == 0) << "byte " << i;
+    }
     run(cfg, 20);
     EXPECT_TRUE(work.guardsIntact()) << "address modulo 8: " << remainder;
   }
@@ -166,7 +174,11 @@ TEST(ArvessaFrame, EngineRefusalKeepsTheBeamAndTheCount) {
   EXPECT_EQ(Arvessa(in, out, &cfg), -1);
   EXPECT_EQ(work.state().frameCount, 0U);
   EXPECT_EQ(work.state().mic1History[23], 1000);
-  EXPECT_NE(out[79], 0) << "the beamformed frame";
+  Guarded beamWork(ARVESSA_WORK_BYTES, 0, 0x00);
+  ArvessaConfig beamAlone = frontEnd(beamWork, 1, 0);
+  alignas(4) Word16 beam[80];
+  EXPECT_EQ(Arvessa(in, beam, &beamAlone), 0);
+  EXPECT_EQ(std::memcmp(out, beam, sizeof out), 0) << "out keeps the beamformed frame";
   ASSERT_EQ(Arvessa_Init(&cfg), 0);
   vornConfigIn(&work.state())->agcTableSel = 5;
   EXPECT_EQ(Arvessa(in, out, &cfg), -2);

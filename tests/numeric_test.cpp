@@ -16,7 +16,7 @@ constexpr Word32 kMax = 2147483647;
 
 // A divisor of every width, and a numerator near a multiple of it or anywhere.
 std::pair<Word32, Word32> drawQuotient(Random& random) {
-  const Word32 den = (random.wordOf(31) & kMax) >> random.below(31) | 1;
+  const Word32 den = std::max(1, (random.wordOf(31) & kMax) >> random.below(31));
   if (random.below(2) == 0) return {(random.wordOf(31) & kMax) >> random.below(31), den};
   const std::int64_t multiple = std::int64_t{den} * (random.wordOf(20) & 0xFFFF);
   return {static_cast<Word32>(std::min<std::int64_t>(kMax, multiple + random.below(3))), den};
@@ -112,6 +112,31 @@ TEST(Numeric, Landmarks) {
   EXPECT_EQ(WVQE_L_div32(kMax, 1), kMax);
   EXPECT_EQ(WVQE_L_div32(1, 3), 0);
   EXPECT_EQ(WVQE_iLog4(0xFFFFFFFF), 15);
+}
+
+// The levels at which a shift begins to saturate, and a magnitude that only a negative word has.
+TEST(BlockFloat, Landmarks) {
+  std::vector<Word32> block(16);
+  EXPECT_EQ(WVQE_Block_Norm(block.data(), 16, 6), -6);
+  block[3] = 1;
+  EXPECT_EQ(WVQE_Block_Norm(block.data(), 16, 8), 22);
+  EXPECT_EQ(block[3], 1 << 22);
+  block.assign(16, 0);
+  block[15] = -2147483647 - 1;
+  EXPECT_EQ(WVQE_Block_Norm(block.data(), 16, 6), -6);
+  EXPECT_EQ(block[15], -(1 << 25));
+  for (const auto& [word, shift, want] : {std::tuple{0x20000000, -2, kMax},
+                                          {0x1FFFFFFF, -2, 0x7FFFFFFC},
+                                          {0x20000000, -3, kMax},
+                                          {-0x20000000, -2, -2147483647 - 1},
+                                          {-1, 3, -1},
+                                          {5, 0, 5},
+                                          {1, -31, kMax}}) {
+    block.assign(16, 0);
+    block[9] = word;
+    WVQE_Block_Denorm(block.data(), 16, static_cast<Word16>(shift));
+    EXPECT_EQ(block[9], want) << word << " by " << shift;
+  }
 }
 
 TEST(BlockFloat, EqualsTheModelAtEveryLevel) {

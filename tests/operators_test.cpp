@@ -1,5 +1,7 @@
 // The saturating operators: against the model over boundaries and random operands, over whole
 // 16-bit domains, and at the landmarks of their definitions.
+#include <limits>
+
 #include "fixedpoint/operators_api.h"
 #include "model_arithmetic.h"
 #include "support.h"
@@ -90,6 +92,9 @@ TEST(Operators, Landmarks) {
   EXPECT_EQ(VORN_L_saturate(-2147483648.5), kMin);
   EXPECT_EQ(VORN_L_saturate(2147483647.0), kMax);
   EXPECT_EQ(VORN_L_saturate(-2147483648.0), kMin);
+  EXPECT_EQ(VORN_L_saturate(2147483646.0), kMax - 1);
+  EXPECT_EQ(VORN_L_saturate(-2147483647.0), kMin + 1);
+  EXPECT_EQ(VORN_L_saturate(std::numeric_limits<double>::quiet_NaN()), 0);
   EXPECT_EQ(VORN_L_saturate(-2.9), -2);
   EXPECT_EQ(VORN_L_saturate(1e300), kMax);
 }

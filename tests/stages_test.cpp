@@ -372,14 +372,21 @@ TEST(Stages, AgcEqualsTheModel) {
   Random random(27);
   for (int round = 0; round < 4000; ++round) {
     States s(random);
-    if (round % 16 == 0) s.library.agcEnvFast = s.library.agcEnvSlow = 0;
+    const bool silent = round % 16 == 0;  // no level at all: the largest headroom
+    if (silent) s.library.agcEnvFast = s.library.agcEnvSlow = 0;
+    if (round % 7 == 0) s.library.vadFlag = static_cast<Word16>(random.below(5) - 2);
     std::memcpy(&s.model, &s.library, sizeof s.library);
-    const auto rate = static_cast<Word16>(round % 5);  // 4: refused, nothing written
-    Word16 x[480];
-    const int shift = random.below(17);
-    for (Word16& sample : x) sample = static_cast<Word16>(random.wordOf(15) >> shift);
-    if (shift == 0) x[random.below(80)] = -32768;
+    const auto rate = static_cast<Word16>(round % 6 - 1);  // -1 and 4: refused, nothing written
+    Word16 x[480] = {};
+    const int shift = random.below(16);
+    for (Word16& sample : x) sample = silent ? 0 : static_cast<Word16>(random.wordOf(15) >> shift);
+    if (shift == 0 && !silent) x[random.below(80)] = -32768;
     const Word32* table = round % 2 == 0 ? WVQE_AGC_GAIN_TABLE_5_9 : WVQE_AGC_GAIN_TABLE_15_9;
+    Word32 wide[32];
+    if (round % 5 == 0) {
+      random.fill(wide, 32, 27);
+      table = wide;
+    }
     Word16 y[2][480] = {};
     VED_AGC_Process(&s.library, x, table, rate, y[0]);
     model::VED_AGC_Process(&s.model, x, table, rate, y[1]);

@@ -79,12 +79,10 @@ Word16 decideIndex(WvqeState& state, Word16 headroom, bool voice) {
 // Multiplies by a gain that climbs from `from` in equal steps; the block after the last would have
 // `to`. Gains in Q16, which the product of a halved gain and a Q15 sample undoes.
 void ramp(const Word16* x, Word16* y, Word32 from, Word32 to, const Layout& layout) {
-  // Shifted down by 5 bits, any gain has headroom.
-  const auto start = static_cast<std::uint32_t>(from) * 16;
-  const auto step = static_cast<std::uint32_t>(lSub(to, from)) << layout.rampShift;
-  const auto gainOf = [&](int block) {
-    return static_cast<Word32>(start + static_cast<std::uint32_t>(block) * step) >> 5;
-  };
+  const std::int64_t start = std::int64_t{from} * 16;
+  const std::int64_t step = std::int64_t{lSub(to, from)} * (1 << layout.rampShift);
+  // Half of a value between the two gains: it has headroom.
+  const auto gainOf = [&](int block) { return static_cast<Word32>((start + block * step) >> 5); };
   const int samples = layout.blocks * layout.subframes;
   if (kHaveLanes && step == 0) {
     const Word32 gain = gainOf(0);

@@ -10,38 +10,26 @@
 namespace arvessa {
 namespace {
 
-// The product of n powers, a multiple of 4, with their weights.
+// The products of n powers with their weights.
 void weigh(const Word32* power, const Word16* weight, int n, bool headroom, Word32* product) {
+  int k = 0;
   if (kHaveLanes && headroom) {
-    for (int k = 0; k < n; k += 4) {
+    for (; k + 4 <= n; k += 4) {
       storeLanes(product + k, mulQ15(loadLanes(power + k), loadFactors(weight + k)));
     }
-    return;
   }
-  for (int k = 0; k < n; ++k) product[k] = mpy32x16(power[k], weight[k]);
+  for (; k < n; ++k) product[k] = mpy32x16(power[k], weight[k]);
 }
 
-}  // namespace
-}  // namespace arvessa
-
-extern "C" {
-
-void WVQE_Spectrum_Bank(const Word32* binPower, Word32* bandOut, const Word32* bankLeft,
-                        const Word32* bankRight, const Word16* filterLeft,
-                        const Word16* filterRight, Word16 K) {
-  using namespace arvessa;
-  const bool headroom = hasLaneHeadroom(usedBits(binPower, K));
-  Word32 lowerShare[kMaxBins];
-  Word32 upperShare[kMaxBins];
-  weigh(binPower, filterLeft, K, headroom, lowerShare);
-  weigh(binPower, filterRight, K, headroom, upperShare);
-  std::fill(bandOut, bandOut + kBands, 0);
-  // Neighbouring bins mostly share their bands, whose sums stay in registers meanwhile.
+// Adds the shares of n bins to their bands. Neighbouring bins mostly share their bands, whose sums
+// stay in registers meanwhile.
+void addShares(const Word32* lowerShare, const Word32* upperShare, const Word32* bankLeft,
+               const Word32* bankRight, int n, Word32* bandOut) {
   int lower = bankLeft[0];
   int upper = bankRight[0];
-  Word32 lowerSum = 0;
-  Word32 upperSum = 0;
-  for (int k = 0; k < K; ++k) {
+  Word32 lowerSum = bandOut[lower];
+  Word32 upperSum = bandOut[upper];
+  for (int k = 0; k < n; ++k) {
     if (bankLeft[k] != lower) {
       bandOut[lower] = lowerSum;
       bandOut[upper] = upperSum;
@@ -55,6 +43,28 @@ void WVQE_Spectrum_Bank(const Word32* binPower, Word32* bandOut, const Word32* b
   }
   bandOut[lower] = lowerSum;
   bandOut[upper] = upperSum;
+}
+
+}  // namespace
+}  // namespace arvessa
+
+extern "C" {
+
+void WVQE_Spectrum_Bank(const Word32* binPower, Word32* bandOut, const Word32* bankLeft,
+                        const Word32* bankRight, const Word16* filterLeft,
+                        const Word16* filterRight, Word16 K) {
+  using namespace arvessa;
+  constexpr int kChunk = 64;
+  Word32 lowerShare[kChunk];
+  Word32 upperShare[kChunk];
+  std::fill(bandOut, bandOut + kBands, 0);
+  for (int k = 0; k < K; k += kChunk) {
+    const int n = std::min(kChunk, K - k);
+    const bool headroom = hasLaneHeadroom(usedBits(binPower + k, n));
+    weigh(binPower + k, filterLeft + k, n, headroom, lowerShare);
+    weigh(binPower + k, filterRight + k, n, headroom, upperShare);
+    addShares(lowerShare, upperShare, bankLeft + k, bankRight + k, n, bandOut);
+  }
 }
 
 void WVQE_Spectrum_PSD(Word16* binOut, const Word16* filterLeft, const Word16* filterRight,

@@ -22,7 +22,8 @@ extern ARVESSA_API const Word16 WVQE_CONST_TABLE_FILTER_RIGHT_8K[64];
 extern ARVESSA_API const Word16 WVQE_CONST_TABLE_FILTER_RIGHT_16K[128];
 extern ARVESSA_API const Word16 WVQE_CONST_TABLE_FILTER_RIGHT_32K[256];
 
-// K bin powers to 24 band powers, any scale, saturating sums in bin order.
+// K bin powers to 24 band powers, any scale, saturating sums in bin order. bankRight[k] is
+// bankLeft[k] + 1.
 ARVESSA_API void WVQE_Spectrum_Bank(const Word32* binPower, Word32* bandOut, const Word32* bankLeft,
                                     const Word32* bankRight, const Word16* filterLeft,
                                     const Word16* filterRight, Word16 K);

@@ -48,7 +48,7 @@ struct WithHeadroom {
 
 // Forward, no complex value grows beyond the largest magnitude of the input, sqrt(2) times its
 // largest component, by more than the roundings: a stage halves the sum of two. Inside a stage and
-// in the split step the sums stay below 4.9 times that. So components below 2^28 never saturate.
+// in the split step the sums stay below 4 times that. So components below 2^28 never saturate.
 bool hasForwardHeadroom(const Word32* x, int words) { return usedBits(x, words) < (1U << 28); }
 
 // Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in

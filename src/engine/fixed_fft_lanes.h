@@ -17,28 +17,28 @@ struct Size {
 };
 
 // Two complex numbers in four lanes, first and second swapped within each.
-inline Lanes swapParts(Lanes x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2); }
+static inline Lanes swapParts(Lanes x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2); }
 
 // Negates the real or the imaginary parts.
-inline Lanes negateReals(Lanes x) {
+static inline Lanes negateReals(Lanes x) {
   const Lanes mask = {-1, 0, -1, 0};
   return (x ^ mask) - mask;
 }
-inline Lanes negateImags(Lanes x) {
+static inline Lanes negateImags(Lanes x) {
   const Lanes mask = {0, -1, 0, -1};
   return (x ^ mask) - mask;
 }
 
 // As multiply<WithHeadroom, kInverse>, for two numbers.
 template <bool kInverse>
-inline Lanes multiplyLanes(Lanes b, const Twiddles& w) {
+static inline Lanes multiplyLanes(Lanes b, const Twiddles& w) {
   const Lanes direct = mulQ15(b, w.cosine);
   const Lanes crossed = mulQ15(swapParts(b), w.sine);
   return direct + (kInverse ? negateImags(crossed) : negateReals(crossed));
 }
 
 template <bool kInverse>
-void butterflyLanes(Lanes a, Lanes t, Word32* sum, Word32* difference) {
+static void butterflyLanes(Lanes a, Lanes t, Word32* sum, Word32* difference) {
   constexpr int kHalve = kInverse ? 0 : 1;
   storeLanes(sum, (a + t) >> kHalve);
   storeLanes(difference, (a - t) >> kHalve);
@@ -46,7 +46,7 @@ void butterflyLanes(Lanes a, Lanes t, Word32* sum, Word32* difference) {
 
 // Bit reversal of k + 1 is that of k, which is even, plus half the range.
 template <bool kInverse>
-void firstStageLanes(const Word32* src, Word32* dst, const Size& size) {
+static void firstStageLanes(const Word32* src, Word32* dst, const Size& size) {
   const int half = size.points / 2;
   const Factors one = splatFactor(size.coef[0]);
   for (int k = 0; k < half; k += 2) {
@@ -106,7 +106,8 @@ class Butterflies {
 };
 
 template <bool kInverse>
-void stageLanes(const Word32* in, Word32* out, const Size& size, int s, const Word16* twiddle) {
+static void stageLanes(const Word32* in, Word32* out, const Size& size, int s,
+                       const Word16* twiddle) {
   Butterflies<kInverse> butterflies(in, out, size.points);
   const int pairs = size.points >> (s + 2);  // of butterflies with the same twiddle
   if (pairs == 0) {
@@ -132,7 +133,7 @@ void stageLanes(const Word32* in, Word32* out, const Size& size, int s, const Wo
 // As forwardSplit and inverseSplit, bins k and k + 1 with their mirror images at a time. Returns
 // the first bin that is left over.
 template <bool kInverse>
-int splitLanes(const Word32* z, Word32* out, const Size& size) {
+static int splitLanes(const Word32* z, Word32* out, const Size& size) {
   int k = 1;
   for (; k + 1 < size.points / 2; k += 2) {
     const int m = size.points - k;

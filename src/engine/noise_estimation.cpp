@@ -25,8 +25,8 @@ std::int32_t windowThreshold(int frame) {
 
 // `bits`: as usedBits gives them.
 Word32 saturatingSum(const Word32* values, int n, std::uint32_t bits) {
-  // Where 512 magnitudes of this size cannot reach 2^31.
-  if (bits < (1U << 22)) return std::accumulate(values, values + n, 0);
+  // 512 magnitudes of this size cannot reach 2^31.
+  if (n <= 512 && bits < (1U << 22)) return std::accumulate(values, values + n, 0);
   return std::accumulate(values, values + n, 0, lAdd);
 }
 
@@ -57,7 +57,7 @@ extern "C" {
 
 void WVQE_Noise_Vad(WvqeState* state, int K, const Word32* powerSpec, unsigned char* binActive) {
   using namespace arvessa;
-  // The running mean of the first hundred frames, an exponential average after them.
+  // The running mean of the first 99 frames, an exponential average after them.
   const auto alpha =
       static_cast<Word16>(std::max(quotient(32767, state->frameCountSat), Word32{kMinAlpha}));
   VORN_WVQE_Noise_Vad1_ASM(state->psdSmooth, powerSpec, K);

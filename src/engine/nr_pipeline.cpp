@@ -132,8 +132,8 @@ Word16 processLowBand(const Word16* in, WvqeState* state, int frame, int bins, W
   return upperBandGain;
 }
 
-// y[n] = x[n] + 0.40327 y[n-1] in place. Returns whether all y are below 2^31 - 2^16 in magnitude,
-// so that rounding them cannot saturate.
+// y[n] = x[n] + 0.40327 y[n-1] in place. Returns true if all y are known to be below 2^31 - 2^16 in
+// magnitude, so that rounding them cannot saturate.
 bool deemphasise(Word32* block, int n, Word32* memory) {
   constexpr Word32 kCoefficient = 0x339E673C;  // 0.40327 in Q31
   Word32 y = *memory;
@@ -143,7 +143,8 @@ bool deemphasise(Word32* block, int n, Word32* memory) {
       block[i] = y;
     }
   };
-  // |y| stays below the larger of the memory and max |x| / (1 - 0.40327) = 1.68 max |x|.
+  // Up to the roundings, |y| stays below the larger of the memory and max |x| / (1 - 0.40327) =
+  // 1.68 max |x|.
   const bool headroom = (usedBits(block, n) | usedBits(memory, 1)) < (1U << 30);
   if (headroom) {
     filter([](Word32 a, Word32 b) { return a + b; });
@@ -154,16 +155,16 @@ bool deemphasise(Word32* block, int n, Word32* memory) {
   return headroom;
 }
 
-// Twice the rounded upper halves, saturated, of n words, a multiple of 4.
+// Twice the rounded upper halves of n words, saturated.
 void toSamples(const Word32* block, int n, bool headroom, Word16* out) {
+  int i = 0;
   if (kHaveLanes && headroom) {
-    for (int i = 0; i < n; i += 4) {
+    for (; i + 4 <= n; i += 4) {
       const Lanes rounded = (loadLanes(block + i) + 0x8000) >> 16;
       storeSaturated(out + i, rounded + rounded);
     }
-    return;
   }
-  for (int i = 0; i < n; ++i) out[i] = saturate16(2 * roundHigh(block[i]));
+  for (; i < n; ++i) out[i] = saturate16(2 * roundHigh(block[i]));
 }
 
 // 144 samples of the last frame move to the front; this frame follows them, scaled.

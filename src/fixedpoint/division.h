@@ -62,8 +62,8 @@ constexpr Word32 restoringQuotient(Word32 num, Word32 den) {
   return static_cast<Word32>((static_cast<std::uint64_t>(num) << 31) / divisor);
 }
 
-// num/den in Q31 for 0 <= num <= den and den > 0; num = den gives 0x7FFFFFFF. Within the loop's
-// accuracy: at most den 2^-31 relative above the exact quotient for large den.
+// num/den in Q31 for 0 <= num <= den and den > 0; num = den gives 0x7FFFFFFF. By the reduced divisor
+// the quotient is about 2/den, relatively, above the exact one.
 constexpr Word32 lDiv32(Word32 num, Word32 den) {
   if (num == 0) return 0;
   if (num == den) return kMax32;
@@ -102,7 +102,8 @@ constexpr Word32 closedQuotient(Word32 num, Divisor divisor) {
   return static_cast<Word32>((static_cast<std::uint64_t>(num) << divisor.norm) / divisor.reduced);
 }
 
-// floor(num / den) for 0 <= num and 0 < den, now and then one more in the last bit.
+// floor(num / den) for 0 <= num and 0 < den, now and then one more, by the reduced divisor, and from
+// num = 2^30 on sometimes one less, by the bit that the numerator loses.
 constexpr Word32 quotient(Word32 num, Word32 den) {
   if (static_cast<std::uint32_t>(num) >= kClosedFormLimit || den <= 0) [[unlikely]] {
     return quotientPlain(num, den);

@@ -1,8 +1,8 @@
 #pragma once
 // Four 32-bit words at once, for kernels whose operands have headroom: no operation saturates.
 //
-// Arithmetic is that of the compiler's vector types, on any processor; only the product with a
-// 16-bit factor is written for the vector unit where there is one (kHaveLanes). The scalar and the
+// Arithmetic is that of the compiler's vector types, on any processor; only products, packing and
+// flags are written for the vector unit where there is one (kHaveLanes). The scalar and the
 // four-lane form of a kernel give the same bits.
 
 #include <cstdint>

@@ -15,7 +15,7 @@ ARVESSA_API Word32 WVQE_DIV32_16_Q15(Word32 num, Word32 den);
 ARVESSA_API Word32 WVQE_Exp(Word16 x);
 ARVESSA_API Word32 WVQE_ExpTmp(Word16 x);
 
-// Square root of x >= 0, Q2n in, Qn out, within 0.3 %.
+// Square root of x >= 0, Q2n in, Qn out, within 0.3 % and then truncated: coarse for small x.
 ARVESSA_API Word32 WVQE_Sqrt(Word32 x);
 
 // floor(log4 x), 0 for 0. x is unsigned.

@@ -118,7 +118,7 @@ constexpr Word32 mpy32x16(Word32 word, Word16 a) {
 }
 
 // Q31 x Q31 -> Q31 without the low-by-low term: three 16-bit products, each floored, summed with
-// saturation from left to right. Lies up to 2 units below the exact product.
+// saturation from left to right. Lies up to 3 units below the exact product.
 constexpr Word32 lMult32(Word32 x, Word32 y) {
   const Word16 xHigh = extractHigh(x);
   const Word16 yHigh = extractHigh(y);

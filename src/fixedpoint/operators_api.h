@@ -34,7 +34,8 @@ ARVESSA_API Word32 VORN_L_shl(Word32 L, Word16 n);
 ARVESSA_API Word32 VORN_L_shr(Word32 L, Word16 n);
 ARVESSA_API Word32 VORN_L_shr_r(Word32 L, Word16 n);
 
-// Quotients for 0 <= num <= den and 0 < den, in Q15 and Q31; other operands give some value.
+// Quotients for 0 <= num <= den and 0 < den, in Q15 and Q31; other operands give some value. The
+// second lies above the exact quotient by about 2/den, relatively: use it for normalised operands.
 ARVESSA_API Word16 VORN_div_s(Word16 num, Word16 den);
 ARVESSA_API Word32 VORN_L_div32(Word32 num, Word32 den);
 
