@@ -5,6 +5,7 @@
 // written from the definitions of the chain by a second developer who had not seen the library's
 // code: EqualsTheModel repeats that confirmation. They change only when the output changes; a
 // release that changes one says so in the change log.
+#include <cstdio>
 #include <memory>
 
 #include "Arvessa.h"
@@ -131,129 +132,36 @@ Samples runModel(const Stream& s) {
 }
 
 using enum Signal;
+// clang-format off
+using enum Plan;
 const Stream kStreams[] = {
-    {"FrontEndSpeech",
-     kSpeech,
-     kNoisySpeech,
-     710,
-     {-1, 1, 1, 4},
-     Plan::kFixed,
-     0x55ED581A648AA9A4ULL},
-    {"FrontEndNoisySpeech",
-     kNoisySpeech,
-     kSpeech,
-     710,
-     {-1, 1, 1, 4},
-     Plan::kFixed,
-     0x04C89C2B011EA8BAULL},
-    {"FrontEndLevelled",
-     kNoisySpeech,
-     kNoisySpeech,
-     300,
-     {-1, 0, 1, 4},
-     Plan::kFixed,
-     0xD51B572C9B4ACA3BULL},
-    {"FrontEndBeamAlone", kNoise, kSpeech, 400, {-1, 1, 0, 4}, Plan::kFixed, 0xC9ED4AE5D6452912ULL},
-    {"FrontEndFullScale",
-     kFullScale,
-     kFullScale,
-     200,
-     {-1, 1, 1, 4},
-     Plan::kFixed,
-     0x98C5F875314C6022ULL},
-    {"FrontEndSilence", kSilence, kSilence, 50, {-1, 1, 1, 4}, Plan::kFixed, 0x51E78E744621F425ULL},
-    {"FrontEndTone", kTone, kBursts, 300, {-1, 1, 1, 4}, Plan::kFixed, 0x54F09E14B51D6E2EULL},
-    {"FrontEndToggled",
-     kNoisySpeech,
-     kBursts,
-     500,
-     {-1, 1, 1, 4},
-     Plan::kToggle,
-     0x124E7E2EA2238D03ULL},
-    {"Engine8Speech",
-     kNoisySpeech,
-     kSilence,
-     1100,
-     {0, 1, 1, 4},
-     Plan::kFixed,
-     0x79C4E9DDB61C1F54ULL},
-    {"Engine8Silence", kSilence, kSilence, 50, {0, 1, 1, 3}, Plan::kFixed, 0x51E78E744621F425ULL},
-    {"Engine8FullScale",
-     kFullScale,
-     kSilence,
-     200,
-     {0, 1, 1, 2},
-     Plan::kFixed,
-     0xFC5E7EFD809020A7ULL},
-    {"Engine8Passed", kSpeech, kSilence, 50, {0, 0, 0, 4}, Plan::kFixed, 0x14BFE33A4DCC7A17ULL},
-    {"Engine8Toggled",
-     kNoisySpeech,
-     kSilence,
-     500,
-     {0, 1, 1, 2},
-     Plan::kToggle,
-     0xF060925376726059ULL},
-    {"Engine16Speech",
-     kNoisySpeech,
-     kSilence,
-     1100,
-     {1, 1, 1, 3},
-     Plan::kFixed,
-     0x0C88781FC7FA4C3DULL},
-    {"Engine16Suppressed",
-     kBursts,
-     kSilence,
-     300,
-     {1, 1, 0, 2},
-     Plan::kFixed,
-     0x5CC1662D8F32B994ULL},
-    {"Engine16FullScale",
-     kFullScale,
-     kSilence,
-     100,
-     {1, 0, 1, 2},
-     Plan::kFixed,
-     0x33BCED8D2BBBAB8FULL},
-    {"Engine16Tone", kTone, kSilence, 200, {1, 1, 1, 4}, Plan::kFixed, 0x9C7996DF760F8538ULL},
-    {"Engine32Speech",
-     kNoisySpeech,
-     kSilence,
-     350,
-     {2, 1, 1, 4},
-     Plan::kFixed,
-     0xB42495C66BEC626AULL},
-    {"Engine32FullScale",
-     kFullScale,
-     kSilence,
-     100,
-     {2, 1, 1, 2},
-     Plan::kFixed,
-     0xD30F6ED8B2EB90D0ULL},
-    {"Engine32Toggled", kBursts, kSilence, 300, {2, 1, 1, 2}, Plan::kToggle, 0xA638DDC8EDB62822ULL},
-    {"Engine48Speech",
-     kNoisySpeech,
-     kSilence,
-     230,
-     {3, 1, 1, 4},
-     Plan::kFixed,
-     0xBECBB3A063ABB62DULL},
-    {"Engine48Levelled", kNoise, kSilence, 100, {3, 0, 1, 2}, Plan::kFixed, 0x91854BE9C878023EULL},
-    {"Engine48FullScale",
-     kFullScale,
-     kSilence,
-     100,
-     {3, 1, 1, 2},
-     Plan::kFixed,
-     0x53BDFAAECD1CFE9BULL},
-    {"Engine48Toggled", kBursts, kSilence, 300, {3, 1, 1, 2}, Plan::kToggle, 0xAC765AAD187FE714ULL},
-    {"EngineRatesChanged",
-     kNoisySpeech,
-     kSilence,
-     500,
-     {0, 1, 1, 4},
-     Plan::kChangeRate,
-     0x47CD7D5D2FC9B40AULL},
+  {"FrontEndSpeech", kSpeech, kNoisySpeech, 710, {-1, 1, 1, 4}, kFixed, 0x55ED581A648AA9A4ULL},
+  {"FrontEndNoisySpeech", kNoisySpeech, kSpeech, 710, {-1, 1, 1, 4}, kFixed, 0x04C89C2B011EA8BAULL},
+  {"FrontEndLevelled", kNoisySpeech, kNoisySpeech, 300, {-1, 0, 1, 4}, kFixed, 0xD51B572C9B4ACA3BULL},
+  {"FrontEndBeamAlone", kNoise, kSpeech, 400, {-1, 1, 0, 4}, kFixed, 0xC9ED4AE5D6452912ULL},
+  {"FrontEndFullScale", kFullScale, kFullScale, 200, {-1, 1, 1, 4}, kFixed, 0x98C5F875314C6022ULL},
+  {"FrontEndSilence", kSilence, kSilence, 50, {-1, 1, 1, 4}, kFixed, 0x51E78E744621F425ULL},
+  {"FrontEndTone", kTone, kBursts, 300, {-1, 1, 1, 4}, kFixed, 0x54F09E14B51D6E2EULL},
+  {"FrontEndToggled", kNoisySpeech, kBursts, 500, {-1, 1, 1, 4}, kToggle, 0x124E7E2EA2238D03ULL},
+  {"Engine8Speech", kNoisySpeech, kSilence, 1100, {0, 1, 1, 4}, kFixed, 0x79C4E9DDB61C1F54ULL},
+  {"Engine8Silence", kSilence, kSilence, 50, {0, 1, 1, 3}, kFixed, 0x51E78E744621F425ULL},
+  {"Engine8FullScale", kFullScale, kSilence, 200, {0, 1, 1, 2}, kFixed, 0xFC5E7EFD809020A7ULL},
+  {"Engine8Passed", kSpeech, kSilence, 50, {0, 0, 0, 4}, kFixed, 0x14BFE33A4DCC7A17ULL},
+  {"Engine8Toggled", kNoisySpeech, kSilence, 500, {0, 1, 1, 2}, kToggle, 0xF060925376726059ULL},
+  {"Engine16Speech", kNoisySpeech, kSilence, 1100, {1, 1, 1, 3}, kFixed, 0x0C88781FC7FA4C3DULL},
+  {"Engine16Suppressed", kBursts, kSilence, 300, {1, 1, 0, 2}, kFixed, 0x5CC1662D8F32B994ULL},
+  {"Engine16FullScale", kFullScale, kSilence, 100, {1, 0, 1, 2}, kFixed, 0x33BCED8D2BBBAB8FULL},
+  {"Engine16Tone", kTone, kSilence, 200, {1, 1, 1, 4}, kFixed, 0x9C7996DF760F8538ULL},
+  {"Engine32Speech", kNoisySpeech, kSilence, 350, {2, 1, 1, 4}, kFixed, 0xB42495C66BEC626AULL},
+  {"Engine32FullScale", kFullScale, kSilence, 100, {2, 1, 1, 2}, kFixed, 0xD30F6ED8B2EB90D0ULL},
+  {"Engine32Toggled", kBursts, kSilence, 300, {2, 1, 1, 2}, kToggle, 0xA638DDC8EDB62822ULL},
+  {"Engine48Speech", kNoisySpeech, kSilence, 230, {3, 1, 1, 4}, kFixed, 0xBECBB3A063ABB62DULL},
+  {"Engine48Levelled", kNoise, kSilence, 100, {3, 0, 1, 2}, kFixed, 0x91854BE9C878023EULL},
+  {"Engine48FullScale", kFullScale, kSilence, 100, {3, 1, 1, 2}, kFixed, 0x53BDFAAECD1CFE9BULL},
+  {"Engine48Toggled", kBursts, kSilence, 300, {3, 1, 1, 2}, kToggle, 0xAC765AAD187FE714ULL},
+  {"EngineRatesChanged", kNoisySpeech, kSilence, 500, {0, 1, 1, 4}, kChangeRate, 0x47CD7D5D2FC9B40AULL},
 };
+// clang-format on
 
 class Streams : public testing::TestWithParam<Stream> {};
 
@@ -273,13 +181,16 @@ INSTANTIATE_TEST_SUITE_P(All, Streams, testing::ValuesIn(kStreams),
 // One checksum for all of them: the figure to compare between processors.
 TEST(ReferenceStreams, Digest) {
   std::uint64_t digest = 0;
+  std::uint64_t committed = 0;
   std::size_t frames = 0;
   for (const Stream& s : kStreams) {
-    digest = digest * 31 + s.checksum;
+    digest = digest * 31 + checksum(runLibrary(s));
+    committed = committed * 31 + s.checksum;
     frames += static_cast<std::size_t>(s.frames);
   }
+  EXPECT_EQ(digest, committed);
   EXPECT_GE(frames, 6000U) << "a minute of audio";
-  RecordProperty("digest", std::to_string(digest));
+  std::printf("reference streams: %016llx\n", static_cast<unsigned long long>(digest));
 }
 
 }  // namespace
