@@ -190,7 +190,7 @@ TEST(ReferenceStreams, Digest) {
   }
   EXPECT_EQ(digest, committed);
   EXPECT_GE(frames, 6000U) << "a minute of audio";
-  std::printf("reference streams: %016llx\n", static_cast<unsigned long long>(digest));
+  std::printf("reference streams: %016llX\n", static_cast<unsigned long long>(digest));
 }
 
 }  // namespace
