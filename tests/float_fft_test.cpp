@@ -2,6 +2,7 @@
 // in its plain form, and against a DFT in double precision.
 #include "beamformer/float_fft.h"
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <complex>
@@ -43,9 +44,9 @@ TEST(FloatFft, EqualsTheModel) {
       const std::size_t at = m / 2 * 2 * static_cast<std::size_t>(128 / n) + m % 2;
       twiddle[m] = kTwiddle[at] * (kind == 2 ? 0.75F : 1.0F);
     }
-    std::vector<unsigned short> phase;
-    for (int s = 0; s < 6; ++s) {
-      phase.push_back(static_cast<unsigned short>((n / 2) >> s >> (kind == 3 ? 1 : 0)));
+    std::array<unsigned short, 6> phase;
+    for (std::size_t s = 0; s < phase.size(); ++s) {
+      phase[s] = static_cast<unsigned short>((n / 2) >> s >> (kind == 3 ? 1 : 0));
     }
     const float* w = kind == 0 || kind == 2 || kind == 4 ? twiddle.data() : kTwiddle;
     const unsigned short* p = kind == 0 || kind == 3 || kind == 4 ? phase.data() : kPhase;

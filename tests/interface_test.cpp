@@ -356,7 +356,8 @@ TEST(VornFrame, LatencyIsAsPromised) {
     double bestMatch = 0;
     for (std::size_t lag = 0; lag < 150; ++lag) {
       double match = 0;
-      for (std::size_t i = 10 * n; i < in.size(); ++i) match += 1.0 * in[i - lag] * out[i];
+      for (std::size_t i = std::size_t{10} * n; i < in.size(); ++i)
+        match += 1.0 * in[i - lag] * out[i];
       if (match > bestMatch) {
         bestMatch = match;
         best = lag;

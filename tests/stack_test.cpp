@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::size_t kStack = 512 * 1024;
+constexpr std::size_t kStack = std::size_t{512} * 1024;
 constexpr unsigned char kPaint = 0xC5;
 constexpr int kLimit = 16 * 1024;
 

@@ -53,13 +53,14 @@ void WVQE_Block_Denorm(Word32* x, Word16 n, Word16 shift) {
     shiftRight(x, n, shift);
     return;
   }
-  const Word16 left = negate(shift);
+  const int left = -shift;
   if (left == 0) return;
   if (left < 31 && usedBits(x, n) < (std::uint32_t{1} << (31 - left))) {
     shiftLeft(x, n, left);
     return;
   }
-  for (int i = 0; i < n; ++i) x[i] = lShl(x[i], left);
+  const auto bounded = static_cast<Word16>(left > 32 ? 32 : left);
+  for (int i = 0; i < n; ++i) x[i] = lShl(x[i], bounded);
 }
 
 }  // extern "C"

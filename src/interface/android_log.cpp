@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+// NOLINTNEXTLINE: the platform's name
 extern "C" __attribute__((weak, visibility("default"))) int __android_log_print(int priority,
                                                                                 const char* tag,
                                                                                 const char* format,

@@ -39,9 +39,10 @@ namespace arvessa {
 // The engine's configuration record in the work buffer that begins with `state`, at the first
 // address after the state that suits a pointer.
 inline VornConfig* vornConfigIn(ArvessaState* state) {
-  const auto end = reinterpret_cast<std::uintptr_t>(state) + sizeof(ArvessaState);
-  constexpr std::uintptr_t kMask = alignof(VornConfig) - 1;
-  return reinterpret_cast<VornConfig*>((end + kMask) & ~kMask);
+  auto* end = reinterpret_cast<unsigned char*>(state + 1);
+  const auto misalignment = reinterpret_cast<std::uintptr_t>(end) % alignof(VornConfig);
+  return reinterpret_cast<VornConfig*>(
+      end + (misalignment == 0 ? 0 : alignof(VornConfig) - misalignment));
 }
 
 static_assert(alignof(ArvessaState) == ARVESSA_WORK_ALIGNMENT);
