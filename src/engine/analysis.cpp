@@ -126,7 +126,8 @@ void VORN_WVQE_Analysis2_ASM(const Word32* spec, Word32* power, Word16 sizeCode)
     const Lanes saturated = (sum >= (1 << 30)) | (sum < 0);
     storeLanes(power + k, ((sum & ~saturated) << 1) | (saturated & kMax32));
   }
-  power[0] = lMult(parts[0], parts[0]);  // without bin K
+  const Word16 dc = roundHigh(spec[0]);
+  power[0] = lMult(dc, dc);  // without bin K
 }
 
 }  // extern "C"
