@@ -161,7 +161,8 @@ TEST(Stages, NoiseEstimationEqualsTheModel) {
     for (int k = 0; k < 256; ++k) {
       power[k] = round % 5 == 0 ? s.library.psdMin[k] : magnitude(random);
       // Near the thresholds of the decisions.
-      if (round % 2 == 0) s.library.psdSmooth[k] = s.library.psdMin[k] / 10 * 32;
+      if (round % 2 == 0)
+        s.library.psdSmooth[k] = std::min(s.library.psdMin[k], 600000000) / 10 * 32;
     }
     std::memcpy(&s.model, &s.library, sizeof s.library);
     alignas(2) unsigned char active[2][256] = {};
