@@ -13,14 +13,26 @@
 namespace arvessa {
 namespace {
 
+// Field by field: GCC keeps braces full of addresses as relocated constants in writable data.
 Size sizeOf(int selector) {
+  Size size;
   if (selector == 0) {
-    return {64, 5, WVQE_CONST_TABLE_FFT_COEF_8K, WVQE_CONST_TABLE_FFT_COEF_Rearrange_8K};
+    size.points = 64;
+    size.stages = 5;
+    size.coef = WVQE_CONST_TABLE_FFT_COEF_8K;
+    size.rearranged = WVQE_CONST_TABLE_FFT_COEF_Rearrange_8K;
+  } else if (selector == 1) {
+    size.points = 128;
+    size.stages = 6;
+    size.coef = WVQE_CONST_TABLE_FFT_COEF_16K;
+    size.rearranged = WVQE_CONST_TABLE_FFT_COEF_Rearrange_16K;
+  } else {
+    size.points = 256;
+    size.stages = 7;
+    size.coef = WVQE_CONST_TABLE_FFT_COEF_32K;
+    size.rearranged = WVQE_CONST_TABLE_FFT_COEF_Rearrange_32K;
   }
-  if (selector == 1) {
-    return {128, 6, WVQE_CONST_TABLE_FFT_COEF_16K, WVQE_CONST_TABLE_FFT_COEF_Rearrange_16K};
-  }
-  return {256, 7, WVQE_CONST_TABLE_FFT_COEF_32K, WVQE_CONST_TABLE_FFT_COEF_Rearrange_32K};
+  return size;
 }
 
 int selectorOf(int n) {

@@ -31,23 +31,35 @@ struct Tables {
   const Word16* filterRight;
 };
 
+// Field by field: GCC keeps braces full of addresses as relocated constants in writable data.
 Tables tablesFor(int rateCode) {
+  Tables t;
   if (rateCode == 0) {
-    return {WVQE_CONST_TABLE_FFT_COEF_8K,    WVQE_CONST_TABLE_FFT_COEF_Rearrange_8K,
-            WVQE_CONST_TABLE_WIN_8k,         WVQE_CONST_TABLE_BANK_LEFT_8K,
-            WVQE_CONST_TABLE_BANK_RIGHT_8K,  WVQE_CONST_TABLE_FILTER_LEFT_8K,
-            WVQE_CONST_TABLE_FILTER_RIGHT_8K};
+    t.twiddles = WVQE_CONST_TABLE_FFT_COEF_8K;
+    t.rearranged = WVQE_CONST_TABLE_FFT_COEF_Rearrange_8K;
+    t.window = WVQE_CONST_TABLE_WIN_8k;
+    t.bankLeft = WVQE_CONST_TABLE_BANK_LEFT_8K;
+    t.bankRight = WVQE_CONST_TABLE_BANK_RIGHT_8K;
+    t.filterLeft = WVQE_CONST_TABLE_FILTER_LEFT_8K;
+    t.filterRight = WVQE_CONST_TABLE_FILTER_RIGHT_8K;
+  } else if (rateCode == 2) {
+    t.twiddles = WVQE_CONST_TABLE_FFT_COEF_32K;
+    t.rearranged = WVQE_CONST_TABLE_FFT_COEF_Rearrange_32K;
+    t.window = WVQE_CONST_TABLE_WIN_32k;
+    t.bankLeft = WVQE_CONST_TABLE_BANK_LEFT_32K;
+    t.bankRight = WVQE_CONST_TABLE_BANK_RIGHT_32K;
+    t.filterLeft = WVQE_CONST_TABLE_FILTER_LEFT_32K;
+    t.filterRight = WVQE_CONST_TABLE_FILTER_RIGHT_32K;
+  } else {
+    t.twiddles = WVQE_CONST_TABLE_FFT_COEF_16K;
+    t.rearranged = WVQE_CONST_TABLE_FFT_COEF_Rearrange_16K;
+    t.window = WVQE_CONST_TABLE_WIN_16k;
+    t.bankLeft = WVQE_CONST_TABLE_BANK_LEFT_16K;
+    t.bankRight = WVQE_CONST_TABLE_BANK_RIGHT_16K;
+    t.filterLeft = WVQE_CONST_TABLE_FILTER_LEFT_16K;
+    t.filterRight = WVQE_CONST_TABLE_FILTER_RIGHT_16K;
   }
-  if (rateCode == 2) {
-    return {WVQE_CONST_TABLE_FFT_COEF_32K,    WVQE_CONST_TABLE_FFT_COEF_Rearrange_32K,
-            WVQE_CONST_TABLE_WIN_32k,         WVQE_CONST_TABLE_BANK_LEFT_32K,
-            WVQE_CONST_TABLE_BANK_RIGHT_32K,  WVQE_CONST_TABLE_FILTER_LEFT_32K,
-            WVQE_CONST_TABLE_FILTER_RIGHT_32K};
-  }
-  return {WVQE_CONST_TABLE_FFT_COEF_16K,    WVQE_CONST_TABLE_FFT_COEF_Rearrange_16K,
-          WVQE_CONST_TABLE_WIN_16k,         WVQE_CONST_TABLE_BANK_LEFT_16K,
-          WVQE_CONST_TABLE_BANK_RIGHT_16K,  WVQE_CONST_TABLE_FILTER_LEFT_16K,
-          WVQE_CONST_TABLE_FILTER_RIGHT_16K};
+  return t;
 }
 
 Word16 stagesOf(int bins) { return static_cast<Word16>(std::bit_width(unsigned(bins)) - 1); }
