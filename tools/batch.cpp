@@ -149,23 +149,6 @@ int report(const std::vector<Job>& jobs, const std::vector<Record>& records,
 
 }  // namespace
 
-void addBatchOptions(CLI::App& command, BatchOptions& options) {
-  command.add_option("IN", options.inputs, "recordings to read; - is standard input")
-      ->required()
-      ->expected(1, -1);
-  auto* output = command.add_option(
-      "-o,--output", options.output,
-      "file to write, of the format that its extension says; - is standard output");
-  command
-      .add_option("--out-dir", options.outputDirectory,
-                  "directory to write to, made if missing: NAME.wav for an input NAME.*")
-      ->excludes(output);
-  command.add_option("--jobs", options.jobs, "inputs to work on at once, with --out-dir")
-      ->check(CLI::Range(1, 1024))
-      ->capture_default_str();
-  command.add_flag("--quiet", options.quiet, "no progress bar, no summary");
-}
-
 int runBatch(const BatchOptions& options,
              const std::function<Outcome(const Job&, Progress&)>& work) {
   const std::vector<Job> jobs = planJobs(options);

@@ -1,7 +1,6 @@
 #pragma once
 // One input or many: where each goes, several at a time, and what is said about it in the end.
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <string>
 #include <vector>
@@ -17,8 +16,6 @@ struct BatchOptions {
   int jobs = 1;
   bool quiet = false;
 };
-
-void addBatchOptions(CLI::App& command, BatchOptions& options);
 
 struct Job {
   std::string input;

@@ -1,18 +1,57 @@
 #pragma once
-// The subcommands. Each function adds one to `app` and sets `run` to what is to be done when it was
-// chosen; that returns the exit code.
+// The subcommands: what each can be asked for, with its defaults, and the function that does it and
+// returns the exit code.
 
-#include <CLI/CLI.hpp>
-#include <functional>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "Arvessa.h"
+#include "batch.h"
 
 namespace arvessa::tools {
 
-using Run = std::function<int()>;
+struct EnhanceOptions {
+  BatchOptions batch;
+  bool noEngine = false;
+  bool noSuppression = false;
+  bool swap = false;
+  bool keepDelay = false;
+};
 
-void addEnhance(CLI::App& app, Run& run);
-void addEngine(CLI::App& app, Run& run);
-void addScene(CLI::App& app, Run& run);
-void addTrace(CLI::App& app, Run& run);
-void addInfo(CLI::App& app, Run& run);
+struct EngineOptions {
+  BatchOptions batch;
+  int rawRate = ARVESSA_SAMPLE_RATE;
+  int rawChannels = 1;
+  bool noSuppression = false;
+  bool noLevelling = false;
+  int gainTable = 4;
+  bool keepDelay = false;
+};
+
+struct SceneOptions {
+  std::string speech;
+  std::string output;
+  double talker = 90;
+  std::string noise = "fan";
+  std::optional<double> noiseFrom;
+  double snr = 5;
+  std::uint64_t seed = 1;
+  std::optional<int> rate;
+  bool quiet = false;
+};
+
+struct TraceOptions {
+  std::string input;
+  std::string output;
+  bool swap = false;
+  bool quiet = false;
+};
+
+int runEnhance(const EnhanceOptions& options);
+int runEngine(const EngineOptions& options);
+int runScene(const SceneOptions& options);
+int runTrace(const TraceOptions& options);
+int runInfo();
 
 }  // namespace arvessa::tools

@@ -19,7 +19,9 @@ namespace {
 
 double milliseconds(int samples, int rate) { return 1000.0 * samples / rate; }
 
-int printInfo() {
+}  // namespace
+
+int runInfo() {
   constexpr int kRate = ARVESSA_SAMPLE_RATE;
   std::cout << "command        " << ARVESSA_VERSION << '\n'
             << "library        " << Arvessa_GetVer() << '\n'
@@ -43,15 +45,6 @@ int printInfo() {
   std::cout << "  state        " << VORN_STATE_BYTES << " bytes, aligned to "
             << VORN_STATE_ALIGNMENT << '\n';
   return 0;
-}
-
-}  // namespace
-
-void addInfo(CLI::App& app, Run& run) {
-  CLI::App* command =
-      app.add_subcommand("info", "Versions, rates, latencies, buffer sizes, build target");
-  command->footer("Example:\n  arvessa info");
-  command->callback([&run] { run = printInfo; });
 }
 
 }  // namespace arvessa::tools

@@ -18,18 +18,6 @@ namespace {
 
 constexpr double kBabbleSpeedSpread = 0.15;  // voices from a lower to a higher one
 
-struct Options {
-  std::string speech;
-  std::string output;
-  double talker = 90;
-  std::string noise = "fan";
-  std::optional<double> noiseFrom;
-  double snr = 5;
-  std::uint64_t seed = 1;
-  std::optional<int> rate;
-  bool quiet = false;
-};
-
 bool isBuiltIn(const std::string& noise) {
   return noise == "fan" || noise == "white" || noise == "babble" || noise == "none";
 }
@@ -38,7 +26,7 @@ std::vector<float> readAt(const std::string& path, int rate) {
   return readMono(*resampled(std::make_unique<FileSource>(path), rate));
 }
 
-std::vector<float> readSpeech(const Options& options, int& rate) {
+std::vector<float> readSpeech(const SceneOptions& options, int& rate) {
   std::unique_ptr<Source> source = std::make_unique<FileSource>(options.speech);
   if (source->channels != 1) {
     throw Failure(source->name, "has " + std::to_string(source->channels) +
@@ -51,7 +39,7 @@ std::vector<float> readSpeech(const Options& options, int& rate) {
   return speech;
 }
 
-NoiseMaker makeNoise(const Options& options, const std::vector<float>& speech, int rate) {
+NoiseMaker makeNoise(const SceneOptions& options, const std::vector<float>& speech, int rate) {
   if (options.noise == "fan") return fanNoise(rate);
   if (options.noise == "white") return whiteNoise();
   if (options.noise == "babble") return pieces(speech, kBabbleSpeedSpread);
@@ -72,7 +60,8 @@ void add(TwoChannels& channels, const TwoChannels& more) {
 }
 
 // The field, and in equal power the point source if there is one.
-TwoChannels makeNoiseField(const Options& options, const std::vector<float>& speech, int rate) {
+TwoChannels makeNoiseField(const SceneOptions& options, const std::vector<float>& speech,
+                           int rate) {
   const NoiseMaker noise = makeNoise(options, speech, rate);
   Random random(options.seed);
   Progress progress(1, options.quiet);
@@ -112,7 +101,9 @@ void writeScene(const TwoChannels& scene, const std::string& path, int rate) {
   sink->finish();
 }
 
-int makeScene(const Options& options) {
+}  // namespace
+
+int runScene(const SceneOptions& options) {
   checkWritableFormat(options.output);
   std::vector<std::string> inputs = {options.speech};
   if (!isBuiltIn(options.noise)) inputs.push_back(options.noise);
@@ -146,44 +137,6 @@ int makeScene(const Options& options) {
            << what << '\n';
   }
   return 0;
-}
-
-}  // namespace
-
-void addScene(CLI::App& app, Run& run) {
-  auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand(
-      "scene", "A two-microphone recording of a talker in noise out of a mono one");
-  command->add_option("SPEECH", options->speech, "mono recording of the talker")->required();
-  command->add_option("-o,--output", options->output, "file to write, - for raw standard output")
-      ->required();
-  command->add_option("--talker", options->talker, "direction of the talker, degrees")
-      ->check(CLI::Range(-360.0, 360.0))
-      ->capture_default_str();
-  command
-      ->add_option("--noise", options->noise,
-                   "fan, white, babble (made of the speech), none, or a recording")
-      ->capture_default_str();
-  command
-      ->add_option("--noise-from", options->noiseFrom,
-                   "direction of a point source that adds as much noise again, degrees")
-      ->check(CLI::Range(-360.0, 360.0));
-  command->add_option("--snr", options->snr, "signal-to-noise ratio, dB")
-      ->check(CLI::Range(-100.0, 100.0))
-      ->capture_default_str();
-  command->add_option("--seed", options->seed, "same seed, same noise")->capture_default_str();
-  command->add_option("--rate", options->rate, "rate to write, Hz; by default the speech's")
-      ->check(CLI::Range(1000, 192000));
-  command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
-  command->footer(
-      "The microphones are 138.5 mm apart: 0 degrees is beyond microphone 2, 90 degrees in front,\n"
-      "180 degrees beyond microphone 1. The noise comes from all around. The signal-to-noise "
-      "ratio\n"
-      "is that of the speech without its pauses to all of the noise, at microphone 1.\n\n"
-      "Examples:\n"
-      "  arvessa scene speech.wav --talker 0 --noise babble --snr 5 -o noisy.wav\n"
-      "  arvessa scene speech.wav --noise fan --noise-from 180 --seed 7 --rate 8000 -o noisy.flac");
-  command->callback([options, &run] { run = [options] { return makeScene(*options); }; });
 }
 
 }  // namespace arvessa::tools

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <iostream>
-#include <memory>
 
 #include "commands.h"
 #include "pending_file.h"
@@ -12,13 +11,6 @@
 
 namespace arvessa::tools {
 namespace {
-
-struct Options {
-  std::string input;
-  std::string output;
-  bool swap = false;
-  bool quiet = false;
-};
 
 // Takes the place of the enhanced recording: the level of every 10 ms of it.
 class LevelSink : public Sink {
@@ -68,7 +60,9 @@ void writeText(const std::string& text, const std::string& path) {
   file.commit();
 }
 
-int trace(const Options& options) {
+}  // namespace
+
+int runTrace(const TraceOptions& options) {
   if (isSameFile(options.input, options.output)) {
     throw Failure(options.output, "is the input itself; nothing was written");
   }
@@ -89,26 +83,6 @@ int trace(const Options& options) {
   if (source->complaint().empty()) return 0;
   std::cerr << "arvessa: " << source->name << ": " << source->complaint() << '\n';
   return 1;
-}
-
-}  // namespace
-
-void addTrace(CLI::App& app, Run& run) {
-  auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand(
-      "trace", "What the front end decides about a two-microphone recording, as a table");
-  command->add_option("IN", options->input, "recording to read; - is standard input")->required();
-  command->add_option("-o,--output", options->output, "CSV file to write; - is standard output")
-      ->required();
-  command->add_flag("--swap", options->swap, "exchange the microphones");
-  command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
-  command->footer(
-      "One line for every 10 ms of the input, beginning at time_s: the level of both microphones,\n"
-      "the level of the same 10 ms of the recording that `arvessa enhance` makes, and what was\n"
-      "decided while these samples went through. Levels are at least -100 dBFS.\n\n"
-      "Example:\n"
-      "  arvessa trace noisy.wav -o decisions.csv");
-  command->callback([options, &run] { run = [options] { return trace(*options); }; });
 }
 
 }  // namespace arvessa::tools
