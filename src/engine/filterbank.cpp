@@ -71,13 +71,24 @@ void WVQE_Spectrum_PSD(Word16* binOut, const Word16* filterLeft, const Word16* f
                        const Word32* bankLeft, const Word32* bankRight, const Word16* bandValues,
                        Word16 K) {
   using namespace arvessa;
+  int k = 0;
   // Gains, which are not negative, keep both products below 2^30 in magnitude.
-  const bool plain = std::all_of(bandValues, bandValues + kBands, [](Word16 v) { return v >= 0; });
-  for (int k = 0; k < K; ++k) {
-    const Word16 left = bandValues[bankLeft[k]];
-    const Word16 right = bandValues[bankRight[k]];
-    binOut[k] = plain ? saturate16((left * filterLeft[k] + right * filterRight[k]) >> 15)
-                      : extractHigh(lMac(lMult(left, filterLeft[k]), right, filterRight[k]));
+  if (std::all_of(bandValues, bandValues + kBands, [](Word16 v) { return v >= 0; })) {
+    for (; kHaveLanes && k + 4 <= K; k += 4) {
+      const Lanes sum =
+          sumOfProducts(gatherHalves(bandValues, bankLeft + k), loadHalves(filterLeft + k),
+                        gatherHalves(bandValues, bankRight + k), loadHalves(filterRight + k));
+      storeSaturated(binOut + k, sum >> 15);
+    }
+    for (; k < K; ++k) {
+      const Word32 sum =
+          bandValues[bankLeft[k]] * filterLeft[k] + bandValues[bankRight[k]] * filterRight[k];
+      binOut[k] = saturate16(sum >> 15);
+    }
+  }
+  for (; k < K; ++k) {
+    const Word32 left = lMult(bandValues[bankLeft[k]], filterLeft[k]);
+    binOut[k] = extractHigh(lMac(left, bandValues[bankRight[k]], filterRight[k]));
   }
 }
 

@@ -134,6 +134,22 @@ inline Lanes squaredMagnitudes(const Word16* pairs) {
   return reinterpret_cast<Lanes>(_mm_madd_epi16(v, v));
 }
 
+// Four 16-bit words in a row, or from the places that a table gives.
+using FourHalves = __m128i;
+inline FourHalves loadHalves(const Word16* from) {
+  return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+}
+inline FourHalves gatherHalves(const Word16* from, const Word32* places) {
+  return _mm_setr_epi16(from[places[0]], from[places[1]], from[places[2]], from[places[3]], 0, 0, 0,
+                        0);
+}
+
+// a b + c d, which fit a word.
+inline Lanes sumOfProducts(FourHalves a, FourHalves b, FourHalves c, FourHalves d) {
+  return reinterpret_cast<Lanes>(
+      _mm_madd_epi16(_mm_unpacklo_epi16(a, c), _mm_unpacklo_epi16(b, d)));
+}
+
 // 1 where a lane of the mask is -1, 0 where it is 0; and back.
 inline void storeFlags(unsigned char* to, Lanes mask) {
   const auto lanes = reinterpret_cast<__m128i>(-mask);
@@ -205,6 +221,18 @@ inline Lanes squaredMagnitudes(const Word16* pairs) {
         static_cast<Word32>(re + static_cast<std::uint32_t>(pairs[2 * i + 1] * pairs[2 * i + 1]));
   }
   return sums;
+}
+
+using FourHalves = Lanes;
+inline FourHalves loadHalves(const Word16* from) {
+  return FourHalves{from[0], from[1], from[2], from[3]};
+}
+inline FourHalves gatherHalves(const Word16* from, const Word32* places) {
+  return FourHalves{from[places[0]], from[places[1]], from[places[2]], from[places[3]]};
+}
+
+inline Lanes sumOfProducts(FourHalves a, FourHalves b, FourHalves c, FourHalves d) {
+  return a * b + c * d;
 }
 
 inline void storeFlags(unsigned char* to, Lanes mask) {
