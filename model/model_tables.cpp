@@ -142,8 +142,9 @@ Table16 truncatedTwiddles(int pairs, const std::vector<StoredPair>& stored) {
     table.push_back(static_cast<Word16>(std::trunc(-32767 * std::sin(kPi * j / pairs))));
   }
   for (const StoredPair& pair : stored) {
-    table[static_cast<std::size_t>(2 * pair.index)] = pair.c;
-    table[static_cast<std::size_t>(2 * pair.index + 1)] = pair.s;
+    Word16* at = table.data() + 2 * pair.index;
+    at[0] = pair.c;
+    at[1] = pair.s;
   }
   return table;
 }
