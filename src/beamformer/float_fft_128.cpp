@@ -1,6 +1,7 @@
 #include "beamformer/float_fft_128.h"
 
 #include "beamformer/float_fft_tables.h"
+#include "beamformer/software_float.h"
 
 namespace arvessa {
 namespace {
@@ -17,20 +18,17 @@ inline void butterflies(float* __restrict upperRe, float* __restrict upperIm,
     const float xIm = lowerIm[i];
     const float yRe = upperRe[i];
     const float yIm = upperIm[i];
+    const auto [tr, ti] = rotated<kInverse>(xRe, xIm, cosine[i], sine[i]);
     if constexpr (kInverse) {
-      const float tr = (xRe * cosine[i]) + (xIm * sine[i]);
-      const float ti = (cosine[i] * xIm) - (xRe * sine[i]);
       lowerRe[i] = yRe - tr;
       lowerIm[i] = yIm - ti;
       upperRe[i] = yRe + tr;
       upperIm[i] = yIm + ti;
     } else {
-      const float tr = (xRe * cosine[i]) - (xIm * sine[i]);
-      const float ti = (cosine[i] * xIm) + (xRe * sine[i]);
-      lowerRe[i] = (yRe - tr) * 0.5F;
-      lowerIm[i] = (yIm - ti) * 0.5F;
-      upperRe[i] = (tr + yRe) * 0.5F;
-      upperIm[i] = (ti + yIm) * 0.5F;
+      lowerRe[i] = half(yRe - tr);
+      lowerIm[i] = half(yIm - ti);
+      upperRe[i] = half(tr + yRe);
+      upperIm[i] = half(ti + yIm);
     }
   }
 }
@@ -82,37 +80,32 @@ void transform(ComplexBlock& block) {
   block = ordered;
 }
 
-struct Bin {
-  float re;
-  float im;
-};
-
 // One bin and its mirror image, from the pairs' spectrum z.
-inline void unpackBin(const ComplexBlock& z, int k, int m, Bin& atK, Bin& atM) {
+inline void unpackBin(const ComplexBlock& z, int k, int m, ComplexFloat& atK, ComplexFloat& atM) {
   const float a = z.re[k] + z.re[m];
   const float b = z.im[k] - z.im[m];
   const float g = z.im[k] + z.im[m];
   const float h = z.re[m] - z.re[k];
-  atK.re = (a + (g * kTwiddleCosine[k] - h * kTwiddleSine[k])) * 0.5F;
-  atK.im = (b + (h * kTwiddleCosine[k] + g * kTwiddleSine[k])) * 0.5F;
-  atM.re = (a + (g * kTwiddleCosine[m] + h * kTwiddleSine[m])) * 0.5F;
-  atM.im = ((g * kTwiddleSine[m] - h * kTwiddleCosine[m]) - b) * 0.5F;
+  atK.re = half(a + (g * kTwiddleCosine[k] - h * kTwiddleSine[k]));
+  atK.im = half(b + (h * kTwiddleCosine[k] + g * kTwiddleSine[k]));
+  atM.re = half(a + (g * kTwiddleCosine[m] + h * kTwiddleSine[m]));
+  atM.im = half((g * kTwiddleSine[m] - h * kTwiddleCosine[m]) - b);
 }
 
-inline void packBin(const ComplexBlock& p, int k, int m, Bin& atK, Bin& atM) {
+inline void packBin(const ComplexBlock& p, int k, int m, ComplexFloat& atK, ComplexFloat& atM) {
   const float a = p.re[k] + p.re[m];
   const float b = p.im[k] - p.im[m];
   const float g = -(p.im[k] + p.im[m]);
   const float h = -(p.re[m] - p.re[k]);
-  atK.re = (a + (g * kTwiddleCosine[k] + h * kTwiddleSine[k])) * 0.5F;
-  atK.im = (b + (h * kTwiddleCosine[k] - g * kTwiddleSine[k])) * 0.5F;
-  atM.re = (a + (g * kTwiddleCosine[m] - h * kTwiddleSine[m])) * 0.5F;
-  atM.im = (b + (h * kTwiddleCosine[m] + g * kTwiddleSine[m])) * -0.5F;
+  atK.re = half(a + (g * kTwiddleCosine[k] + h * kTwiddleSine[k]));
+  atK.im = half(b + (h * kTwiddleCosine[k] - g * kTwiddleSine[k]));
+  atM.re = half(a + (g * kTwiddleCosine[m] - h * kTwiddleSine[m]));
+  atM.im = -half(b + (h * kTwiddleCosine[m] + g * kTwiddleSine[m]));
 }
 
 template <bool kInverse>
 inline void allBins(const ComplexBlock& in, ComplexBlock& out) {
-  const auto oneBin = [&in](int k, int m, Bin& atK, Bin& atM) {
+  const auto oneBin = [&in](int k, int m, ComplexFloat& atK, ComplexFloat& atM) {
     if constexpr (kInverse) {
       packBin(in, k, m, atK, atM);
     } else {
@@ -124,8 +117,8 @@ inline void allBins(const ComplexBlock& in, ComplexBlock& out) {
   float mirrorRe[kMiddle];
   float mirrorIm[kMiddle];
   for (int k = 1; k < kMiddle; ++k) {
-    Bin atK;
-    Bin atM;
+    ComplexFloat atK;
+    ComplexFloat atM;
     oneBin(k, kFloatPairs - k, atK, atM);
     out.re[k] = atK.re;
     out.im[k] = atK.im;
@@ -137,8 +130,8 @@ inline void allBins(const ComplexBlock& in, ComplexBlock& out) {
     out.im[kFloatPairs - k] = mirrorIm[k];
   }
   // The middle bin is its own mirror image, in whose form it is left.
-  Bin unused;
-  Bin middle;
+  ComplexFloat unused;
+  ComplexFloat middle;
   oneBin(kMiddle, kMiddle, unused, middle);
   out.re[kMiddle] = middle.re;
   out.im[kMiddle] = middle.im;
@@ -156,8 +149,8 @@ void unpackPairs64(const ComplexBlock& pairs, ComplexBlock& spectrum) {
 }
 
 void packPairs64(const ComplexBlock& spectrum, ComplexBlock& pairs) {
-  pairs.re[0] = (spectrum.re[0] + spectrum.im[0]) * 0.5F;
-  pairs.im[0] = (spectrum.re[0] - spectrum.im[0]) * 0.5F;
+  pairs.re[0] = half(spectrum.re[0] + spectrum.im[0]);
+  pairs.im[0] = half(spectrum.re[0] - spectrum.im[0]);
   allBins<true>(spectrum, pairs);
 }
 

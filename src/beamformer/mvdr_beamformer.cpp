@@ -10,7 +10,6 @@ namespace {
 
 constexpr int kBlock = kFloatFftSize;
 constexpr int kBins = kBlock / 2;
-constexpr int kWindow = kBeamFrame + kBeamHistory;
 constexpr int kFirstEnergyBin = 16;               // 1000 Hz
 constexpr std::uint32_t kDecisionPeriod = 16;     // frames
 constexpr std::int32_t kLastImmediateCount = 63;  // the first four decisions take effect at once
@@ -20,10 +19,12 @@ using Spectrum = ComplexBlock;
 // The packed half spectrum of a microphone's block.
 void analyse(const Word16* samples, Spectrum& spectrum) {
   float block[kBlock];
-  for (int i = 0; i < kWindow; ++i) {
-    block[i] = static_cast<float>(samples[i]) * MVDR_CONST_TABLE_fWIN_8k[i];
+  for (int i = 0; i < kBlock; ++i) block[i] = static_cast<float>(samples[i]);
+  for (int i = 0; i < kBeamHistory; ++i) {
+    // Between its flanks the window is 1.
+    block[i] *= MVDR_CONST_TABLE_fWIN_8k[i];
+    block[kBeamFrame + i] *= MVDR_CONST_TABLE_fWIN_8k[kBeamFrame + i];
   }
-  for (int i = kWindow; i < kBlock; ++i) block[i] = static_cast<float>(samples[i]);
   ComplexBlock pairs;
   for (int i = 0; i < kBins; ++i) {
     pairs.re[i] = block[2 * i];
