@@ -1,4 +1,5 @@
 // The beamformer: bit for bit against the model, its decisions, and its limits.
+#include <cmath>
 #include <memory>
 
 #include "beamformer/beam_weights_tables.h"
@@ -100,13 +101,14 @@ TEST_F(Decisions, TieGoesToTheLowerIndex) {
 // Truncation toward zero, and a symmetric limit.
 TEST(Beamformer, ConvertsByTruncation) {
   ArvessaState state{};
-  const float overlap[8] = {32767.9F, -32767.9F, -32767.0F, 0.99F, -0.99F, 1e9F, -1e9F, -1.5F};
-  const Word16 want[8] = {32767, -32767, -32767, 0, 0, 32767, -32767, -1};
-  std::copy(overlap, overlap + 8, state.beamOverlap);
+  const float overlap[9] = {32767.9F, -32767.9F, -32767.0F, 0.99F,        -0.99F,
+                            1e9F,     -1e9F,     -1.5F,     std::nanf("")};
+  const Word16 want[9] = {32767, -32767, -32767, 0, 0, 32767, -32767, -1, 32767};
+  std::copy(overlap, overlap + 9, state.beamOverlap);
   const Word16 silence[256] = {};
   Word16 out[80];
   MVDR_BeamForming(silence, out, &state);
-  expectSameArray(out, want, 8, "out");
+  expectSameArray(out, want, 9, "out");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "Arvessa.h"
 #include "Vorn.h"
+#include "interface/android_log.h"
 #include "interface/work_buffer.h"
 #include "signals.h"
 
@@ -243,13 +244,24 @@ TEST(ArvessaFrame, InPlaceInterleavedAndThreaded) {
   other.join();
 }
 
-// One line in logcat's brief format, on every call.
+// One line in logcat's brief format, on every call, from the stand-in for the platform's log.
 TEST(ArvessaVersion, IsLogged) {
-  for (int i = 0; i < 2; ++i) {
+  const auto logged = [](auto call) {
     testing::internal::CaptureStderr();
-    EXPECT_EQ(Arvessa_GetVer(), 100);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "D/Arvessa: Arvessa_GetVer:100!\n");
+    call();
+    return testing::internal::GetCapturedStderr();
+  };
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(logged([] { EXPECT_EQ(Arvessa_GetVer(), 100); }), "D/Arvessa: Arvessa_GetVer:100!\n");
   }
+  EXPECT_EQ(logged([] { __android_log_print(8, "tag", "%d", 5); }), "S/tag: 5\n");
+  EXPECT_EQ(logged([] { __android_log_print(9, "tag", "5"); }), "?/tag: 5\n");
+  EXPECT_EQ(logged([] { __android_log_print(-1, "tag", "5"); }), "?/tag: 5\n");
+  // Cut to 255 characters, the last of which is a line feed, and that is not printed twice.
+  const std::string line(254, 'x');
+  EXPECT_EQ(logged([&] { __android_log_print(3, "", "%s\nmore", line.c_str()); }),
+            "D/: " + line + '\n');
+  EXPECT_EQ(logged([] { EXPECT_LT(__android_log_print(3, "", "%lc", 0x7FFFFFFF), 0); }), "");
 }
 
 TEST(VornInit, RefusesInOrderAndWritesNothing) {
@@ -282,9 +294,9 @@ TEST(VornFrame, RefusesInOrderAndWritesNothing) {
   VornConfig cfg = {memory.data(), VORN_STATE_BYTES, VORN_CHECK_VALUE, 2, 1, 1, 4};
   ASSERT_EQ(VORN_Init(&cfg), 0);
   memory.remember();
-  alignas(4) Word16 in[482] = {};
-  alignas(4) Word16 out[482];
-  std::fill(out, out + 482, 77);
+  alignas(4) Word16 in[642] = {};
+  alignas(4) Word16 out[642];
+  std::fill(out, out + 642, 77);
   const auto status = [&](auto change, int length = 320, int capacity = 320) {
     VornConfig bad = cfg;
     change(bad);
@@ -307,10 +319,10 @@ TEST(VornFrame, RefusesInOrderAndWritesNothing) {
             }),
             -1);
   EXPECT_EQ(status([](auto& c) { c.pState = static_cast<char*>(c.pState) + 2; }), -1);
-  EXPECT_EQ(status([](auto& c) { c.rateCode = 4; }), -2);
+  EXPECT_EQ(status([](auto& c) { c.rateCode = 4; }, 640, 640), -2);
   EXPECT_EQ(status(nothing, 320, 319), -2);
   EXPECT_EQ(status(nothing, 319), -2);
-  EXPECT_EQ(status([](auto& c) { c.nrEnable = 2; }), -2);
+  EXPECT_EQ(status([](auto& c) { c.nrEnable = 2; }, 640, 640), -2);
   EXPECT_EQ(status([](auto& c) { c.agcEnable = 2; }), -2);
   for (const int table : {0, 1, 5, 255}) {
     EXPECT_EQ(status([&](auto& c) {

@@ -131,7 +131,8 @@ TEST(BlockFloat, Landmarks) {
                                           {-0x20000000, -2, -2147483647 - 1},
                                           {-1, 3, -1},
                                           {5, 0, 5},
-                                          {1, -31, kMax}}) {
+                                          {1, -31, kMax},
+                                          {-1, -32768, -2147483647 - 1}}) {
     block.assign(16, 0);
     block[9] = word;
     WVQE_Block_Denorm(block.data(), 16, static_cast<Word16>(shift));

@@ -34,7 +34,9 @@ struct States {
     }
     random.fill(library.anaHistory, 96, 31);
     random.fill(library.olaBuffer, 192, 31);
-    for (Word32& x : library.bandSnrState) x = magnitude(random);
+    for (Word32& x : library.bandSnrState) {
+      x = random.below(8) == 0 ? 2147483647 - random.below(1000) : magnitude(random);
+    }
     for (Word16& x : library.bandSmooth) x = static_cast<Word16>(random.below(25601));
     library.anaMem = random.word32();
     library.deemphMem = random.word32();
@@ -108,6 +110,8 @@ TEST(Stages, AnalysisEqualsTheModel) {
     s.expectSame("analysis");
 
     random.fill(spectrum[0], words, 31);
+    spectrum[0][6] = -2147483647 - 1;  // a power of exactly 2^31
+    spectrum[0][7] = 0;
     VORN_WVQE_Analysis2_ASM(spectrum[0], power[0], static_cast<Word16>(sizeCode));
     model::VORN_WVQE_Analysis2_ASM(spectrum[0], power[1], static_cast<Word16>(sizeCode));
     expectSameArray(power[0], power[1], words / 2, "power of a full spectrum");
@@ -136,11 +140,18 @@ TEST(Stages, FilterbankEqualsTheModelAndKeepsProportions) {
     model::WVQE_Spectrum_Bank(power, want, b.left, b.right, b.filterLeft, b.filterRight, K);
     expectSameArray(got, want, 24, "bands");
     Word16 values[24];
-    for (Word16& x : values) x = random.word16();
+    for (Word16& x : values)
+      x = static_cast<Word16>(random.word16() & (round % 3 == 0 ? -1 : 32767));
+    Word16 weights[2][256];  // any, and so sums beyond 1
+    for (auto& side : weights) {
+      for (Word16& x : side) x = random.word16();
+    }
     Word16 gotBins[256];
     Word16 wantBins[256];
-    WVQE_Spectrum_PSD(gotBins, b.filterLeft, b.filterRight, b.left, b.right, values, K);
-    model::WVQE_Spectrum_PSD(wantBins, b.filterLeft, b.filterRight, b.left, b.right, values, K);
+    const auto* filterLeft = round % 4 == 0 ? weights[0] : b.filterLeft;
+    const auto* filterRight = round % 4 == 0 ? weights[1] : b.filterRight;
+    WVQE_Spectrum_PSD(gotBins, filterLeft, filterRight, b.left, b.right, values, K);
+    model::WVQE_Spectrum_PSD(wantBins, filterLeft, filterRight, b.left, b.right, values, K);
     expectSameArray(gotBins, wantBins, static_cast<std::size_t>(bins), "bins");
     if (HasFailure()) FAIL() << "round " << round;
   }
@@ -171,24 +182,36 @@ TEST(Stages, NoiseEstimationEqualsTheModel) {
     EXPECT_EQ(std::memcmp(active[0], active[1], 256), 0) << "binActive";
     s.expectSame("noise estimation");
 
-    // The three routines on any operands.
+    // The three routines on any operands: of any size, small, all the same, and with totals at the
+    // threshold of the decision.
     Word32 any[256];
-    for (Word32& x : any) x = random.word32();
-    for (Word32& x : power) x = random.word32();
-    Word32 got[256];
-    std::memcpy(got, any, sizeof any);
-    VORN_WVQE_Noise_Vad1_ASM(any, power, K);
-    model::VORN_WVQE_Noise_Vad1_ASM(got, power, K);
-    expectSameArray(any, got, 256, "psdSmooth");
+    const int kind = round % 4;
+    const Word32 levels[2] = {2147483647 >> random.below(31), 2147483647 >> random.below(31)};
+    for (Word32& x : any)
+      x = kind == 0 ? random.word32() : kind == 1 ? random.wordOf(28) : levels[0];
+    for (Word32& x : power) {
+      x = kind == 0 ? random.word32() : kind == 1 || round % 8 == 3 ? random.wordOf(22) : levels[1];
+    }
+    if (round % 8 == 6) {
+      std::fill(any, any + K, 0);
+      std::fill(power, power + K, 0);
+      any[1] = magnitude(random);
+      power[2] = static_cast<Word32>((std::int64_t{any[1]} * 2000) >> 15) - 20 - random.below(2);
+    }
     Word16 voice[2] = {7, 7};
     VORN_WVQE_Noise_Vad2_ASM(any, power, active[0], &voice[0], static_cast<Word16>(K));
     model::VORN_WVQE_Noise_Vad2_ASM(any, power, active[1], &voice[1], static_cast<Word16>(K));
     EXPECT_EQ(voice[0], voice[1]);
     EXPECT_EQ(std::memcmp(active[0], active[1], 256), 0) << "binActive of any operands";
+    Word32 got[256];
+    std::memcpy(got, any, sizeof any);
     const Word16 alpha = random.word16();
     VORN_WVQE_Noise_Vad3_ASM(power, any, active[0], alpha, static_cast<Word16>(K));
     model::VORN_WVQE_Noise_Vad3_ASM(power, got, active[0], alpha, static_cast<Word16>(K));
     expectSameArray(any, got, 256, "noisePsd");
+    VORN_WVQE_Noise_Vad1_ASM(any, power, K);
+    model::VORN_WVQE_Noise_Vad1_ASM(got, power, K);
+    expectSameArray(any, got, 256, "psdSmooth");
     if (HasFailure()) FAIL() << "round " << round;
   }
 }
@@ -286,10 +309,10 @@ TEST(Stages, GainCurvesOverTheirDomains) {
 
 // The floor follows a rising total at once, one decibel a frame, and a falling one beyond 3 dB.
 TEST(Stages, FloorControllerHysteresis) {
-  const auto depthsFor = [](Word16 start, Word32 total, int frames) {
+  const auto depthsFor = [](Word16 start, Word32 total, int frames, Word32 more = 0) {
     ::WvqeState state{};
     state.floorLevel = start;
-    Word32 noise[24] = {total};
+    Word32 noise[24] = {total, more};
     std::vector<int> depths;
     for (int i = 0; i < frames; ++i) {
       Word16 floorDb = 0;
@@ -308,6 +331,8 @@ TEST(Stages, FloorControllerHysteresis) {
   EXPECT_EQ(depthsFor(13, 100, 5), (Depths{12, 11, 10, 10, 10}));
   EXPECT_EQ(depthsFor(2, 100, 1), (Depths{4}));
   EXPECT_EQ(depthsFor(14, 2147483647, 2), (Depths{15, 15}));
+  // A full total goes on from half of it, and counts 2.
+  EXPECT_EQ(depthsFor(8, 2147483647, 3, 500000 - 0x3FFFFFFF), (Depths{9, 9, 9}));
 }
 
 TEST(Stages, BandSplitEqualsTheModel) {
@@ -365,6 +390,31 @@ TEST(Stages, OutputFilterEqualsTheModel) {
                                      g.frame, g.bins);
     expectSameArray(out[0], out[1], static_cast<std::size_t>(g.frame), "out");
     s.expectSame("output filter");
+    if (HasFailure()) FAIL() << "round " << round;
+  }
+}
+
+// Frames of very different levels, one after the other: also where the history has no headroom at
+// the scale of the new frame.
+TEST(Stages, SuppressionEqualsTheModel) {
+  Random random(28);
+  for (int round = 0; round < 400; ++round) {
+    States s(random);
+    if (round % 8 == 0) s.library.frameCountSat = s.model.frameCountSat = 32767;
+    for (int frame = 0; frame < 4; ++frame) {
+      Word16 in[480];
+      const int shift = random.below(2) == 0 ? 0 : random.below(17);
+      for (Word16& x : in) x = static_cast<Word16>(random.wordOf(15) >> shift);
+      if (random.below(4) == 0) std::fill(in, in + 480, random.word16());
+      const auto rate = static_cast<uint8_t>(round % 4);
+      const VornConfig cfg = {nullptr, 0, 0, rate, 1, 0, 4};
+      const model::VornConfig same = {nullptr, 0, 0, rate, 1, 0, 4};
+      Word16 out[2][480] = {};
+      WVQE_NR_Proc(in, out[0], &cfg, &s.library);
+      model::WVQE_NR_Proc(in, out[1], &same, &s.model);
+      expectSameArray(out[0], out[1], 480, "frame");
+      s.expectSame("suppression");
+    }
     if (HasFailure()) FAIL() << "round " << round;
   }
 }

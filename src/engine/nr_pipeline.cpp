@@ -72,9 +72,9 @@ Word16 meanOf128(const Word16* gains) {
   return mean;
 }
 
-// Scales a packed spectrum bin by bin; the highest bin shares the gain of the one below it.
+// Scales a packed spectrum bin by bin. The highest bin, packed beside bin 0, is 0 by now, as bin 0
+// is.
 void applyGains(Word32* spectrum, const Word16* gains, int bins) {
-  const Word32 nyquist = mpy32x16(spectrum[1], gains[bins - 1]);
   int k = 0;
   if (kHaveLanes && hasLaneHeadroom(usedBits(spectrum, 2 * bins))) {
     for (; k < bins; k += 4) {
@@ -88,7 +88,6 @@ void applyGains(Word32* spectrum, const Word16* gains, int bins) {
     spectrum[2 * k] = mpy32x16(spectrum[2 * k], gains[k]);
     spectrum[2 * k + 1] = mpy32x16(spectrum[2 * k + 1], gains[k]);
   }
-  spectrum[1] = nyquist;
 }
 
 // The gain of every bin, Q15, from this frame's powers and the noise estimate.
@@ -155,9 +154,8 @@ bool deemphasise(Word32* block, int n, Word32* memory) {
       block[i] = y;
     }
   };
-  // Up to the roundings, |y| stays below the larger of the memory and max |x| / (1 - 0.40327) =
-  // 1.68 max |x|.
-  const bool headroom = (usedBits(block, n) | usedBits(memory, 1)) < (1U << 30);
+  // Whatever the memory, the first y stays below 2^30 + 0.40327 2^31 < 1.81 2^30, and with it all.
+  const bool headroom = usedBits(block, n) < (1U << 30);
   if (headroom) {
     filter([](Word32 a, Word32 b) { return a + b; });
   } else {

@@ -45,10 +45,10 @@ Word16 presenceProbability(Word16 priorSnr, Word32 v, Word16 bandSmooth, Word16 
 // Square root of a Q15 value in Q15.
 Word16 rootQ15(Word16 value) { return low16(squareRoot(Word32{value} * 32768)); }
 
-// 10^(dB/20) in Q15, dB <= 0.
+// 10^(dB/20) in Q15, dB < 0.
 Word16 amplitudeOfDb(Word16 db) {
   constexpr Word32 kNepersPerDb = 236;  // ln(10)/20 in Q11
-  return static_cast<Word16>(std::min(expQ11(low16(kNepersPerDb * db)) >> 1, Word32{kMax16}));
+  return static_cast<Word16>(expQ11(low16(kNepersPerDb * db)) >> 1);
 }
 
 }  // namespace
@@ -108,9 +108,9 @@ void VORN_NR_Gain_Proc2_ASM(const Word16* priorSnr, const Word32* bandPower, Wor
     const Word16 gain =
         static_cast<Word16>(std::min(mpy32x16(amplitudeFactor(v), wiener), Word32{kMax16}));
     gainH1[b] = gain;
-    // 0.8 gain^2 and 0.2.
-    bandSnrState[b] = lAdd(mpy32x16(bandPower[b], mult(mult(gain, gain), 26214)),
-                           mpy32x16(bandSnrState[b], 6554));
+    // 0.8 gain^2, which is 26212 at most, and 0.2: below 1 together.
+    bandSnrState[b] =
+        mpy32x16(bandPower[b], mult(mult(gain, gain), 26214)) + mpy32x16(bandSnrState[b], 6554);
     speechProb[b] = presenceProbability(xi, v, bandSmooth[b], globalPresence);
   }
 }
