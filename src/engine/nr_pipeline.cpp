@@ -73,16 +73,15 @@ Word16 meanOf128(const Word16* gains) {
 }
 
 // Scales a packed spectrum bin by bin. The highest bin, packed beside bin 0, is 0 by now, as bin 0
-// is.
+// is. The lanes have headroom: a bin is the sum of the block's words, turned, over the number of
+// bins, and only the history, three eighths as many words, can be larger than 2^26.
 void applyGains(Word32* spectrum, const Word16* gains, int bins) {
   int k = 0;
-  if (kHaveLanes && hasLaneHeadroom(usedBits(spectrum, 2 * bins))) {
-    for (; k < bins; k += 4) {
-      const PairFactors factors = spreadFactors(gains + k);
-      Word32* at = spectrum + 2 * k;
-      storeLanes(at, mulQ15(loadLanes(at), factors.first));
-      storeLanes(at + 4, mulQ15(loadLanes(at + 4), factors.second));
-    }
+  for (; kHaveLanes && k < bins; k += 4) {
+    const PairFactors factors = spreadFactors(gains + k);
+    Word32* at = spectrum + 2 * k;
+    storeLanes(at, mulQ15(loadLanes(at), factors.first));
+    storeLanes(at + 4, mulQ15(loadLanes(at + 4), factors.second));
   }
   for (; k < bins; ++k) {
     spectrum[2 * k] = mpy32x16(spectrum[2 * k], gains[k]);
