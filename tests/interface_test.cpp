@@ -133,8 +133,12 @@ TEST(ArvessaInit, ForgetsWhatTheBufferHeld) {
   ArvessaConfig cfg = frontEnd(clean);
   ASSERT_EQ(Arvessa_Init(&cfg), 0);
   const Samples want = run(cfg, 60);
-  for (const unsigned char fill : {0xFF, 0x5A}) {
-    Guarded dirty(ARVESSA_WORK_BYTES, 4, fill);
+  Random random(40);
+  for (const bool noise : {false, true}) {
+    Guarded dirty(ARVESSA_WORK_BYTES, 4, 0xFF);
+    auto* bytes = static_cast<unsigned char*>(dirty.data());
+    for (int i = 0; noise && i < ARVESSA_WORK_BYTES; ++i)
+      bytes[i] = static_cast<unsigned char>(random.next());
     ArvessaConfig other = frontEnd(dirty);
     ASSERT_EQ(Arvessa_Init(&other), 0);
     EXPECT_EQ(run(other, 60), want);

@@ -14,9 +14,9 @@ inline constexpr bool kSoftwareFloat = true;
 inline constexpr bool kSoftwareFloat = false;
 #endif
 
-constexpr std::uint32_t kFloatSign = 0x80000000;
-constexpr std::uint32_t kFloatExponent = 0x7F800000;
-constexpr std::uint32_t kFloatExponentOne = 0x00800000;
+inline constexpr std::uint32_t kFloatSign = 0x80000000;
+inline constexpr std::uint32_t kFloatExponent = 0x7F800000;
+inline constexpr std::uint32_t kFloatExponentOne = 0x00800000;
 
 inline std::uint32_t bitsOf(float x) { return std::bit_cast<std::uint32_t>(x); }
 
