@@ -2,6 +2,7 @@
 // against a DFT in double precision.
 #include "engine/fixed_fft.h"
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 
@@ -17,15 +18,21 @@ Block randomBlock(Random& random, int n, int bits) {
   Block block(static_cast<std::size_t>(n));
   random.fill(block.data(), block.size(), bits);
   const auto highest = static_cast<Word32>((std::int64_t{1} << bits) - 1);
+  const int kind = random.below(4);
   // The ends of the range: at 31 bits every butterfly saturates.
-  const int kind = random.below(3);
   if (kind == 0) {
     for (Word32& x : block) x = x < 0 ? -highest - 1 : highest;
   }
   // In some of every four words the same: all that is there adds up in few places.
   const int words = random.below(16);
+  const Word32 level = highest - random.below(highest / 2 + 1);
   if (kind == 1) {
-    for (std::size_t i = 0; i < block.size(); ++i) block[i] = (words >> i % 4) % 2 * highest;
+    for (std::size_t i = 0; i < block.size(); ++i) block[i] = (words >> i % 4) % 2 * level;
+  }
+  // A single word, which can double in the split step.
+  if (kind == 2) {
+    std::fill(block.begin(), block.end(), 0);
+    block[static_cast<std::size_t>(random.below(n))] = level;
   }
   return block;
 }

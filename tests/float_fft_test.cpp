@@ -6,8 +6,10 @@
 #include <bit>
 #include <cmath>
 #include <complex>
+#include <limits>
 
 #include "beamformer/float_fft_tables.h"
+#include "beamformer/software_float.h"
 #include "model_fft.h"
 #include "support.h"
 
@@ -22,11 +24,20 @@ const unsigned short* const kPhase = MVDR_CONST_TABLE_PHASE_INDEX_8K;
 // From denormals to far beyond samples, with zeros of both signs.
 Block randomBlock(Random& random, std::size_t n, int round) {
   Block block(n);
-  const int exponent = round % 40 == 39 ? -150 : round % 40 - 30;
+  const int exponent = round % 40 == 39 ? -155 + random.below(30) : round % 40 - 30;
   for (float& x : block) x = static_cast<float>(std::ldexp(random.wordOf(15), exponent));
   if (round % 3 == 0) {
     const int zeros = round % 9 == 0 ? 16 : 2;
     for (float& x : block) x = random.below(zeros) == 0 ? x : random.below(2) == 0 ? 0.0F : -0.0F;
+  }
+  // Nothing but zeros, mostly of one sign: a sum is -0 only where all that is added is.
+  if (round % 5 == 0) {
+    const int one = 2 + random.below(64);
+    for (float& x : block) x = random.below(one) == 0 ? 0.0F : -0.0F;
+  }
+  // A few units of the smallest number, of which every stage rounds many to zeros of either sign.
+  if (round % 5 == 1) {
+    for (float& x : block) x = std::copysign(std::ldexp(random.below(7), -149), random.wordOf(1));
   }
   return block;
 }
@@ -71,6 +82,49 @@ TEST(FloatFft, EqualsTheModel) {
     MVDR_Complex_IFFT(got.data(), n, n / 2, stages, w, p);
     model::MVDR_Complex_IFFT(want.data(), n, n / 2, stages, w, p);
     ASSERT_NO_FATAL_FAILURE(expectSameArray(got.data(), want.data(), block.size(), "complex"));
+  }
+}
+
+// The same bits; what is no number may have any of those that say so.
+void expectSameFloat(float got, float want, const std::string& what) {
+  if (std::isnan(got) && std::isnan(want)) return;
+  EXPECT_EQ(bitsOf(got), bitsOf(want)) << what << ": " << got << ", expected " << want;
+}
+
+// What stands in for the operations where they take a library routine each, on every processor.
+TEST(FloatFft, IntegerFormsOfFloatOperations) {
+  using Limits = std::numeric_limits<float>;
+  std::vector<float> operands = {0.0F,
+                                 1.0F,
+                                 0.7F,
+                                 Limits::denorm_min(),
+                                 5 * Limits::denorm_min(),
+                                 Limits::min(),
+                                 std::nextafter(Limits::min(), 1.0F),
+                                 std::nextafter(2 * Limits::min(), 0.0F),
+                                 std::nextafter(2 * Limits::min(), 1.0F),
+                                 32767.0F,
+                                 Limits::max(),
+                                 Limits::infinity(),
+                                 Limits::quiet_NaN()};
+  for (std::size_t i = operands.size(); i-- > 0;) operands.push_back(-operands[i]);
+  const ComplexFloat twiddles[] = {{1.0F, 0.0F},  {1.0F, -0.0F},      {0.0F, -1.00003052F},
+                                   {0.0F, 0.75F}, {-0.0F, 0.5F},      {0.0F, 0.0F},
+                                   {0.75F, 0.0F}, {0.7071F, -0.7071F}};
+  for (const float re : operands) {
+    expectSameFloat(half<true>(re), re * 0.5F, "half");
+    for (const float im : operands) {
+      for (const auto& [c, s] : twiddles) {
+        std::ostringstream what;
+        what << '(' << re << ' ' << im << ") (" << c << ' ' << s << ')';
+        const ComplexFloat turned = rotated<false, true>(re, im, c, s);
+        expectSameFloat(turned.re, (re * c) - (im * s), what.str());
+        expectSameFloat(turned.im, (c * im) + (re * s), what.str());
+        const ComplexFloat back = rotated<true, true>(re, im, c, s);
+        expectSameFloat(back.re, (re * c) + (im * s), what.str());
+        expectSameFloat(back.im, (c * im) - (re * s), what.str());
+      }
+    }
   }
 }
 

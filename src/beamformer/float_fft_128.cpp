@@ -7,6 +7,7 @@ namespace arvessa {
 namespace {
 
 constexpr int kQuarter = kFloatPairs / 4;
+constexpr int kMiddle = kFloatPairs / 2;
 
 // n butterflies of neighbouring elements, each with its own twiddle.
 template <bool kInverse>
@@ -80,16 +81,20 @@ void transform(ComplexBlock& block) {
   block = ordered;
 }
 
-// One bin and its mirror image, from the pairs' spectrum z.
+// Bin k and its mirror image m, from the pairs' spectrum z. The twiddles are mirror images, too: the
+// cosine of m is minus that of k, the sine the same.
 inline void unpackBin(const ComplexBlock& z, int k, int m, ComplexFloat& atK, ComplexFloat& atM) {
   const float a = z.re[k] + z.re[m];
   const float b = z.im[k] - z.im[m];
   const float g = z.im[k] + z.im[m];
   const float h = z.re[m] - z.re[k];
-  atK.re = half(a + (g * kTwiddleCosine[k] - h * kTwiddleSine[k]));
-  atK.im = half(b + (h * kTwiddleCosine[k] + g * kTwiddleSine[k]));
-  atM.re = half(a + (g * kTwiddleCosine[m] + h * kTwiddleSine[m]));
-  atM.im = half((g * kTwiddleSine[m] - h * kTwiddleCosine[m]) - b);
+  const float gc = g * kTwiddleCosine[k];
+  const float hs = h * kTwiddleSine[k];
+  const float turned = h * kTwiddleCosine[k] + g * kTwiddleSine[k];
+  atK.re = half(a + (gc - hs));
+  atK.im = half(b + turned);
+  atM.re = half(a + (hs - gc));
+  atM.im = half(turned - b);
 }
 
 inline void packBin(const ComplexBlock& p, int k, int m, ComplexFloat& atK, ComplexFloat& atM) {
@@ -97,29 +102,45 @@ inline void packBin(const ComplexBlock& p, int k, int m, ComplexFloat& atK, Comp
   const float b = p.im[k] - p.im[m];
   const float g = -(p.im[k] + p.im[m]);
   const float h = -(p.re[m] - p.re[k]);
-  atK.re = half(a + (g * kTwiddleCosine[k] + h * kTwiddleSine[k]));
-  atK.im = half(b + (h * kTwiddleCosine[k] - g * kTwiddleSine[k]));
-  atM.re = half(a + (g * kTwiddleCosine[m] - h * kTwiddleSine[m]));
-  atM.im = -half(b + (h * kTwiddleCosine[m] + g * kTwiddleSine[m]));
+  const float gc = g * kTwiddleCosine[k];
+  const float hs = h * kTwiddleSine[k];
+  const float hc = h * kTwiddleCosine[k];
+  const float gs = g * kTwiddleSine[k];
+  atK.re = half(a + (gc + hs));
+  atK.im = half(b + (hc - gs));
+  atM.re = half(a + (-gc - hs));
+  atM.im = -half(b + (gs - hc));
+}
+
+// The middle bin is its own mirror image, in whose form it is left. Its cosine is 0 for both, without
+// a sign.
+template <bool kInverse>
+inline ComplexFloat middleBin(float re, float im) {
+  const float cosine = kTwiddleCosine[kMiddle];
+  const float sine = kTwiddleSine[kMiddle];
+  const float a = re + re;
+  const float b = im - im;
+  const float g = kInverse ? -(im + im) : im + im;
+  const float h = kInverse ? -(re - re) : re - re;
+  if constexpr (kInverse) {
+    return {half(a + (g * cosine - h * sine)), -half(b + (h * cosine + g * sine))};
+  }
+  return {half(a + (g * cosine + h * sine)), half((g * sine - h * cosine) - b)};
 }
 
 template <bool kInverse>
 inline void allBins(const ComplexBlock& in, ComplexBlock& out) {
-  const auto oneBin = [&in](int k, int m, ComplexFloat& atK, ComplexFloat& atM) {
-    if constexpr (kInverse) {
-      packBin(in, k, m, atK, atM);
-    } else {
-      unpackBin(in, k, m, atK, atM);
-    }
-  };
-  constexpr int kMiddle = kFloatPairs / 2;
   // The mirror images in rising order, so that the loop writes neighbouring floats only.
   float mirrorRe[kMiddle];
   float mirrorIm[kMiddle];
   for (int k = 1; k < kMiddle; ++k) {
     ComplexFloat atK;
     ComplexFloat atM;
-    oneBin(k, kFloatPairs - k, atK, atM);
+    if constexpr (kInverse) {
+      packBin(in, k, kFloatPairs - k, atK, atM);
+    } else {
+      unpackBin(in, k, kFloatPairs - k, atK, atM);
+    }
     out.re[k] = atK.re;
     out.im[k] = atK.im;
     mirrorRe[k] = atM.re;
@@ -129,10 +150,7 @@ inline void allBins(const ComplexBlock& in, ComplexBlock& out) {
     out.re[kFloatPairs - k] = mirrorRe[k];
     out.im[kFloatPairs - k] = mirrorIm[k];
   }
-  // The middle bin is its own mirror image, in whose form it is left.
-  ComplexFloat unused;
-  ComplexFloat middle;
-  oneBin(kMiddle, kMiddle, unused, middle);
+  const ComplexFloat middle = middleBin<kInverse>(in.re[kMiddle], in.im[kMiddle]);
   out.re[kMiddle] = middle.re;
   out.im[kMiddle] = middle.im;
 }

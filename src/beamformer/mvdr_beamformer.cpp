@@ -45,12 +45,13 @@ void synthesise(const Spectrum& spectrum, float* block) {
   }
 }
 
-// The output of one beam in the bins from `firstBin` on. Bin 0, the DC and the Nyquist value, is
-// weighted as if it were one complex value.
-void applyBeam(int beam, int firstBin, const Spectrum& x1, const Spectrum& x2, Spectrum& y) {
+// The output of one beam in some bins. Bin 0, the DC and the Nyquist value, is weighted as if it were
+// one complex value.
+void applyBeam(int beam, int firstBin, int endBin, const Spectrum& x1, const Spectrum& x2,
+               Spectrum& y) {
   const float* wRe = MVDR_CONST_W_UP_OPT_REAL_TABLE + beam * kBlock;
   const float* wIm = MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE + beam * kBlock;
-  for (int k = firstBin; k < kBins; ++k) {
+  for (int k = firstBin; k < endBin; ++k) {
     const float w1Re = wRe[2 * k];
     const float w1Im = wIm[2 * k];
     const float w2Re = wRe[2 * k + 1];
@@ -116,14 +117,18 @@ extern "C" void MVDR_BeamForming(const Word16* frame, Word16* out, ArvessaState*
   analyse(frame, x1);
   analyse(frame + kBlock, x2);
 
-  Spectrum y;
+  Spectrum y;  // of the beam that has been selected
+  Spectrum other;
+  const Word16 selectedBefore = work->beamSelected;
   for (int beam = 0; beam < kBeams; ++beam) {
-    applyBeam(beam, kFirstEnergyBin, x1, x2, y);
-    work->beamEnergy[beam] += energy(y);
+    Spectrum& output = beam == selectedBefore ? y : other;
+    applyBeam(beam, kFirstEnergyBin, kBins, x1, x2, output);
+    work->beamEnergy[beam] += energy(output);
   }
   if (work->frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(*work);
 
-  applyBeam(work->beamSelected, 0, x1, x2, y);
+  const bool kept = work->beamSelected == selectedBefore;
+  applyBeam(work->beamSelected, 0, kept ? kFirstEnergyBin : kBins, x1, x2, y);
   float block[kBlock];
   synthesise(y, block);
 

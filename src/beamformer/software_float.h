@@ -24,8 +24,9 @@ inline bool isFinite(float x) { return (bitsOf(x) & kFloatExponent) != kFloatExp
 
 // x / 2. Above the denormals, of which the smallest normal number becomes one, that is one less in
 // the exponent.
+template <bool kSoftware = kSoftwareFloat>
 inline float half(float x) {
-  if constexpr (kSoftwareFloat) {
+  if constexpr (kSoftware) {
     const std::uint32_t exponent = bitsOf(x) & kFloatExponent;
     if (exponent > kFloatExponentOne && exponent < kFloatExponent) {
       return std::bit_cast<float>(bitsOf(x) - kFloatExponentOne);
@@ -47,9 +48,9 @@ struct ComplexFloat {
 
 // x (c + j s), or with kInverse x (c - j s); in the columns of the transform that turn by nothing,
 // (1, 0), or by a right angle, (0, s), without multiplying by 1 and 0.
-template <bool kInverse>
+template <bool kInverse, bool kSoftware = kSoftwareFloat>
 inline ComplexFloat rotated(float re, float im, float c, float s) {
-  if constexpr (kSoftwareFloat) {
+  if constexpr (kSoftware) {
     const bool turnsByNothing = bitsOf(c) == bitsOf(1.0F) && bitsOf(s) == 0;
     if ((turnsByNothing || bitsOf(c) == 0) && isFinite(re) && isFinite(im)) {
       const float zeroRe = zeroTimes(re);
