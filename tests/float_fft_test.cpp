@@ -2,6 +2,8 @@
 // in its plain form, and against a DFT in double precision.
 #include "beamformer/float_fft.h"
 
+#include <dlfcn.h>
+
 #include <array>
 #include <bit>
 #include <cmath>
@@ -40,6 +42,15 @@ Block randomBlock(Random& random, std::size_t n, int round) {
     for (float& x : block) x = std::copysign(std::ldexp(random.below(7), -149), random.wordOf(1));
   }
   return block;
+}
+
+// The library knows its own tables by their addresses, and takes its fast form with these only.
+TEST(FloatFft, TablesAreTheLibrarysOwn) {
+  void* library = dlopen("libArvessa_ANDROID.so", RTLD_NOW | RTLD_NOLOAD);
+  ASSERT_NE(library, nullptr) << dlerror();
+  EXPECT_EQ(dlsym(library, "MVDR_CONST_TABLE_FFT_fCOEF_8K"), kTwiddle);
+  EXPECT_EQ(dlsym(library, "MVDR_CONST_TABLE_PHASE_INDEX_8K"), kPhase);
+  dlclose(library);
 }
 
 // Smaller transforms too, and calls of full size with other tables than the library's.

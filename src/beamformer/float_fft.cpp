@@ -113,34 +113,7 @@ bool isFixedSize(int n, int half, int stages, const float* twiddle,
          twiddle == MVDR_CONST_TABLE_FFT_fCOEF_8K && phaseIndex == MVDR_CONST_TABLE_PHASE_INDEX_8K;
 }
 
-void separate(const float* interleaved, ComplexBlock& block) {
-  for (int i = 0; i < kFloatPairs; ++i) {
-    block.re[i] = interleaved[2 * i];
-    block.im[i] = interleaved[2 * i + 1];
-  }
-}
-
-void interleave(const ComplexBlock& block, float* interleaved) {
-  for (int i = 0; i < kFloatPairs; ++i) {
-    interleaved[2 * i] = block.re[i];
-    interleaved[2 * i + 1] = block.im[i];
-  }
-}
-
 }  // namespace
-
-void plainFloatFft(float* data, int n, int half, int stages, const float* twiddle,
-                   const unsigned short* phaseIndex, float* out) {
-  complexTransform<false>(data, n, half, stages, twiddle, phaseIndex);
-  unpackPairs(data, n, half, twiddle, out);
-}
-
-void plainFloatIfft(const float* spec, int n, int half, int stages, const float* twiddle,
-                    const unsigned short* phaseIndex, float* out) {
-  packPairs(spec, n, half, twiddle, out);
-  complexTransform<true>(out, n, half, stages, twiddle, phaseIndex);
-}
-
 }  // namespace arvessa
 
 extern "C" {
@@ -159,7 +132,8 @@ void MVDR_FFT(float* data, int n, int half, int stages, const float* twiddle,
               const unsigned short* phaseIndex, float* out) {
   using namespace arvessa;
   if (!isFixedSize(n, half, stages, twiddle, phaseIndex)) {
-    plainFloatFft(data, n, half, stages, twiddle, phaseIndex, out);
+    complexTransform<false>(data, n, half, stages, twiddle, phaseIndex);
+    unpackPairs(data, n, half, twiddle, out);
     return;
   }
   ComplexBlock pairs;
@@ -175,7 +149,8 @@ void MVDR_IFFT(const float* spec, int n, int half, int stages, const float* twid
                const unsigned short* phaseIndex, float* out) {
   using namespace arvessa;
   if (!isFixedSize(n, half, stages, twiddle, phaseIndex)) {
-    plainFloatIfft(spec, n, half, stages, twiddle, phaseIndex, out);
+    packPairs(spec, n, half, twiddle, out);
+    complexTransform<true>(out, n, half, stages, twiddle, phaseIndex);
     return;
   }
   ComplexBlock spectrum;

@@ -20,13 +20,6 @@ namespace arvessa {
 
 inline constexpr int kFloatFftSize = 128;  // real samples
 
-// The transforms as they are defined, for any size. The exported functions have a faster form for
-// 128 samples with the library's tables (float_fft_128.h), which gives the same bits.
-void plainFloatFft(float* data, int n, int half, int stages, const float* twiddle,
-                   const unsigned short* phaseIndex, float* out);
-void plainFloatIfft(const float* spec, int n, int half, int stages, const float* twiddle,
-                    const unsigned short* phaseIndex, float* out);
-
 }  // namespace arvessa
 
 extern "C" {

@@ -1,7 +1,7 @@
 #pragma once
 // The float transform of 128 real samples (float_fft.h) with real and imaginary parts apart, so
-// that its loops run over neighbouring floats. Every operation is that of the plain form, on the
-// same operands: the same bits.
+// that its loops run over neighbouring floats. The results are those of the plain form, signs of zero
+// included; what is not a number may have other bits.
 
 namespace arvessa {
 
@@ -13,6 +13,20 @@ struct ComplexBlock {
   float re[kFloatPairs];
   float im[kFloatPairs];
 };
+
+// From and to interleaved pairs.
+inline void separate(const float* interleaved, ComplexBlock& block) {
+  for (int i = 0; i < kFloatPairs; ++i) {
+    block.re[i] = interleaved[2 * i];
+    block.im[i] = interleaved[2 * i + 1];
+  }
+}
+inline void interleave(const ComplexBlock& block, float* interleaved) {
+  for (int i = 0; i < kFloatPairs; ++i) {
+    interleaved[2 * i] = block.re[i];
+    interleaved[2 * i + 1] = block.im[i];
+  }
+}
 
 // Complex transforms in place, natural order in and out: forward halving in each of its six stages,
 // inverse unscaled.

@@ -9,12 +9,12 @@ namespace arvessa {
 namespace {
 
 constexpr int kBlock = kFloatFftSize;
-constexpr int kBins = kBlock / 2;
+constexpr int kBins = kFloatPairs;
 constexpr int kFirstEnergyBin = 16;               // 1000 Hz
 constexpr std::uint32_t kDecisionPeriod = 16;     // frames
 constexpr std::int32_t kLastImmediateCount = 63;  // the first four decisions take effect at once
 
-using Spectrum = ComplexBlock;
+using Spectrum = ComplexBlock;  // packed half spectrum
 
 // The packed half spectrum of a microphone's block.
 void analyse(const Word16* samples, Spectrum& spectrum) {
@@ -26,10 +26,7 @@ void analyse(const Word16* samples, Spectrum& spectrum) {
     block[kBeamFrame + i] *= MVDR_CONST_TABLE_fWIN_8k[kBeamFrame + i];
   }
   ComplexBlock pairs;
-  for (int i = 0; i < kBins; ++i) {
-    pairs.re[i] = block[2 * i];
-    pairs.im[i] = block[2 * i + 1];
-  }
+  separate(block, pairs);
   forwardComplex64(pairs);
   unpackPairs64(pairs, spectrum);
 }
@@ -39,10 +36,7 @@ void synthesise(const Spectrum& spectrum, float* block) {
   ComplexBlock pairs;
   packPairs64(spectrum, pairs);
   inverseComplex64(pairs);
-  for (int i = 0; i < kBins; ++i) {
-    block[2 * i] = pairs.re[i];
-    block[2 * i + 1] = pairs.im[i];
-  }
+  interleave(pairs, block);
 }
 
 // The output of one beam in some bins. Bin 0, the DC and the Nyquist value, is weighted as if it were
@@ -100,9 +94,10 @@ void decideBeam(ArvessaState& state) {
   for (float& sum : state.beamEnergy) sum = 0.0F;
 }
 
-// Truncated toward zero and limited to a symmetric range.
+// Truncated toward zero and limited to a symmetric range. What is not a number, which only a damaged
+// buffer can bring, gives 32767, as a minimum instruction does.
 Word16 toSample(float value) {
-  if (!(value <= 32767.0F)) return 32767;  // also what is not a number
+  if (!(value <= 32767.0F)) return 32767;
   if (value < -32767.0F) return -32767;
   return static_cast<Word16>(value);
 }

@@ -14,7 +14,8 @@ extern "C" {
 //        beamConfirm
 //
 // Every 16th frame the beam with the largest output energy between 1000 Hz and 3937.5 Hz is chosen,
-// at once in the first 64 frames, then only when it wins twice in a row.
+// at once in the first 64 frames, then only when it wins twice in a row; beam 0 counts as the winner
+// before the fifth decision, and may follow it at once.
 ARVESSA_API void MVDR_BeamForming(const Word16* frame, Word16* out, ArvessaState* work);
 
 }  // extern "C"

@@ -1,14 +1,14 @@
 #pragma once
 // Float operations that come down to a few integer instructions where there is no floating-point
-// unit, and a library routine of 30 to 40 computes every operation. The results are those of the
-// operations themselves, for all operands.
+// unit, and a routine of 30 to 40 instructions computes every operation. The results are those of
+// the operations themselves, for all operands.
 
 #include <bit>
 #include <cstdint>
 
 namespace arvessa {
 
-#if defined(__SOFTFP__) || defined(__riscv_float_abi_soft)
+#ifdef __SOFTFP__
 inline constexpr bool kSoftwareFloat = true;
 #else
 inline constexpr bool kSoftwareFloat = false;

@@ -73,8 +73,9 @@ Word16 meanOf128(const Word16* gains) {
 }
 
 // Scales a packed spectrum bin by bin. The highest bin, packed beside bin 0, is 0 by now, as bin 0
-// is. The lanes have headroom: a bin is the sum of the block's words, turned, over the number of
-// bins, and only the history, three eighths as many words, can be larger than 2^26.
+// is. The lanes have headroom: of the windowed block only the history, three eighths of it, and the
+// word after it can exceed 2^27. A value of the pairs' spectrum is their mean, turned, and no larger
+// where sums saturate; the split step adds a factor of sqrt(2) at most: below 0.81 x 2^31.
 void applyGains(Word32* spectrum, const Word16* gains, int bins) {
   int k = 0;
   for (; kHaveLanes && k < bins; k += 4) {

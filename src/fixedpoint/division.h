@@ -84,14 +84,15 @@ constexpr Word32 lDiv32(Word32 num, Word32 den) {
 }
 
 // A divisor den > 0 as the closed form of the loop needs it: normalised to m = den 2^b and reduced
-// to 2 floor(m / 2) - 1.
+// to 2 floor(m / 2) - 1. That is m - 1 if m is even; if it is odd, den is 2^30 at least and the
+// quotient 0 by m - 1, too.
 struct Divisor {
   std::uint32_t reduced;
   int norm;  // b
 };
 constexpr Divisor divisorOf(Word32 den) {
   const int norm = __builtin_clz(static_cast<std::uint32_t>(den)) - 1;
-  return {((static_cast<std::uint32_t>(den) << norm) & ~std::uint32_t{1}) - 1, norm};
+  return {(static_cast<std::uint32_t>(den) << norm) - 1, norm};
 }
 
 // The quotient in closed form, for 0 <= num < 2^30 - 1. Of a numerator normalised to num 2^(a-1)

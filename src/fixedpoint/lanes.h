@@ -1,9 +1,10 @@
 #pragma once
 // Four 32-bit words at once, for kernels whose operands have headroom: no operation saturates.
 //
-// Arithmetic is that of the compiler's vector types, on any processor; only products, packing and
-// flags are written for the vector unit where there is one (kHaveLanes). The scalar and the
-// four-lane form of a kernel give the same bits.
+// Sums, shifts and comparisons are those of the compiler's vector types. Products, packing, gathering
+// and flags are written for the vector unit; where there is none (kHaveLanes), kernels take their
+// scalar form, which gives the same bits, and the functions below for other processors only let them
+// compile.
 
 #include <cstdint>
 #include <cstring>

@@ -12,13 +12,13 @@ namespace arvessa {
 // through the cubic 1 + 0.6931 f + 0.2274 f^2 + 0.0794 f^3 in Q14, within 0.08 %.
 constexpr Word32 exp2Q11(Word16 x) {
   const int whole = x >> 11;
-  if (whole > 14) return kMax32;
   if (whole < -15) return 0;
   const int fraction = (x & 2047) << 3;              // Q14, 0..16376
   int power = 3726 + 2 * ((1301 * fraction) >> 15);  // 0.0794, 0.2274 in Q14
   power = 11356 + 2 * ((fraction * power) >> 15);    // 0.6931
   power = 16384 + 2 * ((fraction * power) >> 15);    // 1
-  return lShr(power, static_cast<Word16>(-2 - whole));
+  return lShr(power,
+              static_cast<Word16>(-2 - whole));  // from x = 15 on to the left beyond the range
 }
 
 // e^x, x in Q11, result in Q16; 0 below and 0x7FFFFFFF above the range |x| <= 21290 (10.4).
