@@ -75,7 +75,6 @@ constexpr Word32 lDiv32(Word32 num, Word32 den) {
 // 31 quotient bits shifted back by the exponent.
 [[gnu::noinline, gnu::cold]] constexpr Word32 quotientPlain(Word32 num, Word32 den) {
   if (num == 0) return 0;
-  if (num == den) return 1;
   const Word16 numNorm = normL(num);
   const Word16 denNorm = normL(den);
   const Word32 fraction =
