@@ -59,6 +59,19 @@ TEST(Division, ClampsWhereTheRemainderReproducesItself) {
   }
 }
 
+// Up to where the integer quotient is exact, and beyond.
+TEST(Division, NumeratorsAroundTheExactLimit) {
+  for (Word32 num = (1 << 30) - 40; num <= (1 << 30) + 40; ++num) {
+    for (Word32 den = 1; den < 2000; ++den) {
+      const Word32 quotient = WVQE_L_div32(num, den);
+      ASSERT_EQ(quotient, model::WVQE_L_div32(num, den)) << num << "/" << den;
+      if (num < 1 << 30) {
+        ASSERT_EQ(quotient, num / den) << num << "/" << den;
+      }
+    }
+  }
+}
+
 // Zero, negative and too large operands go through the same steps, and trap nowhere.
 TEST(Division, TakesAnyOperands) {
   Random random(3);

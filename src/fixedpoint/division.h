@@ -82,33 +82,21 @@ constexpr Word32 lDiv32(Word32 num, Word32 den) {
   return lShr(fraction, static_cast<Word16>(numNorm + 30 - denNorm));
 }
 
-// A divisor den > 0 as the closed form of the loop needs it: normalised to m = den 2^b and reduced
-// to 2 floor(m / 2) - 1. That is m - 1 if m is even; if it is odd, den is 2^30 at least and the
-// quotient 0 by m - 1, too.
-struct Divisor {
-  std::uint32_t reduced;
-  int norm;  // b
-};
-constexpr Divisor divisorOf(Word32 den) {
-  const int norm = __builtin_clz(static_cast<std::uint32_t>(den)) - 1;
-  return {(static_cast<std::uint32_t>(den) << norm) - 1, norm};
+// floor(num / den) for 0 <= num < 2^30 and 0 < den: the plain loop's quotient. With den normalised to
+// m = den 2^b that is floor(num 2^b / (m - 1)), which is another number only from num = m - 1 on,
+// that is 2^30 - 1; and there, the loop clamps. An odd m is a den above all num. Larger numerators
+// also lose a bit when they are normalised.
+inline constexpr std::uint32_t kExactLimit = 1U << 30;
+constexpr Word32 exactQuotient(Word32 num, Word32 den) {
+  return static_cast<Word32>(static_cast<std::uint32_t>(num) / static_cast<std::uint32_t>(den));
 }
 
-// The quotient in closed form, for 0 <= num < 2^30 - 1. Of a numerator normalised to num 2^(a-1)
-// the shift back by a + 30 - b leaves floor(num 2^b / d), whatever a is. Larger numerators lose a
-// bit when they are normalised, and 2^30 - 1 may equal d, where the loop's quotient is one less.
-inline constexpr std::uint32_t kClosedFormLimit = 0x3FFFFFFF;
-constexpr Word32 closedQuotient(Word32 num, Divisor divisor) {
-  return static_cast<Word32>((static_cast<std::uint64_t>(num) << divisor.norm) / divisor.reduced);
-}
-
-// floor(num / den) for 0 <= num and 0 < den, now and then one more, by the reduced divisor, and from
-// num = 2^30 on sometimes one less, by the bit that the numerator loses.
+// The same for any operands; from num = 2^30 on it may be one more or less.
 constexpr Word32 quotient(Word32 num, Word32 den) {
-  if (static_cast<std::uint32_t>(num) >= kClosedFormLimit || den <= 0) [[unlikely]] {
+  if (static_cast<std::uint32_t>(num) >= kExactLimit || den <= 0) [[unlikely]] {
     return quotientPlain(num, den);
   }
-  return closedQuotient(num, divisorOf(den));
+  return exactQuotient(num, den);
 }
 
 // For den > 0: by how much the operands of a 32/16-bit quotient are shifted, in steps of 4 bits,
@@ -147,7 +135,7 @@ constexpr Word16 quotientQ8(Word32 num, Word32 den) {
     return quotientQ8Plain(num, den);
   if ((num >> 7) >= den) return kMax16;
   const int shift = reductionShift(den);
-  const Word32 value = closedQuotient((num >> shift) << 8, divisorOf(den >> shift));
+  const Word32 value = exactQuotient((num >> shift) << 8, den >> shift);
   return static_cast<Word16>(value > kMax16 ? kMax16 : value);
 }
 
@@ -160,7 +148,7 @@ constexpr Word32 quotientQ15(Word32 num, Word32 den) {
   const Word32 reduced = num >> shift;
   if (reduced > kMax16) [[unlikely]]
     return quotientQ15Plain(num, den);
-  return closedQuotient(reduced * 32767, divisorOf(den >> shift));
+  return exactQuotient(reduced * 32767, den >> shift);
 }
 
 }  // namespace arvessa
