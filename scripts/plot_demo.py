@@ -73,14 +73,17 @@ def measure(talk, noisy, enhanced, agc_gain_db):
     speech = decibels(talk) > np.max(decibels(talk)) - SPEECH_BELOW_PEAK_DB
     pause = shrink(decibels(talk) < PAUSE_DBFS, round(PAUSE_MARGIN_SECONDS / FRAME_SECONDS))
     # Before the first words the AGC stands at its first gain, which no speech has set.
-    pause[:np.argmax(speech)] = False
+    first_words = np.argmax(speech)
+    lead_in = np.flatnonzero(decibels(talk[:first_words]) < PAUSE_DBFS)
+    pause[:first_words] = False
     result = {"speech": speech}
     for name, powers in (("noisy", noisy), ("enhanced", enhanced),
                          ("before AGC", enhanced / 10.0**(agc_gain_db / 10.0))):
         noise = np.mean(powers[pause])
         # Speech and noise are independent: what the frames hold beyond the noise is speech.
         voice = max(np.mean(powers[speech]) - noise, 1e-12)
-        result[name] = {"pause": decibels(noise), "speech": decibels(voice)}
+        result[name] = {"pause": decibels(noise), "speech": decibels(voice),
+                        "lead-in": decibels(np.mean(powers[lead_in]))}
     return result
 
 
@@ -153,8 +156,8 @@ def draw(path, noisy, enhanced, rate, trace, measured):
     image = draw_spectrogram(axes[0], noisy, rate, "What microphone 1 hears")
     lower = measured["noisy"]["pause"] - measured["enhanced"]["pause"]
     draw_spectrogram(axes[1], enhanced, rate,
-                     f"What comes out: the noise in the pauses is {lower:.1f} dB lower, the speech "
-                     f"stands {clearer(measured):.1f} dB clearer above it")
+                     f"What comes out: the noise between the words is {lower:.1f} dB lower, the "
+                     f"speech stands {clearer(measured):.1f} dB clearer above it")
     draw_levels(axes[2], trace)
     draw_gains(axes[3], trace)
     draw_decisions(axes[4], trace)
@@ -182,6 +185,8 @@ def report(measured, trace, talker, audio_seconds, spent_seconds):
     chosen = int(np.argmax(share))
     print(f"  noise in the pauses  {noisy['pause']:.1f} dBFS -> {enhanced['pause']:.1f} dBFS: "
           f"{fall:.1f} dB lower, {before_agc:.1f} dB before the AGC raises all")
+    print(f"  before any words     {noisy['lead-in']:.1f} dBFS -> {enhanced['lead-in']:.1f} dBFS: "
+          "the AGC begins with 15 dB and waits for a voice")
     print(f"  speech               {noisy['speech']:.1f} dBFS -> {enhanced['speech']:.1f} dBFS: "
           f"above the noise it stands {clearer(measured):.1f} dB clearer")
     print(f"  beam                 {chosen}, {BEAMS[chosen][1]}, in {100 * share[chosen]:.0f} % of "

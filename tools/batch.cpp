@@ -7,9 +7,12 @@
 #include <iostream>
 #include <map>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 #include "file_sink.h"
+#include "pending_file.h"
+#include "text.h"
 
 namespace arvessa::tools {
 namespace {
@@ -36,17 +39,19 @@ std::vector<Job> planJobs(const BatchOptions& options) {
     return {{options.inputs.front(), options.output}};
   }
   std::vector<Job> jobs;
-  std::map<std::string, std::string> inputOfName;
+  std::map<std::string, std::string> inputOfTarget;
   for (const std::string& input : options.inputs) {
     if (input == "-") throw UsageError("standard input needs -o, it has no name for --out-dir");
     const std::string name = std::filesystem::path(input).stem().string() + ".wav";
-    const auto [other, isNew] = inputOfName.emplace(name, input);
+    const std::string output = (std::filesystem::path(options.outputDirectory) / name).string();
+    const std::string target = targetOf(output);
+    const auto [other, isNew] = inputOfTarget.emplace(target.empty() ? output : target, input);
     if (!isNew) {
       std::string both = other->second;
-      both.append(" and ").append(input).append(" would both become ").append(name);
+      both.append(" and ").append(input).append(" would both become ").append(output);
       throw UsageError(both);
     }
-    jobs.push_back({input, (std::filesystem::path(options.outputDirectory) / name).string()});
+    jobs.push_back({input, output});
   }
   return jobs;
 }
@@ -71,7 +76,8 @@ Record runJob(const Job& job, const std::vector<std::string>& inputs,
     record.outcome = work(job, progress);
     if (!record.outcome->complaint.empty()) {
       record.error =
-          (job.input == "-" ? "standard input" : job.input) + ": " + record.outcome->complaint;
+          Failure(job.input == "-" ? "standard input" : job.input, record.outcome->complaint)
+              .what();
     }
   } catch (const std::bad_alloc&) {
     record.error = job.input + ": out of memory";
@@ -82,15 +88,10 @@ Record runJob(const Job& job, const std::vector<std::string>& inputs,
   return record;
 }
 
-std::string speed(double audio, double elapsed) {
-  return fixed(audio, 2) + " s in " + fixed(elapsed, 2) + " s (" +
-         fixed(audio / std::max(elapsed, 1e-6), 0) + " x real time)";
-}
-
 std::string summary(const Job& job, const Record& record) {
   const Outcome& outcome = *record.outcome;
   std::string text = job.input + " -> " + job.output + ": " +
-                     speed(outcome.seconds, record.elapsed) + ", " +
+                     speedText(outcome.seconds, record.elapsed) + ", " +
                      fixed(outcome.result.in.level(), 1) + " dBFS in, " +
                      fixed(outcome.result.out.level(), 1) + " dBFS out";
   if (!outcome.details.empty()) text += ", " + outcome.details;
@@ -112,7 +113,11 @@ std::vector<Record> runJobs(const std::vector<Job>& jobs, const BatchOptions& op
   };
   std::vector<std::jthread> others;
   while (others.size() + 1 < std::min(static_cast<std::size_t>(options.jobs), jobs.size())) {
-    others.emplace_back(takeJobs);
+    try {
+      others.emplace_back(takeJobs);
+    } catch (const std::system_error&) {
+      break;  // with as many threads as there may be
+    }
   }
   takeJobs();
   others.clear();  // joins them
@@ -125,26 +130,27 @@ int report(const std::vector<Job>& jobs, const std::vector<Record>& records,
   // Standard output carries samples when "-" is written to.
   std::ostream& to = options.output == "-" ? std::cerr : std::cout;
   std::string failed;
+  std::size_t failures = 0;
   std::size_t done = 0;
   double audio = 0;
   for (std::size_t i = 0; i < jobs.size(); ++i) {
     const Record& record = records[i];
     if (!record.error.empty()) {
       std::cerr << "arvessa: " << record.error << '\n';
-      failed.append(failed.empty() ? "" : ", ").append(jobs[i].input);
+      failed.append(failures++ == 0 ? "" : ", ").append(shownName(jobs[i].input));
     }
     if (!record.outcome) continue;
     ++done;
     audio += record.outcome->seconds;
     if (!options.quiet) to << summary(jobs[i], record) << '\n';
   }
-  if (jobs.size() > 1 && !failed.empty()) {
+  if (jobs.size() > 1 && failures > 0) {
     std::cerr << "arvessa: not done or incomplete: " << failed << '\n';
   }
   if (jobs.size() > 1 && !options.quiet) {
-    to << done << " of " << jobs.size() << " recordings: " << speed(audio, elapsed) << '\n';
+    to << done << " of " << jobs.size() << " recordings: " << speedText(audio, elapsed) << '\n';
   }
-  return failed.empty() ? 0 : 1;
+  return failures == 0 ? 0 : 1;
 }
 
 }  // namespace

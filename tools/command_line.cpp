@@ -1,12 +1,14 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <iostream>
 #include <memory>
 
 #include "Arvessa.h"
 #include "Vorn.h"
 #include "commands.h"
+#include "text.h"
 
 namespace arvessa::tools {
 namespace {
@@ -16,6 +18,26 @@ using Run = std::function<int()>;
 std::string versionText() {
   return std::string("arvessa ") + ARVESSA_VERSION + " (library " +
          std::to_string(Arvessa_GetVer()) + ", engine " + std::to_string(VORN_GetVer()) + ")";
+}
+
+// A finite number; CLI::Range lets what is no number through.
+CLI::Validator within(double least, double most) {
+  const std::string range = fixed(least, 0) + " to " + fixed(most, 0);
+  return {[least, most, range](const std::string& text) {
+            double value = 0;
+            const bool fits =
+                CLI::detail::lexical_cast(text, value) && value >= least && value <= most;
+            return fits ? std::string() : text + " is not in the range " + range;
+          },
+          range};
+}
+
+// An integer without a sign below 2^64.
+std::string checkSeed(const std::string& text) {
+  std::uint64_t seed = 0;
+  const char* end = text.data() + text.size();
+  const auto [last, error] = std::from_chars(text.data(), end, seed);
+  return error == std::errc() && last == end ? "" : text + " is not an integer from 0 to 2^64 - 1";
 }
 
 void addBatchOptions(CLI::App& command, BatchOptions& options) {
@@ -63,12 +85,10 @@ void addEngine(CLI::App& app, Run& run) {
   CLI::App* command = app.add_subcommand(
       "engine", "The engine alone: noise suppression and levelling of every channel for itself");
   addBatchOptions(*command, options->batch);
-  command->add_option("--rate", options->rawRate, "rate of raw standard input, Hz")
-      ->check(CLI::Range(1000, 768000))
-      ->capture_default_str();
-  command->add_option("--channels", options->rawChannels, "channels of raw standard input")
-      ->check(CLI::Range(1, 1024))
-      ->capture_default_str();
+  command->add_option("--rate", options->rawRate, "rate of raw standard input, Hz [8000]")
+      ->check(CLI::Range(1000, 768000));
+  command->add_option("--channels", options->rawChannels, "channels of raw standard input [1]")
+      ->check(CLI::Range(1, 1024));
   command->add_flag("--no-nr", options->noSuppression, "no noise suppression");
   command->add_flag("--no-agc", options->noLevelling, "no levelling");
   command
@@ -79,7 +99,8 @@ void addEngine(CLI::App& app, Run& run) {
   command->add_flag("--keep-delay", options->keepDelay, "keep the latency of the engine (3 ms)");
   command->footer(
       "The engine works at 8, 16, 32 and 48 kHz; other rates are converted to the next higher of\n"
-      "these and back. Raw samples (-) are 16-bit little-endian, interleaved.\n\n"
+      "these and back. Raw samples (-) are 16-bit little-endian, interleaved. They are answered\n"
+      "frame by frame; at a rate that is converted, some 30 ms later.\n\n"
       "Examples:\n"
       "  arvessa engine call.wav -o quiet.wav --agc-table 2\n"
       "  arvessa engine *.wav --out-dir quiet --no-agc\n"
@@ -96,7 +117,7 @@ void addScene(CLI::App& app, Run& run) {
   command->add_option("-o,--output", options->output, "file to write, - for raw standard output")
       ->required();
   command->add_option("--talker", options->talker, "direction of the talker, degrees")
-      ->check(CLI::Range(-360.0, 360.0))
+      ->check(within(-360, 360))
       ->capture_default_str();
   command
       ->add_option("--noise", options->noise,
@@ -105,11 +126,13 @@ void addScene(CLI::App& app, Run& run) {
   command
       ->add_option("--noise-from", options->noiseFrom,
                    "direction of a point source that adds as much noise again, degrees")
-      ->check(CLI::Range(-360.0, 360.0));
+      ->check(within(-360, 360));
   command->add_option("--snr", options->snr, "signal-to-noise ratio, dB")
-      ->check(CLI::Range(-100.0, 100.0))
+      ->check(within(-100, 100))
       ->capture_default_str();
-  command->add_option("--seed", options->seed, "same seed, same noise")->capture_default_str();
+  command->add_option("--seed", options->seed, "same seed, same noise")
+      ->check(CLI::Validator(checkSeed, "UINT"))
+      ->capture_default_str();
   command->add_option("--rate", options->rate, "rate to write, Hz; by default the speech's")
       ->check(CLI::Range(1000, 192000));
   command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
@@ -154,7 +177,7 @@ void addInfo(CLI::App& app, Run& run) {
 Run readCommandLine(int argc, char** argv) {
   CLI::App app{"Speech front end of a two-microphone device", "arvessa"};
   app.set_version_flag("--version", versionText);
-  app.require_subcommand(1);
+  app.require_subcommand(0, 1);
   app.footer(
       "Examples:\n"
       "  arvessa scene speech.wav --talker 0 --noise babble --snr 5 -o noisy.wav\n"
@@ -176,6 +199,7 @@ Run readCommandLine(int argc, char** argv) {
     app.exit(error);  // --help and --version
     return [] { return 0; };
   }
+  if (!run) throw UsageError("a command is needed (arvessa --help shows them)");
   return run;
 }
 

@@ -21,8 +21,8 @@ struct EnhanceOptions {
 
 struct EngineOptions {
   BatchOptions batch;
-  int rawRate = ARVESSA_SAMPLE_RATE;
-  int rawChannels = 1;
+  std::optional<int> rawRate;      // 8000
+  std::optional<int> rawChannels;  // 1
   bool noSuppression = false;
   bool noLevelling = false;
   int gainTable = 4;

@@ -8,7 +8,8 @@ namespace arvessa::tools {
 namespace {
 
 Outcome enhance(const EngineOptions& options, const Job& job, Progress& progress) {
-  auto source = openSource(job.input, options.rawRate, options.rawChannels);
+  auto source = openSource(job.input, options.rawRate.value_or(ARVESSA_SAMPLE_RATE),
+                           options.rawChannels.value_or(1));
   const int rate = source->rate;
   const int channels = source->channels;
   const int engineRate = EngineBank::rateFor(rate);
@@ -30,6 +31,10 @@ Outcome enhance(const EngineOptions& options, const Job& job, Progress& progress
 }  // namespace
 
 int runEngine(const EngineOptions& options) {
+  const bool raw = options.batch.inputs == std::vector<std::string>{"-"};
+  if (!raw && (options.rawRate || options.rawChannels)) {
+    throw UsageError("--rate and --channels are for raw standard input; a file has its own");
+  }
   return runBatch(options.batch, [&](const Job& job, Progress& progress) {
     return enhance(options, job, progress);
   });

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace arvessa::tools {
 namespace {
@@ -23,22 +24,21 @@ std::string extensionOf(const std::string& path) {
 
 // libsndfile's format with 16-bit samples for the extension of `path`; 0 if there is none.
 int formatOf(const std::string& path) {
+  constexpr std::pair<const char*, int> kFormats[] = {
+      {"wav", SF_FORMAT_WAV},  {"flac", SF_FORMAT_FLAC}, {"aiff", SF_FORMAT_AIFF},
+      {"aif", SF_FORMAT_AIFF}, {"au", SF_FORMAT_AU},     {"caf", SF_FORMAT_CAF},
+      {"w64", SF_FORMAT_W64}};
   const std::string extension = extensionOf(path);
-  int count = 0;
-  sf_command(nullptr, SFC_GET_FORMAT_MAJOR_COUNT, &count, sizeof count);
-  for (int i = 0; i < count; ++i) {
-    SF_FORMAT_INFO major{};
-    major.format = i;
-    sf_command(nullptr, SFC_GET_FORMAT_MAJOR, &major, sizeof major);
-    const bool alias = extension == "aif" && (major.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_AIFF;
-    if (!alias && (major.extension == nullptr || extension != major.extension)) continue;
-    SF_INFO info{};
-    info.samplerate = 8000;
-    info.channels = 1;
-    info.format = major.format | SF_FORMAT_PCM_16;
-    if (sf_format_check(&info) != 0) return info.format;
+  for (const auto& [name, format] : kFormats) {
+    if (extension == name) return format | SF_FORMAT_PCM_16;
   }
   return 0;
+}
+
+// Whether the format counts its bytes in 32 bits.
+bool hasShortSizes(int format) {
+  const int type = format & SF_FORMAT_TYPEMASK;
+  return type == SF_FORMAT_WAV || type == SF_FORMAT_AIFF || type == SF_FORMAT_AU;
 }
 
 }  // namespace
@@ -78,16 +78,16 @@ SF_VIRTUAL_IO FileSink::deviceFunctions() {
 }
 
 FileSink::FileSink(const std::string& path, int rate, int channels)
-    : pending_(path), channels_(channels), device_{pending_.fd(), 0} {
+    : pending_(path), format_(formatOf(path)), channels_(channels), device_{pending_.fd(), 0} {
   SF_INFO info{};
   info.samplerate = rate;
   info.channels = channels;
-  info.format = formatOf(path);
+  info.format = format_;
   SF_VIRTUAL_IO io = deviceFunctions();
   const std::lock_guard lock(openingSoundFile());
   file_.reset(sf_open_virtual(&io, SFM_WRITE, &info, &device_));
   checkWritten();
-  if (file_ == nullptr) throw Failure(path, "cannot be written: " + lastOpenError());
+  if (file_ == nullptr) throw Failure(path, "cannot be written: " + lastErrorOf(nullptr));
 }
 
 void FileSink::write(std::span<const Word16> interleaved) {
@@ -96,11 +96,16 @@ void FileSink::write(std::span<const Word16> interleaved) {
 }
 
 void FileSink::drain() {
+  constexpr std::int64_t kMostSamples = 0x7FFF0000;  // 4 GiB less some header
+  samples_ += static_cast<std::int64_t>(collected_.size());
+  if (hasShortSizes(format_) && samples_ > kMostSamples) {
+    throw Failure(pending_.path(), "would be larger than 4 GiB; use .w64, .caf or .flac");
+  }
   const auto frames = static_cast<sf_count_t>(collected_.size()) / channels_;
   const sf_count_t written = sf_writef_short(file_.get(), collected_.data(), frames);
   checkWritten();
   if (written != frames) {
-    throw Failure(pending_.path(), std::string("cannot be written: ") + sf_strerror(file_.get()));
+    throw Failure(pending_.path(), "cannot be written: " + lastErrorOf(file_.get()));
   }
   collected_.clear();
 }

@@ -29,10 +29,12 @@ class FileSink : public Sink {
   static SF_VIRTUAL_IO deviceFunctions();
 
   PendingFile pending_;
+  int format_;
   int channels_;
   Device device_;
   SoundFile file_;
   std::vector<Word16> collected_;
+  std::int64_t samples_ = 0;  // handed to libsndfile
 };
 
 // Throws a UsageError unless a FileSink can be made of this name.

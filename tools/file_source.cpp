@@ -7,9 +7,27 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <regex>
 #include <system_error>
 
 namespace arvessa::tools {
+namespace {
+
+// Whether the file ends before the samples that its header tells of: libsndfile takes the smaller
+// size and only notes it, as "data : 227200 (should be 49956)". A size that a writer to a pipe puts
+// there, near 2^31 or 2^32, says nothing.
+bool isCutShort(SNDFILE* file) {
+  constexpr long long kUnknownSize = 0x7FFF0000;
+  char log[4096] = {};
+  sf_command(file, SFC_GET_LOG_INFO, log, sizeof log);
+  static const std::regex pattern(R"((?:data|SSND|Data Size|riff)\s*: (\d+) \(should be (\d+)\))");
+  std::cmatch sizes;
+  if (!std::regex_search(log, sizes, pattern)) return false;
+  const long long told = std::stoll(sizes[1]);
+  return told < kUnknownSize && told > std::stoll(sizes[2]);
+}
+
+}  // namespace
 
 FileSource::Opened FileSource::open(const std::string& path) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -24,7 +42,7 @@ FileSource::Opened FileSource::open(const std::string& path) {
   Opened opened{};
   opened.file.reset(sf_open_fd(fd, SFM_READ, &opened.info, SF_TRUE));
   if (opened.file == nullptr) {
-    throw Failure(path, "is not readable as audio (" + lastOpenError() + ")");
+    throw Failure(path, "is not readable as audio (" + lastErrorOf(nullptr) + ")");
   }
   return opened;
 }
@@ -32,9 +50,11 @@ FileSource::Opened FileSource::open(const std::string& path) {
 FileSource::FileSource(const std::string& path) : FileSource(path, open(path)) {}
 
 FileSource::FileSource(const std::string& path, Opened opened)
-    : Source(path, opened.info.samplerate, opened.info.channels, opened.info.frames),
+    : Source(path, opened.info.samplerate, opened.info.channels,
+             opened.info.frames == SF_COUNT_MAX ? kUnknownLength : opened.info.frames),
       file_(std::move(opened.file)),
-      exactLength_((opened.info.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG) {}
+      exactLength_((opened.info.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG),
+      cutShort_(isCutShort(file_.get())) {}
 
 std::size_t FileSource::read(std::span<float> to) {
   const auto wanted = static_cast<sf_count_t>(to.size()) / channels;
@@ -54,10 +74,14 @@ std::string FileSource::complaint() const {
   if (invalid_ > 0)
     return "holds samples that are not finite numbers (" + std::to_string(invalid_) + ")";
   if (!ended_) return {};
-  if (sf_error(file_.get()) != SF_ERR_NO_ERROR) return sf_strerror(file_.get());
+  if (sf_error(file_.get()) != SF_ERR_NO_ERROR) return lastErrorOf(file_.get());
   if (exactLength_ && frames_ < length) {
     return "truncated: ends after " + std::to_string(frames_) + " of " + std::to_string(length) +
            " samples";
+  }
+  if (cutShort_) {
+    return "truncated: ends after " + std::to_string(frames_) +
+           " samples, its header tells of more";
   }
   return {};
 }

@@ -26,6 +26,7 @@ class FileSource : public Source {
 
   SoundFile file_;
   bool exactLength_;
+  bool cutShort_;
   std::int64_t frames_ = 0;
   std::int64_t invalid_ = 0;
   bool ended_ = false;

@@ -54,7 +54,7 @@ StreamResult runStream(Source& source, FrameProcessor& processor, Sink& sink, bo
     for (std::size_t c = 0; c < channelsIn; ++c) {
       result.in.add(std::span(in).subspan(c * frame, got));
     }
-    processor.process(in, out);
+    processor.process(in, got, out);
     toInterleaved(out, processor.channelsOut, interleaved);
 
     const std::int64_t from = std::clamp<std::int64_t>(begin - position, 0, processor.frame);

@@ -8,7 +8,8 @@
 namespace arvessa::tools {
 
 // Turns one frame into another of the same length. Both are planar: all samples of one channel
-// after all of the other, 4-byte aligned.
+// after all of the other, 4-byte aligned. The stream has `filled` samples of every channel in this
+// frame; zeros follow.
 class FrameProcessor {
  public:
   FrameProcessor(int inputs, int outputs, int frameSamples, int lag)
@@ -16,7 +17,7 @@ class FrameProcessor {
   FrameProcessor(const FrameProcessor&) = delete;
   FrameProcessor& operator=(const FrameProcessor&) = delete;
   virtual ~FrameProcessor() = default;
-  virtual void process(std::span<const Word16> in, std::span<Word16> out) = 0;
+  virtual void process(std::span<const Word16> in, std::size_t filled, std::span<Word16> out) = 0;
 
   const int channelsIn;
   const int channelsOut;

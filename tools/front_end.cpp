@@ -44,7 +44,7 @@ FrontEnd::FrontEnd(const FrontEndSettings& settings)
   check(Arvessa_Init(&config_), "Arvessa_Init");
 }
 
-void FrontEnd::process(std::span<const Word16> in, std::span<Word16> out) {
+void FrontEnd::process(std::span<const Word16> in, std::size_t /*filled*/, std::span<Word16> out) {
   std::array<Word16, std::size_t{2} * ARVESSA_FRAME_SAMPLES> swapped;
   const Word16* microphones = in.data();
   if (swap_) {
@@ -95,7 +95,8 @@ EngineBank::EngineBank(const EngineSettings& settings, int rate, int channels)
   }
 }
 
-void EngineBank::process(std::span<const Word16> in, std::span<Word16> out) {
+void EngineBank::process(std::span<const Word16> in, std::size_t /*filled*/,
+                         std::span<Word16> out) {
   std::size_t offset = 0;
   for (Channel& channel : channels_) {
     auto length = static_cast<Word16>(frame);

@@ -23,7 +23,7 @@ struct FrontEndSettings {
 class FrontEnd : public FrameProcessor {
  public:
   explicit FrontEnd(const FrontEndSettings& settings);
-  void process(std::span<const Word16> in, std::span<Word16> out) override;
+  void process(std::span<const Word16> in, std::size_t filled, std::span<Word16> out) override;
   const ArvessaState& state() const;
   std::string beamShares() const;  // how often each beam was in use so far, for people
 
@@ -51,7 +51,7 @@ struct EngineSettings {
 class EngineBank : public FrameProcessor {
  public:
   EngineBank(const EngineSettings& settings, int rate, int channels);
-  void process(std::span<const Word16> in, std::span<Word16> out) override;
+  void process(std::span<const Word16> in, std::size_t filled, std::span<Word16> out) override;
 
   // The lowest rate of the engine that loses nothing of a signal at `rate`, or its highest.
   static int rateFor(int rate);

@@ -51,11 +51,4 @@ double activePower(std::span<const float> samples, int rate) {
   return sum / active;
 }
 
-std::string fixed(double value, int decimals) {
-  std::array<char, 64> text{};
-  const auto result = std::to_chars(text.data(), text.data() + text.size(), value,
-                                    std::chars_format::fixed, decimals);
-  return {text.data(), result.ptr};
-}
-
 }  // namespace arvessa::tools

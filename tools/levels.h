@@ -35,6 +35,4 @@ double meanPower(std::span<const float> samples);
 // strongest one. After the idea of ITU-T P.56, which measures speech without its pauses.
 double activePower(std::span<const float> samples, int rate);
 
-std::string fixed(double value, int decimals);
-
 }  // namespace arvessa::tools

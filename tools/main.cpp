@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <iostream>
 #include <new>
 #include <string>
+#include <system_error>
 
 #include "command_line.h"
 #include "pending_file.h"
@@ -35,9 +37,9 @@ int complain(const std::string& text, int code) {
 
 int main(int argc, char** argv) {
   occupyStandardStreams();
-  arvessa::tools::endCleanlyOnSignals();
   int code = kFailed;
   try {
+    arvessa::tools::endCleanlyOnSignals();
     code = arvessa::tools::readCommandLine(argc, argv)();
   } catch (const arvessa::tools::UsageError& error) {
     code = complain(error.what(), kWrongUsage);
@@ -46,6 +48,10 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     complain(error.what(), kFailed);
   }
-  if (!std::cout.flush()) return complain("standard output: cannot be written", kFailed);
+  errno = 0;
+  if (!std::cout.flush()) {
+    const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
+    return complain("standard output: cannot be written" + reason, kFailed);
+  }
   return code;
 }

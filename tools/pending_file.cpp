@@ -37,6 +37,19 @@ Registry& registry() {
   throw Failure(path, "cannot be written: " + std::generic_category().message(error));
 }
 
+// Without links, also where the file at the end of them does not exist yet.
+std::filesystem::path resolve(std::filesystem::path path, std::error_code& error) {
+  constexpr int kMostLinks = 40;
+  for (int links = 0; links < kMostLinks; ++links) {
+    std::error_code noLink;
+    const std::filesystem::path next = std::filesystem::read_symlink(path, noLink);
+    if (noLink) return std::filesystem::weakly_canonical(path, error);
+    path = path.parent_path() / next;
+  }
+  error = std::make_error_code(std::errc::too_many_symbolic_link_levels);
+  return path;
+}
+
 [[noreturn]] void waitForSignal(sigset_t signals) {
   int signal = 0;
   while (sigwait(&signals, &signal) != 0) {
@@ -55,7 +68,7 @@ Registry& registry() {
 
 PendingFile::PendingFile(const std::string& path) : path_(path) {
   std::error_code error;
-  const std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
+  const std::filesystem::path resolved = resolve(path, error);
   if (error) fail(path, error.value());
   target_ = resolved.string();
 
@@ -79,7 +92,10 @@ PendingFile::PendingFile(const std::string& path) : path_(path) {
     temporary_ = (resolved.parent_path() / name).string();
     fd_ = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
   } while (fd_ < 0 && errno == EEXIST);
-  if (fd_ < 0) fail(path, errno);
+  if (fd_ < 0) {
+    throw Failure(path, "cannot be written: no file can be made in its directory: " +
+                            std::generic_category().message(errno));
+  }
   if (exists) fchmod(fd_, mode);
   registry().temporaries.insert(temporary_);
 }
@@ -101,13 +117,20 @@ void PendingFile::commit() {
   committed_ = true;
 }
 
+std::string targetOf(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path resolved = resolve(path, error);
+  return error ? std::string() : resolved.string();
+}
+
 void endCleanlyOnSignals() {
   struct sigaction ignored {};
   ignored.sa_handler = SIG_IGN;
   sigaction(SIGPIPE, &ignored, nullptr);
+  sigaction(SIGXFSZ, &ignored, nullptr);
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int signal : std::array{SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : std::array{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU}) {
     struct sigaction action {};
     if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
       sigaddset(&signals, signal);

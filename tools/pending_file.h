@@ -27,9 +27,13 @@ class PendingFile {
   bool committed_ = false;
 };
 
-// From now on SIGINT, SIGTERM and SIGHUP (unless ignored) remove the pending files and then end the
-// program as they always do, and SIGPIPE is ignored in favour of the error of the write. Call
-// before any thread starts.
+// The file that a PendingFile at `path` becomes: `path`, or where a link there leads. Empty if that
+// cannot be told.
+std::string targetOf(const std::string& path);
+
+// From now on the signals that ask the program to end (unless ignored) remove the pending files
+// first, and SIGPIPE and SIGXFSZ are ignored in favour of the error of the write. Call before any
+// thread starts.
 void endCleanlyOnSignals();
 
 }  // namespace arvessa::tools

@@ -1,10 +1,13 @@
 #include "raw_stream.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <bit>
 #include <cerrno>
+#include <iterator>
+#include <string_view>
 #include <system_error>
 
 namespace arvessa::tools {
@@ -14,6 +17,23 @@ constexpr char kInputName[] = "standard input";
 constexpr char kOutputName[] = "standard output";
 
 std::string reasonOf(int error) { return std::generic_category().message(error); }
+
+// After a failed read or write: whether to try again, having waited if the stream does not.
+bool mayGoOn(int fd, short event) {
+  if (errno == EAGAIN) {
+    pollfd waiting = {fd, event, 0};
+    return poll(&waiting, 1, -1) >= 0 || errno == EINTR;
+  }
+  return errno == EINTR;
+}
+
+// What an audio file begins with that was taken for raw samples.
+bool beginsLikeFile(std::span<const unsigned char> bytes) {
+  constexpr std::string_view kBeginnings[] = {"RIFF", "RF64", "FORM", "fLaC", "OggS", "caff"};
+  const std::string_view begin(reinterpret_cast<const char*>(bytes.data()),
+                               std::min<std::size_t>(bytes.size(), 4));
+  return std::find(std::begin(kBeginnings), std::end(kBeginnings), begin) != std::end(kBeginnings);
+}
 
 }  // namespace
 
@@ -26,8 +46,11 @@ std::size_t RawSource::read(std::span<float> to) {
   while (filled < bytes_.size()) {
     const ssize_t got = ::read(STDIN_FILENO, bytes_.data() + filled, bytes_.size() - filled);
     if (got == 0) break;
-    if (got < 0 && errno != EINTR) throw Failure(name, reasonOf(errno));
+    if (got < 0 && !mayGoOn(STDIN_FILENO, POLLIN)) throw Failure(name, reasonOf(errno));
     if (got > 0) filled += static_cast<std::size_t>(got);
+  }
+  if (frames_ == 0 && beginsLikeFile(std::span(bytes_).first(filled))) {
+    throw Failure(name, "begins like an audio file; only raw samples can be read there");
   }
   const std::size_t frameBytes = 2 * static_cast<std::size_t>(channels);
   const std::size_t frames = filled / frameBytes;
@@ -66,7 +89,7 @@ void writeAll(int fd, const void* data, std::size_t size, const std::string& nam
   const auto* next = static_cast<const unsigned char*>(data);
   while (size > 0) {
     const ssize_t written = ::write(fd, next, size);
-    if (written < 0 && errno != EINTR) throw Failure(name, reasonOf(errno));
+    if (written < 0 && !mayGoOn(fd, POLLOUT)) throw Failure(name, reasonOf(errno));
     if (written > 0) {
       next += written;
       size -= static_cast<std::size_t>(written);

@@ -7,7 +7,10 @@
 namespace arvessa::tools {
 namespace {
 
-constexpr std::size_t kBlockFrames = 4096;
+constexpr std::size_t kConvertedFrames = 4096;  // at most, of one step
+
+// A frame of 10 ms at a time, so that a live stream is not kept waiting for more.
+std::size_t blockFrames(int rate) { return static_cast<std::size_t>(std::max(rate / 100, 1)); }
 
 class ResampledSource : public Source {
  public:
@@ -16,7 +19,7 @@ class ResampledSource : public Source {
                inner->length < 0 ? kUnknownLength : inner->length * toRate / inner->rate),
         inner_(std::move(inner)),
         resampler_(channels, inner_->rate, toRate),
-        block_(kBlockFrames * static_cast<std::size_t>(channels)) {}
+        block_(blockFrames(inner_->rate) * static_cast<std::size_t>(channels)) {}
 
   std::size_t read(std::span<float> to) override {
     while (ready_.size() - taken_ < to.size() && !ended_) {
@@ -52,11 +55,12 @@ class ResampledSink : public Sink {
       : inner_(std::move(inner)),
         resampler_(channels, rate, innerRate),
         channels_(channels),
+        blockSamples_(blockFrames(rate) * static_cast<std::size_t>(channels)),
         longest_(longest) {}
 
   void write(std::span<const Word16> interleaved) override {
     for (const Word16 sample : interleaved) collected_.push_back(fromPcm(sample));
-    if (collected_.size() >= kBlockFrames) pass(false);
+    if (collected_.size() >= blockSamples_) pass(false);
   }
 
   void finish() override {
@@ -84,6 +88,7 @@ class ResampledSink : public Sink {
   std::unique_ptr<Sink> inner_;
   Resampler resampler_;
   int channels_;
+  std::size_t blockSamples_;
   const Source* longest_;
   std::int64_t written_ = 0;  // samples of all channels
   std::vector<float> collected_;
@@ -95,24 +100,20 @@ class ResampledSink : public Sink {
 
 Resampler::Resampler(int channels, int fromRate, int toRate)
     : channels_(static_cast<std::size_t>(channels)), fromRate_(fromRate), toRate_(toRate) {
-  const std::string name = std::to_string(fromRate) + " Hz to " + std::to_string(toRate) + " Hz";
-  if (src_is_valid_ratio(static_cast<double>(toRate) / fromRate) == 0) {
-    throw Failure(name, "no conversion between these rates");
-  }
   int error = 0;
   state_.reset(src_new(SRC_SINC_BEST_QUALITY, channels, &error));
-  if (state_ == nullptr) throw Failure(name, src_strerror(error));
+  if (state_ == nullptr) throw Failure("resampling", src_strerror(error));
 }
 
 void Resampler::process(std::span<const float> in, bool last, std::vector<float>& out) {
-  converted_.resize(kBlockFrames * channels_);
+  converted_.resize(kConvertedFrames * channels_);
   SRC_DATA data{};
   data.src_ratio = static_cast<double>(toRate_) / static_cast<double>(fromRate_);
   data.end_of_input = last ? 1 : 0;
   data.data_in = in.data();
   data.input_frames = static_cast<long>(in.size() / channels_);
   data.data_out = converted_.data();
-  data.output_frames = static_cast<long>(kBlockFrames);
+  data.output_frames = static_cast<long>(kConvertedFrames);
   framesIn_ += data.input_frames;
   const std::size_t before = out.size();
   do {
@@ -132,6 +133,10 @@ void Resampler::process(std::span<const float> in, bool last, std::vector<float>
 
 std::unique_ptr<Source> resampled(std::unique_ptr<Source> inner, int rate) {
   if (inner->rate == rate) return inner;
+  if (src_is_valid_ratio(static_cast<double>(rate) / inner->rate) == 0) {
+    throw Failure(inner->name, "has " + std::to_string(inner->rate) +
+                                   " Hz, which cannot be converted to " + std::to_string(rate));
+  }
   return std::make_unique<ResampledSource>(std::move(inner), rate);
 }
 

@@ -1,6 +1,7 @@
 // arvessa scene: a two-microphone recording made of a mono one.
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <iostream>
 #include <memory>
@@ -12,6 +13,7 @@
 #include "levels.h"
 #include "resample.h"
 #include "sound_field.h"
+#include "text.h"
 
 namespace arvessa::tools {
 namespace {
@@ -22,8 +24,11 @@ bool isBuiltIn(const std::string& noise) {
   return noise == "fan" || noise == "white" || noise == "babble" || noise == "none";
 }
 
-std::vector<float> readAt(const std::string& path, int rate) {
-  return readMono(*resampled(std::make_unique<FileSource>(path), rate));
+std::vector<float> readAt(std::unique_ptr<Source> source, int rate) {
+  source = resampled(std::move(source), rate);
+  std::vector<float> samples = readMono(*source);
+  if (!source->complaint().empty()) throw Failure(source->name, source->complaint());
+  return samples;
 }
 
 std::vector<float> readSpeech(const SceneOptions& options, int& rate) {
@@ -33,17 +38,14 @@ std::vector<float> readSpeech(const SceneOptions& options, int& rate) {
                                     " channels; the speech of one talker is needed, in one");
   }
   rate = options.rate.value_or(source->rate);
-  source = resampled(std::move(source), rate);
-  std::vector<float> speech = readMono(*source);
-  if (!source->complaint().empty()) throw Failure(source->name, source->complaint());
-  return speech;
+  return readAt(std::move(source), rate);
 }
 
 NoiseMaker makeNoise(const SceneOptions& options, const std::vector<float>& speech, int rate) {
   if (options.noise == "fan") return fanNoise(rate);
   if (options.noise == "white") return whiteNoise();
   if (options.noise == "babble") return pieces(speech, kBabbleSpeedSpread);
-  return pieces(readAt(options.noise, rate), 0);
+  return pieces(readAt(std::make_unique<FileSource>(options.noise), rate), 0);
 }
 
 void scale(TwoChannels& channels, double factor) {
@@ -104,7 +106,11 @@ void writeScene(const TwoChannels& scene, const std::string& path, int rate) {
 }  // namespace
 
 int runScene(const SceneOptions& options) {
+  const auto begin = std::chrono::steady_clock::now();
   checkWritableFormat(options.output);
+  if (options.noise == "none" && options.noiseFrom) {
+    throw UsageError("--noise-from needs a noise; --noise none has none");
+  }
   std::vector<std::string> inputs = {options.speech};
   if (!isBuiltIn(options.noise)) inputs.push_back(options.noise);
   for (const std::string& input : inputs) {
@@ -132,9 +138,10 @@ int runScene(const SceneOptions& options) {
   writeScene(scene, options.output, rate);
   if (!options.quiet) {
     std::ostream& report = options.output == "-" ? std::cerr : std::cout;
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
     report << options.speech << " -> " << options.output << ": "
-           << fixed(static_cast<double>(speech.size()) / rate, 2) << " s at " << rate << " Hz, "
-           << what << '\n';
+           << speedText(static_cast<double>(speech.size()) / rate, elapsed.count()) << " at "
+           << rate << " Hz, " << what << '\n';
   }
   return 0;
 }

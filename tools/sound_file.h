@@ -21,9 +21,10 @@ inline std::mutex& openingSoundFile() {
   return mutex;
 }
 
-// "Error : unknown format." -> "unknown format"
-inline std::string lastOpenError() {
-  std::string text = sf_strerror(nullptr);
+// What libsndfile says of its last error with `file`, or in opening one if that is null: "Error :
+// unknown format." -> "unknown format".
+inline std::string lastErrorOf(SNDFILE* file) {
+  std::string text = sf_strerror(file);
   if (text.starts_with("Error : ")) text.erase(0, 8);
   while (text.ends_with('.') || text.ends_with('\n')) text.pop_back();
   return text;

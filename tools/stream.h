@@ -9,6 +9,7 @@
 #include <string>
 
 #include "ArvessaTypes.h"
+#include "text.h"
 
 namespace arvessa::tools {
 
@@ -16,7 +17,7 @@ namespace arvessa::tools {
 class Failure : public std::runtime_error {
  public:
   Failure(const std::string& name, const std::string& reason)
-      : std::runtime_error(name + ": " + reason) {}
+      : std::runtime_error(shownName(name) + ": " + reason) {}
 };
 
 // A command line that asks for something that makes no sense.

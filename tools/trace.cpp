@@ -2,63 +2,60 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <iostream>
+#include <optional>
+#include <vector>
 
 #include "commands.h"
 #include "pending_file.h"
 #include "raw_stream.h"
+#include "text.h"
 #include "traced_front_end.h"
 
 namespace arvessa::tools {
 namespace {
 
-// Takes the place of the enhanced recording: the level of every 10 ms of it.
-class LevelSink : public Sink {
+constexpr char kHeading[] =
+    "time_s,input_dbfs,output_dbfs,beam,voice,agc_index,agc_gain_db,floor_db,"
+    "mean_suppression_db\n";
+
+// Takes the place of the enhanced recording: a line of the table for every 10 ms of it, as soon as
+// they are there.
+class TableSink : public Sink {
  public:
+  TableSink(TracedFrontEnd& frontEnd, int fd, std::string name)
+      : frontEnd_(frontEnd), fd_(fd), name_(std::move(name)) {
+    put(kHeading);
+  }
   void write(std::span<const Word16> samples) override {
     collected_.insert(collected_.end(), samples.begin(), samples.end());
-    while (collected_.size() >= ARVESSA_FRAME_SAMPLES) take(ARVESSA_FRAME_SAMPLES);
+    while (collected_.size() >= ARVESSA_FRAME_SAMPLES) addLine(ARVESSA_FRAME_SAMPLES);
   }
   void finish() override {
-    if (!collected_.empty()) take(collected_.size());
+    if (!collected_.empty()) addLine(collected_.size());
   }
-  const std::vector<double>& levels() const { return levels_; }
+  std::int64_t lines() const { return lines_; }
 
  private:
-  void take(std::size_t count) {
+  void addLine(std::size_t samples) {
     LevelMeter level;
-    level.add(std::span(collected_).first(count));
-    levels_.push_back(level.level());
-    collected_.erase(collected_.begin(), collected_.begin() + static_cast<std::ptrdiff_t>(count));
+    level.add(std::span(collected_).first(samples));
+    collected_.erase(collected_.begin(), collected_.begin() + static_cast<std::ptrdiff_t>(samples));
+    const Decision d = frontEnd_.nextDecision();
+    put(fixed(static_cast<double>(lines_++) / 100, 2) + ',' + fixed(d.inputLevel, 2) + ',' +
+        fixed(level.level(), 2) + ',' + std::to_string(d.beam) + ',' + std::to_string(d.voice) +
+        ',' + std::to_string(d.gainIndex) + ',' + fixed(d.gain, 2) + ',' + fixed(d.floor, 0) + ',' +
+        fixed(d.meanSuppression, 2) + '\n');
   }
+  void put(const std::string& line) { writeAll(fd_, line.data(), line.size(), name_); }
 
+  TracedFrontEnd& frontEnd_;
+  int fd_;
+  std::string name_;
   std::vector<Word16> collected_;
-  std::vector<double> levels_;
+  std::int64_t lines_ = 0;
 };
-
-std::string table(const std::vector<Decision>& decisions, const std::vector<double>& outputLevels) {
-  std::string text =
-      "time_s,input_dbfs,output_dbfs,beam,voice,agc_index,agc_gain_db,floor_db,"
-      "mean_suppression_db\n";
-  for (std::size_t i = 0; i < outputLevels.size(); ++i) {
-    const Decision& d = decisions[i];
-    text += fixed(static_cast<double>(i) / 100, 2) + ',' + fixed(d.inputLevel, 2) + ',' +
-            fixed(outputLevels[i], 2) + ',' + std::to_string(d.beam) + ',' +
-            std::to_string(d.voice) + ',' + std::to_string(d.gainIndex) + ',' + fixed(d.gain, 2) +
-            ',' + fixed(d.floor, 0) + ',' + fixed(d.meanSuppression, 2) + '\n';
-  }
-  return text;
-}
-
-void writeText(const std::string& text, const std::string& path) {
-  if (path == "-") {
-    writeAll(STDOUT_FILENO, text.data(), text.size(), "standard output");
-    return;
-  }
-  PendingFile file(path);
-  writeAll(file.fd(), text.data(), text.size(), path);
-  file.commit();
-}
 
 }  // namespace
 
@@ -66,19 +63,29 @@ int runTrace(const TraceOptions& options) {
   if (isSameFile(options.input, options.output)) {
     throw Failure(options.output, "is the input itself; nothing was written");
   }
+  const bool piped = options.output == "-";
+  const auto begin = std::chrono::steady_clock::now();
   const auto source = openFrontEndSource(options.input);
   TracedFrontEnd frontEnd(options.swap);
-  LevelSink levels;
+  std::optional<PendingFile> file;
+  if (!piped) file.emplace(options.output);
+  TableSink table(frontEnd, piped ? STDOUT_FILENO : file->fd(),
+                  piped ? "standard output" : options.output);
+  StreamResult result;
   {
     Progress progress(1, options.quiet);
-    runStream(*source, frontEnd, levels, false, progress);
+    result = runStream(*source, frontEnd, table, false, progress);
   }
-  levels.finish();
-  writeText(table(frontEnd.decisions(), levels.levels()), options.output);
+  table.finish();
+  if (file) file->commit();
   if (!options.quiet) {
-    std::ostream& report = options.output == "-" ? std::cerr : std::cout;
-    report << options.input << " -> " << options.output << ": " << levels.levels().size()
-           << " frames of 10 ms, " << frontEnd.beamShares() << '\n';
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
+    std::ostream& report = piped ? std::cerr : std::cout;
+    report << options.input << " -> " << options.output << ": "
+           << speedText(static_cast<double>(result.frames) / ARVESSA_SAMPLE_RATE, elapsed.count())
+           << ", " << fixed(result.in.level(), 1) << " dBFS in, " << fixed(result.out.level(), 1)
+           << " dBFS out, " << frontEnd.beamShares() << ", " << table.lines()
+           << " lines of 10 ms\n";
   }
   if (source->complaint().empty()) return 0;
   std::cerr << "arvessa: " << source->name << ": " << source->complaint() << '\n';

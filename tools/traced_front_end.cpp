@@ -57,15 +57,24 @@ double meanGainAhead(WvqeState& state, const Word16* beamformed) {
 
 }  // namespace
 
-void TracedFrontEnd::process(std::span<const Word16> in, std::span<Word16> out) {
-  FrontEnd::process(in, out);
+void TracedFrontEnd::process(std::span<const Word16> in, std::size_t filled,
+                             std::span<Word16> out) {
+  FrontEnd::process(in, filled, out);
   LevelMeter level;
-  level.add(in);
+  for (std::size_t microphone = 0; microphone < 2; ++microphone) {
+    level.add(in.subspan(microphone * ARVESSA_FRAME_SAMPLES, filled));
+  }
   const ArvessaState& now = state();
   const double gain = WVQE_AGC_GAIN_TABLE_15_9[now.engine.agcGainIdx] / 65536.0;
   decisions_.push_back({level.level(), now.beamSelected, now.engine.vadFlag, now.engine.agcGainIdx,
                         decibels(gain * gain), -static_cast<double>(now.engine.floorLevel),
                         decibels(meanGain_ * meanGain_)});
+}
+
+Decision TracedFrontEnd::nextDecision() {
+  const Decision next = decisions_.front();
+  decisions_.pop_front();
+  return next;
 }
 
 void TracedFrontEnd::beforeFrame(const Word16* microphones) {

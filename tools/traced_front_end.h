@@ -2,7 +2,7 @@
 // The front end with a record of what it decided.
 
 #include <array>
-#include <vector>
+#include <deque>
 
 #include "front_end.h"
 
@@ -22,15 +22,16 @@ struct Decision {
 class TracedFrontEnd : public FrontEnd {
  public:
   explicit TracedFrontEnd(bool swap) : FrontEnd({true, true, swap}) {}
-  void process(std::span<const Word16> in, std::span<Word16> out) override;
-  const std::vector<Decision>& decisions() const { return decisions_; }
+  void process(std::span<const Word16> in, std::size_t filled, std::span<Word16> out) override;
+  // What was decided in the frame after the last that was asked for.
+  Decision nextDecision();
 
  private:
   void beforeFrame(const Word16* microphones) override;
 
   alignas(ArvessaState) std::array<std::byte, ARVESSA_WORK_BYTES> ahead_{};
   double meanGain_ = 0;
-  std::vector<Decision> decisions_;
+  std::deque<Decision> decisions_;
 };
 
 }  // namespace arvessa::tools

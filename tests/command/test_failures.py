@@ -5,7 +5,7 @@ import subprocess
 import time
 import unittest
 
-from support import COMMAND, CommandTest, noise, pcm
+from support import COMMAND, SPEECH, CommandTest, noise, pcm
 
 
 class Failures(CommandTest):
@@ -42,7 +42,8 @@ class Failures(CommandTest):
             error = self.refused("enhance", self.path(name), "-o", self.path("out.wav"))
             self.assertIn(name, error)
             self.assertIn(reason, error)
-        self.assertIn("standard input", self.refused("enhance", "-", "-o", self.path("out.wav"), input=b""))
+        for data in (b"", self.content("good.wav")):
+            self.assertIn("standard input", self.refused("enhance", "-", "-o", self.path("out.wav"), input=data))
         self.assertEqual(self.content("out.wav"), b"precious")
         self.assertEqual(set(os.listdir(self.directory)), names)
 
@@ -55,6 +56,22 @@ class Failures(CommandTest):
         done = self.run_command("engine", self.path("cut.flac"), "-o", self.path("out.wav"), code=1)
         self.assertIn(b"cut.flac", done.stderr)
         self.assertGreater(len(self.read("out.wav", channels=2)[0]), 30000)
+        for name in ("cut.wav", "cut.aiff", "cut.au", "cut.w64"):
+            self.run_command("engine", self.good, "-o", self.path(name))
+            os.truncate(self.path(name), 90001)
+            self.assertIn("truncated", self.refused("engine", self.path(name), "-o", self.path("out.wav"), "--quiet"))
+            self.assertGreater(len(self.read("out.wav", channels=2)[0]), 20000)
+            self.refused("scene", SPEECH, "--noise", self.path(name), "-o", self.path("scene.wav"))
+
+    def test_an_input_of_unknown_length_is_whole(self):
+        self.run_command("engine", self.good, "--no-nr", "--no-agc", "-o", self.path("piped.flac"))
+        with open(self.path("piped.flac"), "r+b") as file:
+            file.seek(21)  # the 36 bits of the number of samples
+            high = file.read(1)[0] & 0xF0
+            file.seek(21)
+            file.write(bytes([high, 0, 0, 0, 0]))
+        self.run_command("engine", self.path("piped.flac"), "--no-nr", "--no-agc", "-o", self.path("out.wav"))
+        self.assertEqual(self.content("out.wav"), self.content("good.wav"))
 
     def test_wrong_usage(self):
         out = ["-o", self.path("out.wav")]
@@ -62,8 +79,12 @@ class Failures(CommandTest):
                           ["enhance", self.good, self.good, *out], ["engine", self.good, "--agc-table", 5, *out],
                           ["enhance", self.good, "-o", self.path("out.mp3x")],
                           ["enhance", "-", "--out-dir", self.directory],
-                          ["enhance", self.good, self.path("x/good.flac"), "--out-dir", self.path("clean")]):
+                          ["enhance", self.good, self.path("x/good.flac"), "--out-dir", self.path("clean")],
+                          ["engine", self.good, "--rate", 16000, *out], ["scene", SPEECH, "--snr", "nan", *out],
+                          ["scene", SPEECH, "--seed", -1, *out],
+                          ["scene", SPEECH, "--noise", "none", "--noise-from", 0, *out]):
             self.refused(*arguments, code=2)
+        self.assertIn("improve", self.refused("improve", self.good, *out, code=2))
         self.assertEqual(os.listdir(self.directory), ["good.wav"])
         for arguments in (["--help"], ["enhance", "--help"], ["engine", "--help"], ["scene", "--help"],
                           ["trace", "--help"], ["info"], ["--version"]):
@@ -84,7 +105,6 @@ class Failures(CommandTest):
 
     def test_output_that_cannot_be_written(self):
         def small_disk():
-            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000))
 
         for name in ("out.wav", "out.flac"):
@@ -108,7 +128,7 @@ class Failures(CommandTest):
         return self.refused("enhance", self.good, "-o", "-", stdout=output)
 
     def test_an_interrupted_run_leaves_nothing_behind(self):
-        for ending in (signal.SIGINT, signal.SIGTERM):
+        for ending in (signal.SIGINT, signal.SIGTERM, signal.SIGQUIT):
             process = subprocess.Popen([COMMAND, "enhance", "-", "-o", self.path("out.wav")], stdin=subprocess.PIPE)
             process.stdin.write(bytes(32000))
             process.stdin.flush()
@@ -130,6 +150,16 @@ class Failures(CommandTest):
         self.assertEqual(len(self.read("clean/good.wav")), 80000)
         listed = done.stderr.decode().splitlines()[-1]
         self.assertTrue("mono.wav" in listed and "gone.wav" in listed and "good.wav" not in listed, listed)
+        self.refused("enhance", "", "-o", self.path("out.wav"))  # a variable that was not set
+
+    def test_two_outputs_are_never_one_file(self):
+        self.write("also.wav", [noise(800), noise(800)])
+        os.mkdir(self.path("clean"))
+        os.symlink("also.wav", self.path("clean/good.wav"))
+        self.refused("enhance", self.good, self.path("also.wav"), "--out-dir", self.path("clean"), code=2)
+        self.run_command("enhance", self.good, "-o", self.path("clean/good.wav"))
+        self.assertTrue(os.path.islink(self.path("clean/good.wav")))
+        self.assertEqual(len(self.read("clean/also.wav")), 80000)
 
 
 if __name__ == "__main__":

@@ -21,6 +21,10 @@ class Trace(CommandTest):
             self.assertAlmostEqual(row["output_dbfs"], level(enhanced[80 * i : 80 * i + 80]), delta=0.006)
         self.assertGreater(sum(row["beam"] == 2 for row in rows), 0.9 * len(rows))
 
+    def test_the_last_frame_has_the_level_of_its_samples(self):
+        self.write("s.wav", [[8192] * 85] * 2)
+        self.assertEqual([row["input_dbfs"] for row in self.trace("s.wav")], [-12.04, -12.04])
+
     def test_decisions_fit_what_is_heard(self):
         # Two seconds of hiss, then speech above it.
         speech, _ = self.scene("--noise", "none")

@@ -1,0 +1,24 @@
+#include "text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace arvessa::tools {
+
+std::string fixed(double value, int decimals) {
+  std::array<char, 64> text{};
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), value,
+                                    std::chars_format::fixed, decimals);
+  return {text.data(), result.ptr};
+}
+
+std::string speedText(double audioSeconds, double elapsedSeconds) {
+  const double speed = audioSeconds / std::max(elapsedSeconds, 1e-6);
+  return fixed(audioSeconds, 2) + " s in " + fixed(elapsedSeconds, 2) + " s (" +
+         fixed(speed, speed < 10 ? 1 : 0) + " x real time)";
+}
+
+std::string shownName(const std::string& name) { return name.empty() ? "\"\"" : name; }
+
+}  // namespace arvessa::tools
