@@ -395,6 +395,7 @@ TEST(Stages, OutputFilterEqualsTheModel) {
     model::VORN_WVQE_MainProcess_ASM(s.model.olaBuffer, time[1], &s.model.deemphMem, out[1],
                                      g.frame, g.bins);
     expectSameArray(out[0], out[1], static_cast<std::size_t>(g.frame), "out");
+    expectSameArray(time[0], time[1], 512, "sums");
     s.expectSame("output filter");
     if (HasFailure()) FAIL() << "round " << round;
   }

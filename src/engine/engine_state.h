@@ -45,7 +45,7 @@ struct WvqeState {
   Word32 noisePsd[arvessa::kMaxBins];   // noise power, 7 fraction bits
 
   Word32 anaHistory[96];  // last H pre-emphasised samples, at the scale of inputExp
-  Word32 olaBuffer[192];  // synthesis overlap, 2K - N samples, sample in the upper half
+  Word32 olaBuffer[192];  // synthesis overlap, 2K - N samples, Q30: half the sample above
 
   Word32 bandSnrState[arvessa::kBands];  // smoothed clean-speech power of each band
   Word16 bandSmooth[arvessa::kBands];    // smoothed a priori SNR of each band, Q8

@@ -60,7 +60,7 @@ struct WithHeadroom {
 
 // Forward, no complex value grows beyond the largest magnitude of the input, sqrt(2) times its
 // largest component, by more than the roundings: a stage halves the sum of two. Inside a stage and
-// in the split step the sums stay below 4 times that. So components below 2^28 never saturate.
+// in the split step the sums stay below 2 sqrt(2) times that: 2^30 for components below 2^28.
 bool hasForwardHeadroom(const Word32* x, int words) { return usedBits(x, words) < (1U << 28); }
 
 // Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in

@@ -25,7 +25,7 @@ std::int32_t windowThreshold(int frame) {
 
 // `bits`: as usedBits gives them.
 Word32 saturatingSum(const Word32* values, int n, std::uint32_t bits) {
-  // 512 magnitudes of this size cannot reach 2^31.
+  // The sum of 512 words of this size cannot leave the range.
   if (n <= 512 && bits < (1U << 22)) return std::accumulate(values, values + n, 0);
   return std::accumulate(values, values + n, 0, lAdd);
 }

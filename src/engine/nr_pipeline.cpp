@@ -1,5 +1,6 @@
 #include "engine/nr_pipeline.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -73,9 +74,9 @@ Word16 meanOf128(const Word16* gains) {
 }
 
 // Scales a packed spectrum bin by bin. The highest bin, packed beside bin 0, is 0 by now, as bin 0
-// is. The lanes have headroom: of the windowed block only the history, three eighths of it, and the
-// word after it can exceed 2^27. A value of the pairs' spectrum is their mean, turned, and no larger
-// where sums saturate; the split step adds a factor of sqrt(2) at most: below 0.81 x 2^31.
+// is. The lanes have headroom: of the windowed block only the history, 3/16 of it, and the word after
+// it can exceed 2^27. A value of the pairs' spectrum is their mean, turned, and no larger where sums
+// saturate; the split step adds a factor of sqrt(2) at most: below 0.42 x 2^31.
 void applyGains(Word32* spectrum, const Word16* gains, int bins) {
   int k = 0;
   for (; kHaveLanes && k < bins; k += 4) {
@@ -143,28 +144,6 @@ Word16 processLowBand(const Word16* in, WvqeState* state, int frame, int bins, W
   return upperBandGain;
 }
 
-// y[n] = x[n] + 0.40327 y[n-1] in place. Returns true if all y are known to be below 2^31 - 2^16 in
-// magnitude, so that rounding them cannot saturate.
-bool deemphasise(Word32* block, int n, Word32* memory) {
-  constexpr Word32 kCoefficient = 0x339E673C;  // 0.40327 in Q31
-  Word32 y = *memory;
-  const auto filter = [&](auto sum) {
-    for (int i = 0; i < n; ++i) {
-      y = sum(block[i], lMult32ByCoefficient(kCoefficient, y));
-      block[i] = y;
-    }
-  };
-  // Whatever the memory, the first y stays below 2^30 + 0.40327 2^31 < 1.81 2^30, and with it all.
-  const bool headroom = usedBits(block, n) < (1U << 30);
-  if (headroom) {
-    filter([](Word32 a, Word32 b) { return a + b; });
-  } else {
-    filter(lAdd);
-  }
-  *memory = y;
-  return headroom;
-}
-
 // Twice the rounded upper halves of n words, saturated.
 void toSamples(const Word32* block, int n, bool headroom, Word16* out) {
   int i = 0;
@@ -175,6 +154,33 @@ void toSamples(const Word32* block, int n, bool headroom, Word16* out) {
     }
   }
   for (; i < n; ++i) out[i] = saturate16(2 * roundHigh(block[i]));
+}
+
+// The samples of y[n] = x[n] + 0.40327 y[n-1].
+void deemphasise(const Word32* x, int n, Word32* memory, Word16* out) {
+  constexpr Word32 kCoefficient = 0x339E673C;  // 0.40327 in Q31
+  constexpr int kChunk = 80;
+  Word32 filtered[kChunk];
+  Word32 y = *memory;
+  const auto filter = [&](const Word32* from, int count, auto sum) {
+    for (int i = 0; i < count; ++i) {
+      y = sum(from[i], lMult32ByCoefficient(kCoefficient, y));
+      filtered[i] = y;
+    }
+  };
+  // Whatever the memory, the first y then stays below 2^30 + 0.40327 2^31 < 1.81 2^30, and with it
+  // all. To round them does not saturate, either.
+  const bool headroom = usedBits(x, n) < (1U << 30);
+  for (int begin = 0; begin < n; begin += kChunk) {
+    const int count = std::min(kChunk, n - begin);
+    if (headroom) {
+      filter(x + begin, count, [](Word32 a, Word32 b) { return a + b; });
+    } else {
+      filter(x + begin, count, lAdd);
+    }
+    toSamples(filtered, count, headroom, out + begin);
+  }
+  *memory = y;
 }
 
 // 144 samples of the last frame move to the front; this frame follows them, scaled.
@@ -225,8 +231,7 @@ void VORN_WVQE_MainProcess_ASM(Word32* olaBuffer, Word32* timeBuf, Word32* deemp
   const int overlap = 2 * K - N;
   for (int i = 0; i < overlap; ++i) timeBuf[i] = lAdd(timeBuf[i], olaBuffer[i]);
   for (int i = 0; i < overlap; ++i) olaBuffer[i] = timeBuf[N + i];
-  const bool headroom = deemphasise(timeBuf, N, deemphMem);
-  toSamples(timeBuf, N, headroom, out);
+  deemphasise(timeBuf, N, deemphMem, out);
 }
 
 }  // extern "C"

@@ -17,8 +17,8 @@ ARVESSA_API void WVQE_NR_Proc(const Word16* in, Word16* out, const VornConfig* c
 ARVESSA_API void WVQE_MainProcess(const Word16* in, WvqeState* state, int N, int K, Word16 L,
                                   Word16 rateCode, unsigned char nrEnable, Word16* out);
 
-// Overlap-add of the 2K words of `timeBuf` with the 2K - N of `olaBuffer`, which receives the new
-// overlap, and de-emphasis y[n] = x[n] + 0.40327 y[n-1] with its memory in `deemphMem`. The N
+// Overlap-add of the 2K - N words of `olaBuffer` to the first of the 2K of `timeBuf`; `olaBuffer`
+// receives the new overlap, the last words of `timeBuf`. Then de-emphasis y[n] = x[n] + 0.40327 y[n-1] with its memory in `deemphMem`. The N
 // output samples are twice the rounded upper half, saturated: Q15.
 ARVESSA_API void VORN_WVQE_MainProcess_ASM(Word32* olaBuffer, Word32* timeBuf, Word32* deemphMem,
                                            Word16* out, int N, Word16 K);
