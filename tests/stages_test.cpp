@@ -388,6 +388,11 @@ TEST(Stages, OutputFilterEqualsTheModel) {
     States s(random);
     Word32 time[2][512];
     random.fill(time[0], 512, 16 + random.below(16));
+    if (round % 4 == 1) {  // what saturates comes after a quiet beginning
+      random.fill(time[0], 80, 20);
+      std::fill_n(s.library.olaBuffer, 192, 0);
+      std::fill_n(s.model.olaBuffer, 192, 0);
+    }
     std::memcpy(time[1], time[0], sizeof time[0]);
     Word16 out[2][320];
     VORN_WVQE_MainProcess_ASM(s.library.olaBuffer, time[0], &s.library.deemphMem, out[0], g.frame,
