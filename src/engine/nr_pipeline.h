@@ -18,8 +18,9 @@ ARVESSA_API void WVQE_MainProcess(const Word16* in, WvqeState* state, int N, int
                                   Word16 rateCode, unsigned char nrEnable, Word16* out);
 
 // Overlap-add of the 2K - N words of `olaBuffer` to the first of the 2K of `timeBuf`; `olaBuffer`
-// receives the new overlap, the last words of `timeBuf`. Then de-emphasis y[n] = x[n] + 0.40327 y[n-1] with its memory in `deemphMem`. The N
-// output samples are twice the rounded upper half, saturated: Q15.
+// receives the new overlap, the last words of `timeBuf`. Then de-emphasis y[n] = x[n] + 0.40327
+// y[n-1] with its memory in `deemphMem`. The N output samples are twice the rounded upper half of y,
+// saturated: Q15.
 ARVESSA_API void VORN_WVQE_MainProcess_ASM(Word32* olaBuffer, Word32* timeBuf, Word32* deemphMem,
                                            Word16* out, int N, Word16 K);
 

@@ -17,8 +17,8 @@ constexpr Word32 exp2Q11(Word16 x) {
   int power = 3726 + 2 * ((1301 * fraction) >> 15);  // 0.0794, 0.2274 in Q14
   power = 11356 + 2 * ((fraction * power) >> 15);    // 0.6931
   power = 16384 + 2 * ((fraction * power) >> 15);    // 1
-  return lShr(power,
-              static_cast<Word16>(-2 - whole));  // from x = 15 on to the left beyond the range
+  // From x = 15 on this shift, to the left, saturates.
+  return lShr(power, static_cast<Word16>(-2 - whole));
 }
 
 // e^x, x in Q11, result in Q16; 0 below and 0x7FFFFFFF above the range |x| <= 21290 (10.4).

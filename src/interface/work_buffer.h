@@ -30,8 +30,8 @@ struct ArvessaState {
   float beamEnergy[arvessa::kBeams];         // of each beam's output since the last decision
   uint32_t frameCount;                       // frames completed; wraps
   Word16 beamSelected;                       // beam that produces the output, 0..2
-  Word16 beamPending;  // winner of the latest decision but the first four, 0..2
-  Word16 beamConfirm;  // its wins in a row; the second selects it, and sets 1 again
+  Word16 beamPending;                        // latest winner from the fifth decision on, 0..2
+  Word16 beamConfirm;                        // its wins in a row; back to 1 once it is selected
 };
 
 namespace arvessa {
