@@ -5,26 +5,49 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cmath>
-#include <regex>
+#include <iterator>
+#include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace arvessa::tools {
 namespace {
 
+// The first number in `line` from `at` on, or 0.
+std::int64_t numberIn(const std::string& line, std::size_t at) {
+  std::int64_t number = 0;
+  at = line.find_first_of("0123456789", at);
+  if (at != std::string::npos) {
+    std::from_chars(line.data() + at, line.data() + line.size(), number);
+  }
+  return number;
+}
+
 // Whether the file ends before the samples that its header tells of: libsndfile takes the smaller
 // size and only notes it, as "data : 227200 (should be 49956)". A size that a writer to a pipe puts
 // there, near 2^31 or 2^32, says nothing.
 bool isCutShort(SNDFILE* file) {
-  constexpr long long kUnknownSize = 0x7FFF0000;
-  char log[4096] = {};
-  sf_command(file, SFC_GET_LOG_INFO, log, sizeof log);
-  static const std::regex pattern(R"((?:data|SSND|Data Size|riff)\s*: (\d+) \(should be (\d+)\))");
-  std::cmatch sizes;
-  if (!std::regex_search(log, sizes, pattern)) return false;
-  const long long told = std::stoll(sizes[1]);
-  return told < kUnknownSize && told > std::stoll(sizes[2]);
+  constexpr std::int64_t kUnknownSize = 0x7FFF0000;
+  constexpr std::string_view kSizesOfSamples[] = {"data", "SSND", "Data Size", "riff"};
+  std::array<char, 4096> log{};
+  sf_command(file, SFC_GET_LOG_INFO, log.data(), log.size());
+  std::istringstream lines(log.data());
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t name = line.find_first_not_of(' ');
+    const std::size_t colon = line.find(':');
+    const std::size_t remark = line.find("(should be");
+    if (colon == std::string::npos || remark == std::string::npos) continue;
+    const bool ofSamples = std::any_of(
+        std::begin(kSizesOfSamples), std::end(kSizesOfSamples),
+        [&](std::string_view size) { return line.compare(name, size.size(), size) == 0; });
+    const std::int64_t told = numberIn(line, colon);
+    if (ofSamples && told < kUnknownSize && told > numberIn(line, remark)) return true;
+  }
+  return false;
 }
 
 }  // namespace
