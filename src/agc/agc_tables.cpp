@@ -1,4 +1,4 @@
-#include "agc/agc.h"
+#include "agc/agc_tables.h"
 
 extern "C" {
 

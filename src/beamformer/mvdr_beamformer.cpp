@@ -1,67 +1,39 @@
 #include "beamformer/mvdr_beamformer.h"
 
+#include <algorithm>
+
 #include "beamformer/beam_weights_tables.h"
-#include "beamformer/float_fft.h"
-#include "beamformer/float_fft_128.h"
-#include "beamformer/float_fft_tables.h"
+#include "beamformer/window_table.h"
+#include "kernels/float_kernels.h"
 
 namespace arvessa {
 namespace {
 
-constexpr int kBlock = kFloatFftSize;
-constexpr int kBins = kFloatPairs;
+using Spectrum = kernels::HalfSpectrum;
+using kernels::kFloatBins;
+
+static_assert(kBeamBlock == kernels::kFloatBlock);
 constexpr int kFirstEnergyBin = 16;               // 1000 Hz
 constexpr std::uint32_t kDecisionPeriod = 16;     // frames
 constexpr std::int32_t kLastImmediateCount = 63;  // the first four decisions take effect at once
 
-using Spectrum = ComplexBlock;  // packed half spectrum
+kernels::BeamWeights weightsOf(int beam) {
+  const int first = beam * kBeamBlock;
+  return {std::span<const float, kBeamBlock>(MVDR_CONST_W_UP_OPT_REAL_TABLE + first, kBeamBlock),
+          std::span<const float, kBeamBlock>(MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE + first,
+                                             kBeamBlock)};
+}
 
-// The packed half spectrum of a microphone's block.
+// The spectrum of a microphone's block.
 void analyse(const Word16* samples, Spectrum& spectrum) {
-  float block[kBlock];
-  for (int i = 0; i < kBlock; ++i) block[i] = static_cast<float>(samples[i]);
+  float block[kBeamBlock];
+  for (int i = 0; i < kBeamBlock; ++i) block[i] = static_cast<float>(samples[i]);
   for (int i = 0; i < kBeamHistory; ++i) {
     // Between its flanks the window is 1.
     block[i] *= MVDR_CONST_TABLE_fWIN_8k[i];
     block[kBeamFrame + i] *= MVDR_CONST_TABLE_fWIN_8k[kBeamFrame + i];
   }
-  ComplexBlock pairs;
-  separate(block, pairs);
-  forwardComplex64(pairs);
-  unpackPairs64(pairs, spectrum);
-}
-
-// The block of a packed half spectrum.
-void synthesise(const Spectrum& spectrum, float* block) {
-  ComplexBlock pairs;
-  packPairs64(spectrum, pairs);
-  inverseComplex64(pairs);
-  interleave(pairs, block);
-}
-
-// The output of one beam in some bins. Bin 0, the DC and the Nyquist value, is weighted as if it were
-// one complex value.
-void applyBeam(int beam, int firstBin, int endBin, const Spectrum& x1, const Spectrum& x2,
-               Spectrum& y) {
-  const float* wRe = MVDR_CONST_W_UP_OPT_REAL_TABLE + beam * kBlock;
-  const float* wIm = MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE + beam * kBlock;
-  for (int k = firstBin; k < endBin; ++k) {
-    const float w1Re = wRe[2 * k];
-    const float w1Im = wIm[2 * k];
-    const float w2Re = wRe[2 * k + 1];
-    const float w2Im = wIm[2 * k + 1];
-    y.re[k] = ((x1.re[k] * w1Re) - (x1.im[k] * w1Im)) + ((x2.re[k] * w2Re) - (x2.im[k] * w2Im));
-    y.im[k] = ((x1.re[k] * w1Im) + (w1Re * x1.im[k])) + ((x2.re[k] * w2Im) + (w2Re * x2.im[k]));
-  }
-}
-
-// Summed in bin order: another order rounds differently.
-float energy(const Spectrum& y) {
-  float sum = 0.0F;
-  for (int k = kFirstEnergyBin; k < kBins; ++k) {
-    sum = (y.re[k] * y.re[k] + sum) + y.im[k] * y.im[k];
-  }
-  return sum;
+  FloatKernels::forwardTransform(block, spectrum);
 }
 
 Word16 loudestBeam(const float* beamEnergy) {
@@ -72,7 +44,7 @@ Word16 loudestBeam(const float* beamEnergy) {
   return best;
 }
 
-void decideBeam(ArvessaState& state) {
+void decideBeam(BeamformerState& state) {
   const Word16 best = loudestBeam(state.beamEnergy);
   if (static_cast<std::int32_t>(state.frameCount) <= kLastImmediateCount) {
     state.beamSelected = best;
@@ -102,32 +74,54 @@ Word16 toSample(float value) {
   return static_cast<Word16>(value);
 }
 
-}  // namespace
-}  // namespace arvessa
+// One microphone's block: history, the new samples, zeros. Then the new history.
+void buildBlock(const Word16* samples, Word16* history, Word16* block) {
+  std::copy(history, history + kBeamHistory, block);
+  std::copy(samples, samples + kBeamFrame, block + kBeamHistory);
+  std::fill(block + kBeamHistory + kBeamFrame, block + kBeamBlock, Word16{0});
+  std::copy(samples + kBeamFrame - kBeamHistory, samples + kBeamFrame, history);
+}
 
-extern "C" void MVDR_BeamForming(const Word16* frame, Word16* out, ArvessaState* work) {
-  using namespace arvessa;
+}  // namespace
+
+void initialise(BeamformerState& state) {
+  state = BeamformerState{};
+  state.beamConfirm = 1;
+}
+
+void buildBlocks(std::span<const Word16, kMicrophones * kBeamFrame> samples, BeamformerState& state,
+                 std::span<Word16, kMicrophones * kBeamBlock> blocks) {
+  buildBlock(samples.data(), state.mic1History, blocks.data());
+  buildBlock(samples.data() + kBeamFrame, state.mic2History, blocks.data() + kBeamBlock);
+}
+
+void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamformerState& state,
+              std::span<Word16, kBeamFrame> out) {
   Spectrum x1;
   Spectrum x2;
-  analyse(frame, x1);
-  analyse(frame + kBlock, x2);
+  analyse(blocks.data(), x1);
+  analyse(blocks.data() + kBeamBlock, x2);
 
   Spectrum y;  // of the beam that has been selected
   Spectrum other;
-  const Word16 selectedBefore = work->beamSelected;
+  const Word16 selectedBefore = state.beamSelected;
   for (int beam = 0; beam < kBeams; ++beam) {
     Spectrum& output = beam == selectedBefore ? y : other;
-    applyBeam(beam, kFirstEnergyBin, kBins, x1, x2, output);
-    work->beamEnergy[beam] += energy(output);
+    FloatKernels::applyBeam(weightsOf(beam), kFirstEnergyBin, kFloatBins, x1, x2, output);
+    state.beamEnergy[beam] += FloatKernels::energy(output, kFirstEnergyBin);
   }
-  if (work->frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(*work);
+  if (state.frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(state);
 
-  const bool kept = work->beamSelected == selectedBefore;
-  applyBeam(work->beamSelected, 0, kept ? kFirstEnergyBin : kBins, x1, x2, y);
-  float block[kBlock];
-  synthesise(y, block);
+  const int missing = state.beamSelected == selectedBefore ? kFirstEnergyBin : kFloatBins;
+  FloatKernels::applyBeam(weightsOf(state.beamSelected), 0, missing, x1, x2, y);
+  float block[kBeamBlock];
+  FloatKernels::inverseTransform(y, block);
 
-  for (int i = 0; i < kBeamHistory; ++i) out[i] = toSample(work->beamOverlap[i] + block[i]);
-  for (int i = kBeamHistory; i < kBeamFrame; ++i) out[i] = toSample(block[i]);
-  for (int i = 0; i < kBeamHistory; ++i) work->beamOverlap[i] = block[kBeamFrame + i];
+  for (int i = 0; i < kBeamFrame; ++i) {
+    const auto at = static_cast<std::size_t>(i);
+    out[at] = toSample(i < kBeamHistory ? state.beamOverlap[i] + block[i] : block[i]);
+  }
+  for (int i = 0; i < kBeamHistory; ++i) state.beamOverlap[i] = block[kBeamFrame + i];
 }
+
+}  // namespace arvessa

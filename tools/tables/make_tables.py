@@ -194,7 +194,8 @@ def array(ctype, name, values, comment):
 def table_file(header, exported, hidden=()):
     text = '#include "%s"\n\n' % header + ORIGIN_NOTE + "\n// clang-format off\n\n"
     if hidden:
-        text += "namespace arvessa {\n\n" + "\n".join(hidden) + "\n}  // namespace arvessa\n\n"
+        text += ("namespace arvessa::kernels {\n\n" + "\n".join(hidden)
+                 + "\n}  // namespace arvessa::kernels\n\n")
     return (text + 'extern "C" {\n\n' + "\n".join(exported)
             + '\n}  // extern "C"\n\n// clang-format on\n')
 
@@ -205,7 +206,7 @@ def flat(pairs):
 
 def files():
     out = {}
-    out["fixedpoint/pow2_table.cpp"] = table_file("fixedpoint/numeric_api.h", [array(
+    out["arithmetic/pow2_table.cpp"] = table_file("arithmetic/pow2_table.h", [array(
         "Word16", "WVQE_CONST_TABLE_POW2",
         [min(32767, math.floor(16384 * 2 ** (i / 64))) for i in range(65)],
         "2^(i/64) in Q14, floored, 2.0 clamped.")])
@@ -226,9 +227,9 @@ def files():
                          flat(rearranged(rate)),
                          "The same pairs in the order in which the stages use them: stage s takes\n"
                          "exp(-2 pi j g / 2^(s+1)), g = 0..2^s-1, each twice but in the last." + source))
-    out["engine/fixed_fft_tables.cpp"] = table_file("engine/fixed_fft.h", fft)
+    out["noise_reduction/transform_tables.cpp"] = table_file("noise_reduction/tables.h", fft)
 
-    out["engine/analysis_window_tables.cpp"] = table_file("engine/analysis.h", [
+    out["noise_reduction/analysis_window_tables.cpp"] = table_file("noise_reduction/tables.h", [
         array("Word16", "WVQE_CONST_TABLE_WIN_8k", fixed_window(window_8k_rise()),
               "Q15: 24 rising values 32767 sin^2(pi (i + 0.5) / 48), 56 of 32767, 24 falling."),
         array("Word16", "WVQE_CONST_TABLE_WIN_16k", fixed_window(WINDOW_16K),
@@ -248,24 +249,25 @@ def files():
                   "The bin's share in the lower band, Q15: 32767 less the other share."),
             array("Word16", "WVQE_CONST_TABLE_FILTER_RIGHT_" + rate, [w for _, w in rows],
                   "The bin's share in the upper band, Q15.")]
-    out["engine/filterbank_tables.cpp"] = table_file("engine/filterbank.h", banks)
+    out["noise_reduction/filterbank_tables.cpp"] = table_file("noise_reduction/tables.h", banks)
 
-    out["engine/gain_curve_tables.cpp"] = table_file("engine/gain_curves.h", [array(
+    out["noise_reduction/gain_curve_tables.cpp"] = table_file("noise_reduction/tables.h", [array(
         "unsigned short", "WVQE_CONST_TABLE_HYPERGEOM_GAIN",
         [round_half_away(8192 * kummer_squared(i / 2)) for i in range(21)],
         "[Gamma(1.25) M(-0.25; 1; -v)]^2 in Q13 at v = 0, 0.5 .. 10, M Kummer's function.")])
 
     float_pairs = [tuple(single(q / 32767) for q in pair) for pair in twiddles("8K")]
     stage_order = [float_pairs[r * (64 >> s)] for s in range(2, 6) for r in range(1 << s)]
-    out["beamformer/float_fft_tables.cpp"] = table_file("beamformer/float_fft_tables.h", [
+    out["beamformer/window_table.cpp"] = table_file("beamformer/window_table.h", [
+        array("float", "MVDR_CONST_TABLE_fWIN_8k", float_window(),
+              "round(32767 sin^2(pi (i + 0.5) / 48)) / 32767 rising over 24 samples, 1, and falling;\n"
+              "entry 2 and its mirror one unit in the last place lower.")])
+    out["kernels/float_transform_tables.cpp"] = table_file("kernels/float_transform_tables.h", [
         array("float", "MVDR_CONST_TABLE_FFT_fCOEF_8K", flat(float_pairs),
               "cos t, -sin t, t = 2 pi m / 128, m = 0..63, interleaved: Q15 integers divided by 32767,\n"
               "so that -1 is -32768/32767."),
         array("unsigned short", "MVDR_CONST_TABLE_PHASE_INDEX_8K", [64 >> s for s in range(6)],
-              "Step in the twiddle table between the butterfly columns of stage s."),
-        array("float", "MVDR_CONST_TABLE_fWIN_8k", float_window(),
-              "round(32767 sin^2(pi (i + 0.5) / 48)) / 32767 rising over 24 samples, 1, and falling;\n"
-              "entry 2 and its mirror one unit in the last place lower.")],
+              "Step in the twiddle table between the butterfly columns of stage s.")],
         [array("float", "kTwiddleCosine", [c for c, _ in float_pairs],
                "The pairs of MVDR_CONST_TABLE_FFT_fCOEF_8K apart."),
          array("float", "kTwiddleSine", [s for _, s in float_pairs], ""),

@@ -1,0 +1,76 @@
+#include "abi/exported_transforms.h"
+
+#include "abi/views.h"
+#include "kernels/fixed_transform.h"
+
+namespace arvessa {
+namespace {
+
+using kernels::TransformTables;
+using Steps = kernels::Scalar<kernels::Saturating>;
+
+TransformTables tablesOfSelector(int selector) { return geometryOf(selector).transform; }
+TransformTables tablesOfWords(int n) { return tablesOfSelector(sizeCodeOf(n)); }
+
+}  // namespace
+}  // namespace arvessa
+
+extern "C" {
+
+void WVQE_FFT(Word32* x, Word16 n, Word16 /*points*/, Word16 /*stages*/, const Word16* /*twiddles*/,
+              const Word16* /*reordering*/, Word32* out) {
+  using namespace arvessa;
+  const TransformTables tables = tablesOfWords(n);
+  const auto words = view(x, 2 * tables.points);
+  Kernels::forwardTransform({words, usedBits(words)}, tables, view(out, 2 * tables.points));
+}
+
+void WVQE_IFFT(const Word32* X, Word16 n, Word16 /*points*/, Word16 /*stages*/,
+               const Word16* /*twiddles*/, const Word16* /*reordering*/, Word32* out) {
+  using namespace arvessa;
+  const TransformTables tables = tablesOfWords(n);
+  if (n != 2 * tables.points) {
+    kernels::unpack<Steps>(X, out, tablesOfSelector(0));
+    kernels::complexTransform<Steps, true>(out, tables);
+    return;
+  }
+  Kernels::inverseTransform({view(X, n), kAllBits}, tables, view(out, n));
+}
+
+void WVQE_Complex_FFT(Word32* x, Word16 n) {
+  arvessa::kernels::complexTransform<arvessa::Steps, false>(x, arvessa::tablesOfWords(n));
+}
+
+void WVQE_Complex_IFFT(Word32* x, Word16 n) {
+  arvessa::kernels::complexTransform<arvessa::Steps, true>(x, arvessa::tablesOfWords(n));
+}
+
+void VORN_NR_c_fft_rever_ASM(const Word32* src, Word32* dst, int sel) {
+  arvessa::Steps::firstStage<false>(src, dst, arvessa::tablesOfSelector(sel));
+}
+
+void VORN_NR_c_ifft_rever_ASM(const Word32* src, Word32* dst, int sel) {
+  arvessa::Steps::firstStage<true>(src, dst, arvessa::tablesOfSelector(sel));
+}
+
+void VORN_NR_c_fft_COP_ASM(Word32* a, Word32* b, int /*twiddlePosition*/, int /*pairCounter*/,
+                           int sel) {
+  using namespace arvessa;
+  kernels::remainingStages<Steps, false>(a, b, tablesOfSelector(sel));
+}
+
+void VORN_NR_c_ifft_COP_ASM(Word32* a, Word32* b, int /*twiddlePosition*/, int /*pairCounter*/,
+                            int sel) {
+  using namespace arvessa;
+  kernels::remainingStages<Steps, true>(a, b, tablesOfSelector(sel));
+}
+
+void VORN_NR_r_fft_COP_ASM(const Word32* Z, Word32* X, int sel) {
+  arvessa::Steps::forwardSplit(Z, X, arvessa::tablesOfSelector(sel));
+}
+
+void VORN_NR_r_ifft_COP_ASM(const Word32* X, Word32* Z, int sel) {
+  arvessa::Steps::inverseSplit(X, Z, arvessa::tablesOfSelector(sel));
+}
+
+}  // extern "C"

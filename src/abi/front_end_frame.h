@@ -1,0 +1,37 @@
+#pragma once
+// A frame through the front end, checks included: beamformer, then the engine when it is switched on.
+
+#include <algorithm>
+
+#include "Arvessa.h"
+#include "abi/engine_frame.h"
+#include "abi/work_buffer.h"
+
+namespace arvessa {
+
+// As Arvessa; an observer sees the stages of the engine's noise reduction.
+template <class Observer>
+intptr_t frontEndFrame(const Word16* in, Word16* out, const ArvessaConfig* cfg,
+                       Observer& observe) {
+  if (in == nullptr || out == nullptr || cfg == nullptr || cfg->pWork == nullptr ||
+      !isAligned(cfg->pWork) || !isAligned(in) || !isAligned(out)) {
+    return -1;
+  }
+  auto& state = *static_cast<ArvessaState*>(cfg->pWork);
+  constexpr std::size_t kSamples = kMicrophones * kBeamFrame;
+  Word16 blocks[kMicrophones * kBeamBlock];
+  buildBlocks(std::span<const Word16, kSamples>(in, kSamples), state.beamformer, blocks);
+  formBeam(blocks, state.beamformer, std::span<Word16, kBeamFrame>(out, kBeamFrame));
+  if (cfg->engineEnable == 1) {
+    alignas(ARVESSA_WORK_ALIGNMENT) Word16 result[kBeamFrame];
+    Word16 length = kBeamFrame;
+    const Word16 status =
+        engineFrame(out, kBeamFrame, result, &length, vornConfigIn(&state), observe);
+    if (status != 0) return status;
+    std::copy(result, result + kBeamFrame, out);
+  }
+  ++state.beamformer.frameCount;
+  return 0;
+}
+
+}  // namespace arvessa

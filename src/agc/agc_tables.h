@@ -1,0 +1,12 @@
+#pragma once
+
+#include "ArvessaTypes.h"
+
+extern "C" {
+
+// Gains in Q16 by headroom in bits of power: from -1.9 to 8.9 dB, and from 1.2 to 18.4 dB.
+// Headrooms 0 and 1 do not occur.
+extern ARVESSA_API const Word32 WVQE_AGC_GAIN_TABLE_5_9[32];
+extern ARVESSA_API const Word32 WVQE_AGC_GAIN_TABLE_15_9[32];
+
+}  // extern "C"

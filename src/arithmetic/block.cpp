@@ -1,0 +1,70 @@
+#include "arithmetic/block.h"
+
+#include "arithmetic/operators.h"
+
+namespace arvessa {
+namespace {
+
+// The magnitudes of the words, ORed: the highest set bit is that of the largest magnitude.
+std::uint32_t magnitudeBits(std::span<const Word32> words) {
+  std::uint32_t bits = 0;
+  for (const Word32 word : words) {
+    const auto sign = static_cast<std::uint32_t>(word >> 31);
+    bits |= (static_cast<std::uint32_t>(word) ^ sign) - sign;
+  }
+  return bits;
+}
+
+void shiftRight(std::span<Word32> words, int count) {
+  const int bounded = count > 31 ? 31 : count;
+  for (Word32& word : words) word >>= bounded;
+}
+
+// Without saturation: the words have the headroom.
+void shiftLeft(std::span<Word32> words, int count) {
+  for (Word32& word : words) {
+    word = static_cast<Word32>(static_cast<std::uint32_t>(word) << count);
+  }
+}
+
+}  // namespace
+
+UsedBits usedBits(std::span<const Word32> words) {
+  UsedBits bits = 0;
+  for (const Word32 word : words) bits |= usedBits(word);
+  return bits;
+}
+
+Block normalised(std::span<Word32> words, Word16 headroom) {
+  const std::uint32_t bits = magnitudeBits(words);
+  // A magnitude of 2^31 counts as 2^31 - 1, without redundant sign bits either way.
+  const int norm = bits == 0 || bits > kAllBits ? 0 : std::countl_zero(bits) - 1;
+  const int shift = norm - headroom;
+  if (shift < 0) {
+    shiftRight(words, -shift);
+  } else {
+    shiftLeft(words, shift);
+  }
+  return {words, bitsBelow(31 - headroom), static_cast<Word16>(shift)};
+}
+
+void denormalise(Block& block, Word16 shift) {
+  block.exponent = static_cast<Word16>(block.exponent - shift);
+  if (shift >= 0) {
+    shiftRight(block.words, shift);
+    block.bits >>= shift > 31 ? 31 : shift;
+    return;
+  }
+  const int left = -shift;
+  if (left < 31 && block.bits > bitsBelow(31 - left)) block.bits = usedBits(block.words);
+  if (left < 31 && block.bits <= bitsBelow(31 - left)) {
+    shiftLeft(block.words, left);
+    block.bits = block.bits << left | bitsBelow(left);
+    return;
+  }
+  const auto bounded = static_cast<Word16>(left > 32 ? 32 : left);
+  for (Word32& word : block.words) word = lShl(word, bounded);
+  block.bits = kAllBits;
+}
+
+}  // namespace arvessa

@@ -1,0 +1,199 @@
+#pragma once
+// The fixed-point transform of the contract as templates over the arithmetic of its butterflies, with
+// the pieces that are exported one by one.
+
+#include <algorithm>
+#include <utility>
+
+#include "arithmetic/operators.h"
+#include "kernels/kernels.h"
+
+namespace arvessa::kernels {
+
+inline constexpr int kMaxTransform = 512;  // words, at 32 kHz
+
+// Arithmetic for any input.
+struct Saturating {
+  static Word32 add(Word32 a, Word32 b) { return lAdd(a, b); }
+  static Word32 sub(Word32 a, Word32 b) { return lSub(a, b); }
+  static Word32 negate(Word32 a) { return lNegate(a); }
+  static Word32 multiply(Word32 word, Word16 factor) { return mpy32x16(word, factor); }
+};
+
+// The same where no operation can saturate.
+struct Unsaturated {
+  static Word32 add(Word32 a, Word32 b) { return a + b; }
+  static Word32 sub(Word32 a, Word32 b) { return a - b; }
+  static Word32 negate(Word32 a) { return -a; }
+  static Word32 multiply(Word32 word, Word16 factor) {
+    return static_cast<Word32>((std::int64_t{word} * factor) >> 15);
+  }
+};
+
+struct Complex {
+  Word32 re;
+  Word32 im;
+};
+
+// The steps of the transform, one number at a time. Points are pairs of words.
+template <class Arithmetic>
+struct Scalar {
+  using A = Arithmetic;
+
+  // b w, or with kInverse b w*.
+  template <bool kInverse>
+  static Complex rotated(const Word32* b, Word16 c, Word16 s) {
+    if constexpr (kInverse) {
+      return {A::add(A::multiply(b[0], c), A::multiply(b[1], s)),
+              A::sub(A::multiply(b[1], c), A::multiply(b[0], s))};
+    } else {
+      return {A::sub(A::multiply(b[0], c), A::multiply(b[1], s)),
+              A::add(A::multiply(b[0], s), A::multiply(b[1], c))};
+    }
+  }
+
+  template <bool kInverse>
+  static void butterfly(const Word32* a, Complex t, Word32* sum, Word32* difference) {
+    constexpr int kHalve = kInverse ? 0 : 1;
+    sum[0] = A::add(a[0], t.re) >> kHalve;
+    sum[1] = A::add(a[1], t.im) >> kHalve;
+    difference[0] = A::sub(a[0], t.re) >> kHalve;
+    difference[1] = A::sub(a[1], t.im) >> kHalve;
+  }
+
+  // Reads `from` in bit-reversed order. The twiddle is 1, as near as Q15 comes: 32767.
+  template <bool kInverse>
+  static void firstStage(const Word32* from, Word32* to, const TransformTables& tables) {
+    const int half = tables.points / 2;
+    const Word16 one = tables.twiddles[0];
+    for (int k = 0; k < half; ++k) {
+      const Word32* a = from + 2 * (tables.reversedBits[k] >> (8 - tables.stages));
+      const Word32* b = a + tables.points;
+      const Complex t = {A::multiply(b[0], one), A::multiply(b[1], one)};
+      butterfly<kInverse>(a, t, to + 2 * k, to + tables.points + 2 * k);
+    }
+  }
+
+  // Stage s: 2^s twiddles, each for a run of neighbouring butterflies; each is stored twice, but in
+  // the last stage, where a run is a single butterfly.
+  template <bool kInverse>
+  static void stage(const Word32* in, Word32* out, int points, int s, const Word16* twiddle) {
+    const int run = points >> (s + 1);
+    const int step = run > 1 ? 4 : 2;
+    Word32* difference = out + points;
+    for (int group = 0; group < 1 << s; ++group, twiddle += step) {
+      for (int k = 0; k < run; ++k, in += 4, out += 2, difference += 2) {
+        const Complex t = rotated<kInverse>(in + 2, twiddle[0], twiddle[1]);
+        butterfly<kInverse>(in, t, out, difference);
+      }
+    }
+  }
+
+  // Bins k and N - k of the samples' spectrum from that of their pairs, from `first` on.
+  static void forwardSplit(const Word32* z, Word32* out, const TransformTables& tables,
+                           int first = 1) {
+    for (int k = first; k <= tables.points / 2; ++k) {
+      const int m = tables.points - k;
+      const Word32 a = A::add(z[2 * k], z[2 * m]);
+      const Word32 b = A::sub(z[2 * m], z[2 * k]);
+      const Word32 c = A::sub(z[2 * k + 1], z[2 * m + 1]);
+      const Word32 d = A::add(z[2 * k + 1], z[2 * m + 1]);
+      const Word16* wk = tables.twiddles + 2 * k;
+      const Word16* wm = tables.twiddles + 2 * m;
+      const Word32 reK = A::sub(A::multiply(d, wk[0]), A::multiply(b, wk[1]));
+      const Word32 imK = A::add(A::multiply(b, wk[0]), A::multiply(d, wk[1]));
+      const Word32 reM = A::add(A::multiply(d, wm[0]), A::multiply(b, wm[1]));
+      const Word32 imM = A::add(A::negate(A::multiply(b, wm[0])), A::multiply(d, wm[1]));
+      store(out, k, m, {A::add(a, reK), A::add(c, imK)}, {A::add(a, reM), mirrored(c, imM)});
+    }
+  }
+
+  // And back.
+  static void inverseSplit(const Word32* x, Word32* out, const TransformTables& tables,
+                           int first = 1) {
+    for (int k = first; k <= tables.points / 2; ++k) {
+      const int m = tables.points - k;
+      const Word32 a = A::add(x[2 * k], x[2 * m]);
+      const Word32 b = A::negate(A::sub(x[2 * m], x[2 * k]));
+      const Word32 c = A::sub(x[2 * k + 1], x[2 * m + 1]);
+      const Word32 d = A::negate(A::add(x[2 * k + 1], x[2 * m + 1]));
+      const Word16* wk = tables.twiddles + 2 * k;
+      const Word16* wm = tables.twiddles + 2 * m;
+      const Word32 reK = A::add(A::multiply(d, wk[0]), A::multiply(b, wk[1]));
+      const Word32 imK = A::sub(A::multiply(b, wk[0]), A::multiply(d, wk[1]));
+      const Word32 reM = A::sub(A::multiply(d, wm[0]), A::multiply(b, wm[1]));
+      const Word32 imM = A::negate(A::add(A::multiply(b, wm[0]), A::multiply(d, wm[1])));
+      store(out, k, m, {A::add(a, reK), A::add(c, imK)}, {A::add(a, reM), mirrored(c, imM)});
+    }
+  }
+
+ private:
+  static Word32 mirrored(Word32 c, Word32 im) { return A::add(A::negate(c), im); }
+  static void store(Word32* out, int k, int m, Complex atK, Complex atM) {
+    out[2 * k] = atK.re >> 1;
+    out[2 * k + 1] = atK.im >> 1;
+    out[2 * m] = atM.re >> 1;
+    out[2 * m + 1] = atM.im >> 1;
+  }
+};
+
+// The stages after the first, which alternate between the blocks, from `a` first: the result lies in
+// `b` after an odd number of them, else in `a`.
+template <class Steps, bool kInverse>
+void remainingStages(Word32* a, Word32* b, const TransformTables& tables) {
+  const Word16* twiddle = tables.rearranged;
+  for (int s = 1; s <= tables.stages; ++s) {
+    Steps::template stage<kInverse>(a, b, tables.points, s, twiddle);
+    twiddle += 4 << s;
+    std::swap(a, b);
+  }
+}
+
+// In place.
+template <class Steps, bool kInverse>
+void complexTransform(Word32* x, const TransformTables& tables) {
+  Word32 scratch[kMaxTransform];
+  Steps::template firstStage<kInverse>(x, scratch, tables);
+  remainingStages<Steps, kInverse>(scratch, x, tables);
+  if (tables.stages % 2 == 0) std::copy(scratch, scratch + 2 * tables.points, x);
+}
+
+template <class Steps>
+void realTransform(Word32* x, Word32* out, const TransformTables& tables) {
+  complexTransform<Steps, false>(x, tables);
+  out[0] = Steps::A::add(x[0], x[1]);
+  out[1] = Steps::A::sub(x[0], x[1]);
+  Steps::forwardSplit(x, out, tables);
+}
+
+template <class Steps>
+void unpack(const Word32* spectrum, Word32* out, const TransformTables& tables) {
+  out[0] = Steps::A::add(spectrum[0], spectrum[1]) >> 1;
+  out[1] = Steps::A::sub(spectrum[0], spectrum[1]) >> 1;
+  Steps::inverseSplit(spectrum, out, tables);
+}
+
+template <class Steps>
+void inverseRealTransform(const Word32* spectrum, Word32* out, const TransformTables& tables) {
+  unpack<Steps>(spectrum, out, tables);
+  complexTransform<Steps, true>(out, tables);
+}
+
+// Forward, no complex value grows beyond the largest magnitude of the input, sqrt(2) times its
+// largest component, by more than the roundings: a stage halves the sum of two. Inside a stage and
+// in the split step the sums stay below 2 sqrt(2) times that: 2^30 for components below 2^28.
+inline bool hasForwardHeadroom(UsedBits bits) { return bits <= bitsBelow(28); }
+
+// The packed spectrum then: components up to twice that of a complex value.
+inline UsedBits boundOfSpectrum(UsedBits bits) { return doubled(doubled(bits)); }
+
+// Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in
+// the split step) and the roundings. So a sum of all components below 2^29 never saturates.
+inline bool hasInverseHeadroom(std::span<const Word32> spectrum) {
+  // In units of 512; each magnitude may be up to one unit short.
+  std::uint32_t sum = static_cast<std::uint32_t>(spectrum.size());
+  for (const Word32 word : spectrum) sum += usedBits(word) >> 9;
+  return sum < 1U << 20;
+}
+
+}  // namespace arvessa::kernels

@@ -1,0 +1,197 @@
+#pragma once
+// The contract of the engine's hot loops: what each computes, its shapes, formats and alias rules, and
+// what it must be told of its operands. Every way to compute them is a struct of the same functions:
+//
+//   Plain     defines them: the saturating operators, in the order of the arithmetic
+//   Portable  the same bits in fewer steps on any processor
+//   Vector    the same bits with four words at a time, where there is a vector unit
+//
+// A struct that has no better form of a kernel inherits the one before it, so that Vector is complete
+// with whatever it has. All kernels take any operands: the bits of a block say how large its words may
+// be, and a kernel that cannot saturate below some size falls back to Plain above it. A bound that is
+// too wide costs time, one that is too narrow is an error of the caller.
+//
+// Blocks do not overlap unless it is said that they may.
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <tuple>
+
+#include "arithmetic/block.h"
+
+#ifdef __SSE2__
+#define ARVESSA_VECTOR_UNIT "SSE2"
+#endif
+
+namespace arvessa::kernels {
+
+inline constexpr int kBands = 24;  // of the filterbank, at every rate
+
+// A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15.
+struct TransformTables {
+  int points;                         // N: 64, 128 or 256
+  int stages;                         // log2 N - 1, those after the first
+  const Word16* twiddles;             // N pairs, t = pi j / N
+  const Word16* rearranged;           // the pairs of all stages but the first in the order of their use
+  const unsigned char* reversedBits;  // of a byte, 256 entries
+};
+
+// Which two of the 24 bands share the power of a bin, and its weights in them, Q15. All of one size,
+// the number of bins.
+struct Filterbank {
+  std::span<const Word32> lower;  // 0..22
+  std::span<const Word32> upper;  // lower + 1
+  std::span<const Word16> lowerWeight;
+  std::span<const Word16> upperWeight;
+};
+
+inline constexpr int kFilterOrder = 10;  // of the band split
+inline constexpr int kDecimation = 3;
+inline constexpr int kMaxLowFrame = 160;
+
+// What a filter of the band split remembers, most recent value first: inputs in Q15, outputs with 13 more
+// fraction bits.
+struct FilterMemory {
+  std::span<Word16, kFilterOrder> x;
+  std::span<Word32, kFilterOrder> y;
+};
+
+struct Plain {
+  static constexpr const char* kName = "plain";
+
+  // x[i] = floor(x[i] f[i] / 2^15): windows. Returns what bounds the products.
+  static UsedBits multiply(Block x, std::span<const Word16> factors);
+
+  // out[n] = x[n] - 0.40327 x[n-1], with `previous` before x[0]. `x` has a multiple of 4 words. Returns
+  // what bounds the output.
+  static UsedBits preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out);
+
+  // Real FFT of 2N words x[m], as N complex points x[2n] + j x[2n+1]: radix 2 in constant geometry
+  // (Pease 1968), then the split of the pairs' spectrum. Every stage halves: the DFT divided by N. The
+  // packed spectrum is written to `out`: real values of bins 0 and N, then real and imaginary part of
+  // bins 1..N-1. `x` holds the spectrum of the pairs afterwards. Returns what bounds the spectrum.
+  static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
+
+  // And back, without halving: the words that a forward transform came from.
+  static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
+                               std::span<Word32> out);
+
+  // power[k] = 2 (re^2 + im^2) of the rounded upper halves of a packed spectrum, saturated; bin 0
+  // without the bin N that shares its slot. Returns the bits of the powers.
+  static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
+
+  // The 24 sums of the bins' shares, saturating in the order of the bins.
+  static void sumIntoBands(ConstBlock bins, const Filterbank& bank, std::span<Word32, kBands> bands);
+
+  // The weighted sum of a bin's two bands, Q15, floored.
+  static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
+                           std::span<Word16> bins);
+
+  // smooth[k] = 0.8 smooth[k] + 0.05 power[k-1] + 0.1 power[k] + 0.05 power[k+1], at both ends
+  // 0.8 smooth[k] + 0.2 power[k]. Four bins at least. Returns what bounds `smooth`.
+  static UsedBits smoothPower(Block smooth, ConstBlock power);
+
+  // active[k] = 1 if 0.31 smooth[k] exceeds minimum[k] by more than 20, else 0.
+  static void findActiveBins(ConstBlock smooth, ConstBlock minimum, std::span<unsigned char> active);
+
+  // The saturating sum of the words in their order.
+  static Word32 sum(ConstBlock words);
+
+  // noise[k] = max(0, alpha 2^7 power[k] + (1 - alpha) noise[k]) in bins that are not active, or whose
+  // power lies below the noise; 7 fraction bits, alpha in Q15. Returns what bounds `noise`.
+  static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
+                              Word16 alpha);
+
+  // Both parts of bin k of a packed spectrum by gains[k], Q15; bin N, packed with bin 0, by gains[0].
+  static void scaleBins(Block spectrum, std::span<const Word16> gains);
+
+  // y[n] = x[n] + 0.40327 y[n-1] with y[-1] in `memory`; out[n] is twice the rounded upper half of
+  // y[n], saturated, Q15.
+  static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
+
+  // The recursive filters of the band split (band_split_filters.h), L at most 160. Low-pass, then the
+  // first of every three outputs: 3 L samples to L, rounded.
+  static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
+                                 std::span<Word16> low);
+
+  // 3 L samples to 3 L, rounded.
+  static void highPass(std::span<const Word16> in, const FilterMemory& memory,
+                       std::span<Word16> high);
+
+  // L samples of `low` as every third of 3 L, interpolated by the low-pass with a gain of 3, plus
+  // `high`, saturated. `out` may begin where `low` does.
+  static void interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
+                                std::span<const Word16> high, std::span<Word16> out);
+
+  // peaks[j]: the largest squared sample of the j-th of equal parts of `samples`, Q30; a full-scale
+  // square is held below 1. The parts are multiples of 8 long.
+  static void peakPowers(std::span<const Word16> samples, std::span<Word32> peaks);
+
+  // y[n] = gain x[n] / 2^15, floored and saturated. `y` may be `x`.
+  static void amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y);
+};
+
+struct Portable : Plain {
+  static constexpr const char* kName = "portable";
+
+  static UsedBits preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out);
+  static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
+  static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
+                               std::span<Word32> out);
+  static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
+  static void sumIntoBands(ConstBlock bins, const Filterbank& bank, std::span<Word32, kBands> bands);
+  static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
+                           std::span<Word16> bins);
+  static UsedBits smoothPower(Block smooth, ConstBlock power);
+  static Word32 sum(ConstBlock words);
+  static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
+  static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
+                                 std::span<Word16> low);
+  static void highPass(std::span<const Word16> in, const FilterMemory& memory,
+                       std::span<Word16> high);
+  static void interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
+                                std::span<const Word16> high, std::span<Word16> out);
+  static void peakPowers(std::span<const Word16> samples, std::span<Word32> peaks);
+};
+
+#ifdef ARVESSA_VECTOR_UNIT
+struct Vector : Portable {
+  static constexpr const char* kName = ARVESSA_VECTOR_UNIT;
+
+  static UsedBits multiply(Block x, std::span<const Word16> factors);
+  static UsedBits preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out);
+  static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
+  static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
+                               std::span<Word32> out);
+  static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
+  static void sumIntoBands(ConstBlock bins, const Filterbank& bank, std::span<Word32, kBands> bands);
+  static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
+                           std::span<Word16> bins);
+  static UsedBits smoothPower(Block smooth, ConstBlock power);
+  static void findActiveBins(ConstBlock smooth, ConstBlock minimum, std::span<unsigned char> active);
+  static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
+                              Word16 alpha);
+  static void scaleBins(Block spectrum, std::span<const Word16> gains);
+  static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
+  static void amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y);
+};
+using Backends = std::tuple<Plain, Portable, Vector>;
+#else
+using Backends = std::tuple<Plain, Portable>;
+#endif
+
+// What the library is built with.
+#if defined(ARVESSA_KERNELS_PLAIN)
+using Active = Plain;
+#elif defined(ARVESSA_KERNELS_PORTABLE)
+using Active = Portable;
+#else
+using Active = std::tuple_element_t<std::tuple_size_v<Backends> - 1, Backends>;
+#endif
+
+}  // namespace arvessa::kernels
+
+namespace arvessa {
+using Kernels = kernels::Active;
+}

@@ -1,0 +1,135 @@
+// Fewer steps than the definitions on any processor: sums that cannot saturate are plain ones, and what
+// neighbours share is kept.
+
+#include <algorithm>
+#include <numeric>
+
+#include "arithmetic/operators.h"
+#include "kernels/coefficients.h"
+#include "kernels/fixed_transform.h"
+
+namespace arvessa::kernels {
+UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
+  for (std::size_t n = 0; n < x.words.size(); ++n) {
+    out[n] = lAdd(x.words[n], lMult32ByCoefficient(kPreemphasis, previous));
+    previous = x.words[n];
+  }
+  return doubled(x.bits) | usedBits(out[0]);
+}
+
+UsedBits Portable::forwardTransform(Block x, const TransformTables& tables,
+                                    std::span<Word32> out) {
+  if (!hasForwardHeadroom(x.bits)) return Plain::forwardTransform(x, tables, out);
+  realTransform<Scalar<Unsaturated>>(x.words.data(), out.data(), tables);
+  return boundOfSpectrum(x.bits);
+}
+
+void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
+                                std::span<Word32> out) {
+  if (!hasInverseHeadroom(spectrum.words)) return Plain::inverseTransform(spectrum, tables, out);
+  inverseRealTransform<Scalar<Unsaturated>>(spectrum.words.data(), out.data(), tables);
+}
+
+UsedBits Portable::powers(std::span<const Word32> spectrum, std::span<Word32> power) {
+  // Twice the sum of two squares saturates from 2^30 on: at 2^31 - 1, all bits.
+  UsedBits bits = 0;
+  for (std::size_t k = 0; k < power.size(); ++k) {
+    const Word32 re = roundHigh(spectrum[2 * k]);
+    const Word32 im = k == 0 ? 0 : roundHigh(spectrum[2 * k + 1]);
+    const auto sum = static_cast<std::uint32_t>(re * re) + static_cast<std::uint32_t>(im * im);
+    power[k] = sum >= 1U << 30 ? kMax32 : static_cast<Word32>(2 * sum);
+    bits |= static_cast<UsedBits>(power[k]);
+  }
+  return bits;
+}
+
+void Portable::sumIntoBands(ConstBlock bins, const Filterbank& bank,
+                            std::span<Word32, kBands> bands) {
+  // Neighbouring bins mostly share their bands, whose sums stay in registers meanwhile.
+  std::fill(bands.begin(), bands.end(), 0);
+  Word32* const sums = bands.data();
+  int lower = bank.lower[0];
+  Word32 lowerSum = 0;
+  Word32 upperSum = 0;
+  for (std::size_t k = 0; k < bins.words.size(); ++k) {
+    if (bank.lower[k] != lower) {
+      sums[lower] = lowerSum;
+      sums[lower + 1] = upperSum;
+      lower = bank.lower[k];
+      lowerSum = sums[lower];
+      upperSum = sums[lower + 1];
+    }
+    lowerSum = lAdd(lowerSum, mpy32x16(bins.words[k], bank.lowerWeight[k]));
+    upperSum = lAdd(upperSum, mpy32x16(bins.words[k], bank.upperWeight[k]));
+  }
+  sums[lower] = lowerSum;
+  sums[lower + 1] = upperSum;
+}
+
+void Portable::spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
+                            std::span<Word16> bins) {
+  // Of gains, which are not negative, both products stay below 2^30 in magnitude.
+  if (std::any_of(bands.begin(), bands.end(), [](Word16 gain) { return gain < 0; })) {
+    return Plain::spreadToBins(bands, bank, bins);
+  }
+  const Word16* const gains = bands.data();
+  for (std::size_t k = 0; k < bins.size(); ++k) {
+    const Word32 sum = gains[bank.lower[k]] * bank.lowerWeight[k] +
+                       gains[bank.upper[k]] * bank.upperWeight[k];
+    bins[k] = saturate16(sum >> 15);
+  }
+}
+
+UsedBits Portable::smoothPower(Block smooth, ConstBlock power) {
+  // The weights of a bin add up to 1 at the most, so that no sum can saturate.
+  Word32* const s = smooth.words.data();
+  const Word32* const p = power.words.data();
+  const std::size_t last = smooth.words.size() - 1;
+  s[0] = mpy32x16(s[0], kSmoothOld) + mpy32x16(p[0], kSmoothEdge);
+  UsedBits bits = usedBits(s[0]);
+  for (std::size_t k = 1; k < last; ++k) {
+    s[k] = (mpy32x16(s[k], kSmoothOld) + mpy32x16(p[k - 1], kSmoothSide)) +
+           (mpy32x16(p[k], kSmoothCentre) + mpy32x16(p[k + 1], kSmoothSide));
+    bits |= usedBits(s[k]);
+  }
+  s[last] = mpy32x16(s[last], kSmoothOld) + mpy32x16(p[last], kSmoothEdge);
+  return bits | usedBits(s[last]);
+}
+
+Word32 Portable::sum(ConstBlock words) {
+  // The sum of 512 words of 22 bits cannot leave the range.
+  if (words.words.size() > 512 || words.bits > bitsBelow(22)) return Plain::sum(words);
+  return std::accumulate(words.words.begin(), words.words.end(), Word32{0});
+}
+
+void Portable::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
+  // Whatever the memory, the first y then stays below 2^30 + 0.40327 2^31 < 1.81 2^30, and with it
+  // all. To round them does not saturate, either.
+  if (x.bits > bitsBelow(30)) return Plain::deemphasise(x, memory, out);
+  Word32 y = memory;
+  for (std::size_t n = 0; n < out.size(); ++n) {
+    y = x.words[n] + lMult32ByCoefficient(kDeemphasis, y);
+    out[n] = saturate16(2 * ((y + 0x8000) >> 16));
+  }
+  memory = y;
+}
+
+void Portable::peakPowers(std::span<const Word16> samples, std::span<Word32> peaks) {
+  // Of the largest magnitude only.
+  const std::size_t length = samples.size() / peaks.size();
+  const Word16* x = samples.data();
+  for (Word32& peak : peaks) {
+    Word16 highest = 0;
+    Word16 lowest = 0;
+    for (const Word16* end = x + length; x != end; x += 8) {
+      for (int j = 0; j < 8; ++j) {
+        highest = std::max(highest, x[j]);
+        lowest = std::min(lowest, x[j]);
+      }
+    }
+    const Word32 magnitude = std::max<Word32>(highest, -Word32{lowest});
+    peak = std::min(magnitude * magnitude, Word32{0x3FFFFFFF});
+  }
+}
+
+}  // namespace arvessa::kernels

@@ -1,0 +1,15 @@
+#include "noise_reduction/state.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace arvessa {
+
+void initialise(NoiseReductionState& state) {
+  state = NoiseReductionState{};
+  std::fill(std::begin(state.noisePsd), std::end(state.noisePsd), 128);  // one power unit
+  std::fill(std::begin(state.bandSnrState), std::end(state.bandSnrState), 1);
+  state.floorLevel = 7;
+}
+
+}  // namespace arvessa
