@@ -1,7 +1,7 @@
 #pragma once
 // A frame through the front end, checks included: beamformer, then the engine when it is switched on.
 
-#include <algorithm>
+#include <cstring>
 
 #include "Arvessa.h"
 #include "abi/engine_frame.h"
@@ -28,7 +28,7 @@ intptr_t frontEndFrame(const Word16* in, Word16* out, const ArvessaConfig* cfg,
     const Word16 status =
         engineFrame(out, kBeamFrame, result, &length, vornConfigIn(&state), observe);
     if (status != 0) return status;
-    std::copy(result, result + kBeamFrame, out);
+    std::memcpy(out, result, sizeof result);
   }
   ++state.beamformer.frameCount;
   return 0;

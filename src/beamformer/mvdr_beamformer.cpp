@@ -1,6 +1,6 @@
 #include "beamformer/mvdr_beamformer.h"
 
-#include <algorithm>
+#include <cstring>
 
 #include "beamformer/beam_weights_tables.h"
 #include "beamformer/window_table.h"
@@ -17,13 +17,6 @@ constexpr int kFirstEnergyBin = 16;               // 1000 Hz
 constexpr std::uint32_t kDecisionPeriod = 16;     // frames
 constexpr std::int32_t kLastImmediateCount = 63;  // the first four decisions take effect at once
 
-kernels::BeamWeights weightsOf(int beam) {
-  const int first = beam * kBeamBlock;
-  return {std::span<const float, kBeamBlock>(MVDR_CONST_W_UP_OPT_REAL_TABLE + first, kBeamBlock),
-          std::span<const float, kBeamBlock>(MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE + first,
-                                             kBeamBlock)};
-}
-
 // The spectrum of a microphone's block.
 void analyse(const Word16* samples, Spectrum& spectrum) {
   float block[kBeamBlock];
@@ -34,6 +27,31 @@ void analyse(const Word16* samples, Spectrum& spectrum) {
     block[kBeamFrame + i] *= MVDR_CONST_TABLE_fWIN_8k[kBeamFrame + i];
   }
   FloatKernels::forwardTransform(block, spectrum);
+}
+
+// The output of one beam in some bins. Bin 0, the DC and the Nyquist value, is weighted as if it were
+// one complex value.
+void applyBeam(int beam, int firstBin, int endBin, const Spectrum& x1, const Spectrum& x2,
+               Spectrum& y) {
+  const float* wRe = MVDR_CONST_W_UP_OPT_REAL_TABLE + beam * kBeamBlock;
+  const float* wIm = MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE + beam * kBeamBlock;
+  for (int k = firstBin; k < endBin; ++k) {
+    const float w1Re = wRe[2 * k];
+    const float w1Im = wIm[2 * k];
+    const float w2Re = wRe[2 * k + 1];
+    const float w2Im = wIm[2 * k + 1];
+    y.re[k] = ((x1.re[k] * w1Re) - (x1.im[k] * w1Im)) + ((x2.re[k] * w2Re) - (x2.im[k] * w2Im));
+    y.im[k] = ((x1.re[k] * w1Im) + (w1Re * x1.im[k])) + ((x2.re[k] * w2Im) + (w2Re * x2.im[k]));
+  }
+}
+
+// Summed in bin order: another order rounds differently.
+float energy(const Spectrum& y) {
+  float sum = 0.0F;
+  for (int k = kFirstEnergyBin; k < kFloatBins; ++k) {
+    sum = (y.re[k] * y.re[k] + sum) + y.im[k] * y.im[k];
+  }
+  return sum;
 }
 
 Word16 loudestBeam(const float* beamEnergy) {
@@ -76,10 +94,11 @@ Word16 toSample(float value) {
 
 // One microphone's block: history, the new samples, zeros. Then the new history.
 void buildBlock(const Word16* samples, Word16* history, Word16* block) {
-  std::copy(history, history + kBeamHistory, block);
-  std::copy(samples, samples + kBeamFrame, block + kBeamHistory);
-  std::fill(block + kBeamHistory + kBeamFrame, block + kBeamBlock, Word16{0});
-  std::copy(samples + kBeamFrame - kBeamHistory, samples + kBeamFrame, history);
+  constexpr std::size_t kHistoryBytes = kBeamHistory * sizeof(Word16);
+  std::memcpy(block, history, kHistoryBytes);
+  std::memcpy(block + kBeamHistory, samples, kBeamFrame * sizeof(Word16));
+  std::memset(block + kBeamHistory + kBeamFrame, 0, kHistoryBytes);
+  std::memcpy(history, samples + kBeamFrame - kBeamHistory, kHistoryBytes);
 }
 
 }  // namespace
@@ -107,20 +126,19 @@ void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, Beamfor
   const Word16 selectedBefore = state.beamSelected;
   for (int beam = 0; beam < kBeams; ++beam) {
     Spectrum& output = beam == selectedBefore ? y : other;
-    FloatKernels::applyBeam(weightsOf(beam), kFirstEnergyBin, kFloatBins, x1, x2, output);
-    state.beamEnergy[beam] += FloatKernels::energy(output, kFirstEnergyBin);
+    applyBeam(beam, kFirstEnergyBin, kFloatBins, x1, x2, output);
+    state.beamEnergy[beam] += energy(output);
   }
   if (state.frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(state);
 
   const int missing = state.beamSelected == selectedBefore ? kFirstEnergyBin : kFloatBins;
-  FloatKernels::applyBeam(weightsOf(state.beamSelected), 0, missing, x1, x2, y);
+  applyBeam(state.beamSelected, 0, missing, x1, x2, y);
   float block[kBeamBlock];
   FloatKernels::inverseTransform(y, block);
 
-  for (int i = 0; i < kBeamFrame; ++i) {
-    const auto at = static_cast<std::size_t>(i);
-    out[at] = toSample(i < kBeamHistory ? state.beamOverlap[i] + block[i] : block[i]);
-  }
+  Word16* const samples = out.data();
+  for (int i = 0; i < kBeamHistory; ++i) samples[i] = toSample(state.beamOverlap[i] + block[i]);
+  for (int i = kBeamHistory; i < kBeamFrame; ++i) samples[i] = toSample(block[i]);
   for (int i = 0; i < kBeamHistory; ++i) state.beamOverlap[i] = block[kBeamFrame + i];
 }
 

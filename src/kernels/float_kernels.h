@@ -25,12 +25,6 @@ struct HalfSpectrum {
   float im[kFloatBins];
 };
 
-// Complex weights by bin and microphone, interleaved: of bin k, microphone m at 2k + m.
-struct BeamWeights {
-  std::span<const float, 2 * kFloatBins> re;
-  std::span<const float, 2 * kFloatBins> im;
-};
-
 struct PlainFloat {
   static constexpr const char* kName = "plain float";
 
@@ -39,13 +33,6 @@ struct PlainFloat {
 
   // The samples of a spectrum, scaled by 64.
   static void inverseTransform(const HalfSpectrum& spectrum, std::span<float, kFloatBlock> block);
-
-  // y = w1 x1 + w2 x2 in the bins first .. end - 1. Bin 0 is weighted as if it were one complex value.
-  static void applyBeam(const BeamWeights& weights, int first, int end, const HalfSpectrum& x1,
-                        const HalfSpectrum& x2, HalfSpectrum& y);
-
-  // The squared magnitudes of the bins from `first` on, summed in their order.
-  static float energy(const HalfSpectrum& y, int first);
 };
 
 struct SplitFloat : PlainFloat {

@@ -142,28 +142,4 @@ void PlainFloat::inverseTransform(const HalfSpectrum& spectrum,
   inverseComplex(block.data(), transform128());
 }
 
-void PlainFloat::applyBeam(const BeamWeights& weights, int first, int end, const HalfSpectrum& x1,
-                           const HalfSpectrum& x2, HalfSpectrum& y) {
-  const float* const wRe = weights.re.data();
-  const float* const wIm = weights.im.data();
-  float* const __restrict yRe = y.re;
-  float* const __restrict yIm = y.im;
-  for (int k = first; k < end; ++k) {
-    const float w1Re = wRe[2 * k];
-    const float w1Im = wIm[2 * k];
-    const float w2Re = wRe[2 * k + 1];
-    const float w2Im = wIm[2 * k + 1];
-    yRe[k] = ((x1.re[k] * w1Re) - (x1.im[k] * w1Im)) + ((x2.re[k] * w2Re) - (x2.im[k] * w2Im));
-    yIm[k] = ((x1.re[k] * w1Im) + (w1Re * x1.im[k])) + ((x2.re[k] * w2Im) + (w2Re * x2.im[k]));
-  }
-}
-
-float PlainFloat::energy(const HalfSpectrum& y, int first) {
-  float sum = 0.0F;
-  for (int k = first; k < kFloatBins; ++k) {
-    sum = (y.re[k] * y.re[k] + sum) + y.im[k] * y.im[k];
-  }
-  return sum;
-}
-
 }  // namespace arvessa::kernels

@@ -9,6 +9,24 @@
 #include "kernels/fixed_transform.h"
 
 namespace arvessa::kernels {
+namespace {
+
+// The largest magnitude decides. `count` is a multiple of 8.
+Word32 peakPower(const Word16* x, int count) {
+  Word16 highest = 0;
+  Word16 lowest = 0;
+  for (int i = 0; i < count; i += 8) {
+    for (int j = i; j < i + 8; ++j) {
+      highest = std::max(highest, x[j]);
+      lowest = std::min(lowest, x[j]);
+    }
+  }
+  const Word32 magnitude = std::max<Word32>(highest, -Word32{lowest});
+  return std::min(magnitude * magnitude, Word32{0x3FFFFFFF});
+}
+
+}  // namespace
+
 UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
   for (std::size_t n = 0; n < x.words.size(); ++n) {
     out[n] = lAdd(x.words[n], lMult32ByCoefficient(kPreemphasis, previous));
@@ -115,20 +133,11 @@ void Portable::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) 
 }
 
 void Portable::peakPowers(std::span<const Word16> samples, std::span<Word32> peaks) {
-  // Of the largest magnitude only.
-  const std::size_t length = samples.size() / peaks.size();
+  const int count = static_cast<int>(samples.size() / peaks.size());
   const Word16* x = samples.data();
   for (Word32& peak : peaks) {
-    Word16 highest = 0;
-    Word16 lowest = 0;
-    for (const Word16* end = x + length; x != end; x += 8) {
-      for (int j = 0; j < 8; ++j) {
-        highest = std::max(highest, x[j]);
-        lowest = std::min(lowest, x[j]);
-      }
-    }
-    const Word32 magnitude = std::max<Word32>(highest, -Word32{lowest});
-    peak = std::min(magnitude * magnitude, Word32{0x3FFFFFFF});
+    peak = peakPower(x, count);
+    x += count;
   }
 }
 

@@ -39,12 +39,11 @@ void roundAndDouble(const Word32* words, std::size_t n, Word16* out) {
 UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
   if (x.bits > kFactorBits) return Plain::multiply(x, factors);
   Word32* const words = x.words.data();
+  const Word16* const f = factors.data();
   const std::size_t n = x.words.size();
   std::size_t i = 0;
-  for (; i + 4 <= n; i += 4) {
-    store(words + i, mulQ15(load(words + i), loadFactors(&factors[i])));
-  }
-  for (; i < n; ++i) words[i] = mpy32x16(words[i], factors[i]);
+  for (; i + 4 <= n; i += 4) store(words + i, mulQ15(load(words + i), loadFactors(f + i)));
+  for (; i < n; ++i) words[i] = mpy32x16(words[i], f[i]);
   return x.bits;
 }
 
@@ -59,10 +58,11 @@ UsedBits Vector::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> o
   const Factors low = splatFactor(extractLow(kPreemphasis));
   static_assert(extractLow(kPreemphasis) < 0);
   const Word32* const in = x.words.data();
+  Word32* const to = out.data();
   for (std::size_t n = 4; n < x.words.size(); n += 4) {
     const Words q = load(in + n - 1);
     const Words product = mulQ15(q, high) + mulHighQ15(q, low) + 2 * (q >> 16);
-    store(&out[n], load(in + n) + product);
+    store(to + n, load(in + n) + product);
   }
   return bits;
 }
@@ -72,7 +72,8 @@ UsedBits Vector::powers(std::span<const Word32> spectrum, std::span<Word32> powe
   Word16 parts[2 * kChunk];
   BitsOf bits;
   for (std::size_t first = 0; first < power.size(); first += kChunk) {
-    const Word32* const from = &spectrum[2 * first];
+    const Word32* const from = spectrum.data() + 2 * first;
+    Word32* const to = power.data() + first;
     for (std::size_t i = 0; i < 2 * kChunk; i += 4) {
       const Words word = load(from + i);
       storeSaturated(parts + i, (word >> 16) + ((word >> 15) & 1));
@@ -83,7 +84,7 @@ UsedBits Vector::powers(std::span<const Word32> spectrum, std::span<Word32> powe
       const Words sum = squaredMagnitudes(parts + 2 * k);
       const Words saturated = (sum >= (1 << 30)) | (sum < 0);
       const Words doubledSum = ((sum & ~saturated) << 1) | (saturated & kMax32);
-      store(&power[first + k], doubledSum);
+      store(to + k, doubledSum);
       bits.add(doubledSum);
     }
   }
@@ -97,20 +98,24 @@ void Vector::sumIntoBands(ConstBlock bins, const Filterbank& bank,
   }
   std::fill(bands.begin(), bands.end(), 0);
   Word32* const sums = bands.data();
-  int lower = bank.lower[0];
+  const Word32* const words = bins.words.data();
+  const Word32* const bandOf = bank.lower.data();
+  const Word16* const lowerWeight = bank.lowerWeight.data();
+  const Word16* const upperWeight = bank.upperWeight.data();
+  int lower = bandOf[0];
   Word32 lowerSum = 0;
   Word32 upperSum = 0;
   for (std::size_t k = 0; k < bins.words.size(); k += 4) {
     Word32 lowerShare[4];
     Word32 upperShare[4];
-    const Words power = load(&bins.words[k]);
-    store(lowerShare, mulQ15(power, loadFactors(&bank.lowerWeight[k])));
-    store(upperShare, mulQ15(power, loadFactors(&bank.upperWeight[k])));
+    const Words power = load(words + k);
+    store(lowerShare, mulQ15(power, loadFactors(lowerWeight + k)));
+    store(upperShare, mulQ15(power, loadFactors(upperWeight + k)));
     for (std::size_t i = 0; i < 4; ++i) {
-      if (bank.lower[k + i] != lower) {
+      if (bandOf[k + i] != lower) {
         sums[lower] = lowerSum;
         sums[lower + 1] = upperSum;
-        lower = bank.lower[k + i];
+        lower = bandOf[k + i];
         lowerSum = sums[lower];
         upperSum = sums[lower + 1];
       }
@@ -128,11 +133,17 @@ void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterban
       std::any_of(bands.begin(), bands.end(), [](Word16 gain) { return gain < 0; })) {
     return Portable::spreadToBins(bands, bank, bins);
   }
+  const Word16* const gains = bands.data();
+  const Word32* const lower = bank.lower.data();
+  const Word32* const upper = bank.upper.data();
+  const Word16* const lowerWeight = bank.lowerWeight.data();
+  const Word16* const upperWeight = bank.upperWeight.data();
+  Word16* const out = bins.data();
   for (std::size_t k = 0; k < bins.size(); k += 4) {
-    const Words sum = sumOfProducts(
-        gatherHalves(bands.data(), &bank.lower[k]), loadHalves(&bank.lowerWeight[k]),
-        gatherHalves(bands.data(), &bank.upper[k]), loadHalves(&bank.upperWeight[k]));
-    storeSaturated(&bins[k], sum >> 15);
+    const Words sum =
+        sumOfProducts(gatherHalves(gains, lower + k), loadHalves(lowerWeight + k),
+                      gatherHalves(gains, upper + k), loadHalves(upperWeight + k));
+    storeSaturated(out + k, sum >> 15);
   }
 }
 
@@ -169,9 +180,11 @@ void Vector::findActiveBins(ConstBlock smooth, ConstBlock minimum,
     return Plain::findActiveBins(smooth, minimum, active);
   }
   const Factors scale = splatFactor(kActiveScale);
+  const Word32* const s = smooth.words.data();
+  const Word32* const m = minimum.words.data();
+  unsigned char* const flags = active.data();
   for (std::size_t k = 0; k < active.size(); k += 4) {
-    const Words scaled = mulQ15(load(&smooth.words[k]), scale);
-    storeFlags(&active[k], scaled > load(&minimum.words[k]) + kActiveOffset);
+    storeFlags(flags + k, mulQ15(load(s + k), scale) > load(m + k) + kActiveOffset);
   }
 }
 
@@ -184,14 +197,17 @@ UsedBits Vector::updateNoise(Block noise, ConstBlock power, std::span<const unsi
   }
   const Factors fresh = splatFactor(alpha);
   const Factors old = splatFactor(low16(kMax16 - alpha));
+  Word32* const noiseWords = noise.words.data();
+  const Word32* const powerWords = power.words.data();
+  const unsigned char* const flags = active.data();
   BitsOf bits;
   for (std::size_t k = 0; k < bins; k += 4) {
-    const Words n = load(&noise.words[k]);
-    const Words p = load(&power.words[k]);
-    const Words keep = loadFlags(&active[k]) & ((n >> kNoiseBits) <= p);
+    const Words n = load(noiseWords + k);
+    const Words p = load(powerWords + k);
+    const Words keep = loadFlags(flags + k) & ((n >> kNoiseBits) <= p);
     const Words update = mulQ15(p << kNoiseBits, fresh) + mulQ15(n, old);
     const Words updated = (n & keep) | (update & (update > 0) & ~keep);
-    store(&noise.words[k], updated);
+    store(noiseWords + k, updated);
     bits.add(updated);
   }
   return bits.all();
@@ -201,9 +217,10 @@ void Vector::scaleBins(Block spectrum, std::span<const Word16> gains) {
   if (spectrum.bits > kFactorBits || gains.size() % 4 != 0) {
     return Plain::scaleBins(spectrum, gains);
   }
+  const Word16* const g = gains.data();
   for (std::size_t k = 0; k < gains.size(); k += 4) {
-    const PairFactors factors = spreadFactors(&gains[k]);
-    Word32* const at = &spectrum.words[2 * k];
+    const PairFactors factors = spreadFactors(g + k);
+    Word32* const at = spectrum.words.data() + 2 * k;
     store(at, mulQ15(load(at), factors.first));
     store(at + 4, mulQ15(load(at + 4), factors.second));
   }
@@ -230,9 +247,14 @@ void Vector::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y
   std::size_t n = 0;
   if (usedBits(gain) <= kFactorBits) {
     const Words gains = splat(gain);
-    for (; n + 4 <= x.size(); n += 4) storeSaturated(&y[n], mulQ15(gains, loadFactors(&x[n])));
+    const Word16* const from = x.data();
+    Word16* const to = y.data();
+    const std::size_t whole = x.size() - x.size() % 4;
+    for (; n < whole; n += 4) {
+      storeSaturated(to + n, mulQ15(gains, loadFactors(from + n)));
+    }
   }
-  Plain::amplify(x.subspan(n), gain, y.subspan(n));
+  if (n < x.size()) Plain::amplify(x.subspan(n), gain, y.subspan(n));
 }
 
 }  // namespace arvessa::kernels
