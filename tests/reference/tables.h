@@ -43,9 +43,9 @@ extern "C" {
 extern const Word16 WVQE_CONST_TABLE_FFT_COEF_16K[256], WVQE_CONST_TABLE_FFT_COEF_32K[512];
 extern const Word16 WVQE_CONST_TABLE_WIN_16k[208], WVQE_CONST_TABLE_WIN_32k[416];
 extern const Word16 WVQE_CONST_TABLE_FILTER_RIGHT_8K[64], WVQE_CONST_TABLE_FILTER_RIGHT_16K[128],
-    WVQE_CONST_TABLE_FILTER_RIGHT_32K[256];              // Q15 weights in the right band
-extern const Word32 AEC_CONST_LPF_B[11], AEC_CONST_LPF_A[11];                   // Q26
-extern const Word32 AEC_CONST_HPF_B[11], AEC_CONST_HPF_A[11];                   // Q23
+    WVQE_CONST_TABLE_FILTER_RIGHT_32K[256];                    // Q15 weights in the right band
+extern const Word32 AEC_CONST_LPF_B[11], AEC_CONST_LPF_A[11];  // Q26
+extern const Word32 AEC_CONST_HPF_B[11], AEC_CONST_HPF_A[11];  // Q23
 extern const Word32 WVQE_AGC_GAIN_TABLE_5_9[32], WVQE_AGC_GAIN_TABLE_15_9[32];  // Q16
 // Weights of beam s, bin k and microphone m at s * 128 + 2 * k + m.
 extern const float MVDR_CONST_W_UP_OPT_REAL_TABLE[384], MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[384];

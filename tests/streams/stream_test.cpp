@@ -162,7 +162,8 @@ class Streams : public testing::TestWithParam<std::size_t> {
  protected:
   static void TearDownTestSuite() {
     std::uint64_t digest = 0;
-    for (const Stream& s : kStreams) digest = digest * 31 + checksums_[static_cast<std::size_t>(&s - kStreams)];
+    for (const Stream& s : kStreams)
+      digest = digest * 31 + checksums_[static_cast<std::size_t>(&s - kStreams)];
     if (checksums_.size() == std::size(kStreams)) {
       std::printf("reference streams: %016llX\n", static_cast<unsigned long long>(digest));
     }

@@ -24,7 +24,7 @@ TEST(Agc, EqualsTheReference) {
       if (shift == 0 && kind != kSilence) x[random.below(80)] = -32768;
       Word32 steep[32];
       random.fill(steep, 32, 27);
-      const Word32* table = kind == kSteepTable      ? steep
+      const Word32* table = kind == kSteepTable    ? steep
                             : random.below(2) == 0 ? WVQE_AGC_GAIN_TABLE_5_9
                                                    : WVQE_AGC_GAIN_TABLE_15_9;
       Both<Word16, 480> y;

@@ -29,8 +29,10 @@ TEST(Analysis, EqualsTheReference) {
                nullptr, nullptr, nullptr, b.left, b.filterLeft, b.right, b.filterRight, g.frame,
                g.bins, g.history, rateCode, state);
     };
-    analyse(WVQE_Analysis, [](auto& both) { return both.library; }, &s.library);
-    analyse(reference::WVQE_Analysis, [](auto& both) { return both.wanted; }, &s.wanted);
+    analyse(
+        WVQE_Analysis, [](auto& both) { return both.library; }, &s.library);
+    analyse(
+        reference::WVQE_Analysis, [](auto& both) { return both.wanted; }, &s.wanted);
     in.expectSame("inWork");
     spectrum.expectSame("spectrum", 2 * g.bins);
     work.expectSame("specWork", 2 * g.bins);

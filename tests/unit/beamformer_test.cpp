@@ -1,10 +1,10 @@
 // The beamformer: bit for bit against the reference, its decisions, and its limits.
-#include "beamformer/mvdr_beamformer.h"
+#include "reference/beamformer.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "reference/beamformer.h"
+#include "beamformer/mvdr_beamformer.h"
 #include "support/support.h"
 
 namespace arvessa::test {

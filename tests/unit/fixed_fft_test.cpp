@@ -117,7 +117,8 @@ TEST_P(FixedFft, IsTheDftAndItsInverse) {
   const Block spectrum = forward(samples, n);
   for (int bin = 0; bin <= n / 2; ++bin) {
     std::complex<double> exact = 0;
-    for (int m = 0; m < n; ++m) exact += std::polar(2.0 / n, -2 * M_PI * bin * m / n) * double(samples[m]);
+    for (int m = 0; m < n; ++m)
+      exact += std::polar(2.0 / n, -2 * M_PI * bin * m / n) * double(samples[m]);
     const std::complex<double> got(bin == n / 2 ? spectrum[1] : spectrum[2 * bin],
                                    bin % (n / 2) == 0 ? 0 : spectrum[2 * bin + 1]);
     EXPECT_LT(std::abs(got - exact), 900) << "bin " << bin;

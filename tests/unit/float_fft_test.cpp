@@ -66,10 +66,10 @@ void expectSameTransforms(const Call& c, const Block& block) {
     expectSameArray(got[0].data(), want[0].data(), n, name);
     expectSameArray(got[1].data(), want[1].data(), n, name);
   };
-#define EXPECT_SAME(name, ...)                                                            \
-  expectSame(#name, [&](Block(&x)[2], auto wanted) {                                       \
-    (wanted ? reference::name : ::name)(x[0].data(), c.n, c.n / 2, c.stages, c.twiddle,   \
-                                        c.phase __VA_OPT__(, ) __VA_ARGS__);              \
+#define EXPECT_SAME(name, ...)                                                          \
+  expectSame(#name, [&](Block(&x)[2], auto wanted) {                                    \
+    (wanted ? reference::name : ::name)(x[0].data(), c.n, c.n / 2, c.stages, c.twiddle, \
+                                        c.phase __VA_OPT__(, ) __VA_ARGS__);            \
   })
   EXPECT_SAME(MVDR_FFT, x[1].data());
   EXPECT_SAME(MVDR_IFFT, x[1].data());

@@ -30,14 +30,14 @@ TEST(Division, EqualsTheReferenceForAllWidths) {
   Random random(2);
   for (int i = 0; i < 1000000; ++i) {
     const auto [num, den] = drawQuotient(random);
-    SCOPED_TRACE(testing::Message() << num << "/" << den);
-    const Word32 quotient = reference::WVQE_L_div32(num, den);
-    ASSERT_EQ(WVQE_L_div32(num, den), quotient);
-    ASSERT_EQ(quotientPlain(num, den), quotient);
-    ASSERT_EQ(WVQE_DIV32_16_Q8(num, den), reference::WVQE_DIV32_16_Q8(num, den));
-    ASSERT_EQ(WVQE_DIV32_16_Q15(num, den), reference::WVQE_DIV32_16_Q15(num, den));
     const Word32 part = num % (den == kMax ? den : den + 1);
-    ASSERT_EQ(VORN_L_div32(part, den), reference::VORN_L_div32(part, den)) << part;
+    const Word32 quotient = reference::WVQE_L_div32(num, den);
+    EXPECT_EQ(WVQE_L_div32(num, den), quotient);
+    EXPECT_EQ(quotientPlain(num, den), quotient);
+    EXPECT_EQ(WVQE_DIV32_16_Q8(num, den), reference::WVQE_DIV32_16_Q8(num, den));
+    EXPECT_EQ(WVQE_DIV32_16_Q15(num, den), reference::WVQE_DIV32_16_Q15(num, den));
+    EXPECT_EQ(VORN_L_div32(part, den), reference::VORN_L_div32(part, den)) << part;
+    ASSERT_FALSE(HasFailure()) << num << "/" << den;
   }
 }
 
@@ -49,7 +49,8 @@ TEST(Division, EqualsTheReferenceWhereTheRemainderReproducesItself) {
       const std::int64_t wide = (std::int64_t{1} << (shift + 1)) + offset;
       if (wide < 1 || wide > kMax) continue;
       const auto den = static_cast<Word32>(wide);
-      for (Word32 num = std::max(1, den - 5); num <= den; ++num) {
+      for (int below = std::min(5, den - 1); below >= 0; --below) {
+        const Word32 num = den - below;
         SCOPED_TRACE(testing::Message() << num << "/" << den);
         ASSERT_EQ(VORN_L_div32(num, den), reference::VORN_L_div32(num, den));
         ASSERT_EQ(WVQE_L_div32(num, den), reference::WVQE_L_div32(num, den));

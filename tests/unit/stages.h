@@ -73,9 +73,9 @@ struct Bank {
   const Word16* filterRight;
 };
 inline Bank bankOf(int bins) {
-#define BANK(rate)                                                              \
-  Bank {                                                                        \
-    WVQE_CONST_TABLE_BANK_LEFT_##rate, WVQE_CONST_TABLE_FILTER_LEFT_##rate,     \
+#define BANK(rate)                                                               \
+  Bank {                                                                         \
+    WVQE_CONST_TABLE_BANK_LEFT_##rate, WVQE_CONST_TABLE_FILTER_LEFT_##rate,      \
         WVQE_CONST_TABLE_BANK_RIGHT_##rate, WVQE_CONST_TABLE_FILTER_RIGHT_##rate \
   }
   return bins == 64 ? BANK(8K) : bins == 128 ? BANK(16K) : BANK(32K);

@@ -72,8 +72,8 @@ TEST(NoiseEstimation, RoutinesEqualTheReference) {
         psd.set([] { return 0; });
         psd.library[1] = psd.wanted[1] = random.anyMagnitude();
         std::fill(power, power + 256, 0);
-        power[2] = static_cast<Word32>((std::int64_t{psd.library[1]} * 2000) >> 15) - 20 -
-                   random.below(2);
+        power[2] =
+            static_cast<Word32>((std::int64_t{psd.library[1]} * 2000) >> 15) - 20 - random.below(2);
       }
       Activity got, want;
       VORN_WVQE_Noise_Vad2_ASM(psd.library, power, got.bins, &got.voice, K);
@@ -109,7 +109,8 @@ TEST(SuppressionGain, EqualsTheReferenceAndNeverAmplifies) {
       }
       Both<Word16, 24> post, prior;
       const auto frame = static_cast<Word16>(s.library.frameCountSat);
-      WVQE_PostAndPriorSNR(post.library, prior.library, s.library.bandSnrState, power, noise, frame);
+      WVQE_PostAndPriorSNR(post.library, prior.library, s.library.bandSnrState, power, noise,
+                           frame);
       reference::WVQE_PostAndPriorSNR(post.wanted, prior.wanted, s.wanted.bandSnrState, power,
                                       noise, frame);
       post.expectSame("postSnr");

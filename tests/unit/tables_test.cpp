@@ -1,6 +1,8 @@
 // Every entry of every exported table: against the reference if a formula gives it, else by a
 // checksum. The checksums were confirmed by two transcriptions of the tables that were made
 // independently of the library's. The beam weights have a test of their own.
+#include "reference/tables.h"
+
 #include "agc/agc.h"
 #include "beamformer/float_fft_tables.h"
 #include "engine/analysis.h"
@@ -10,7 +12,6 @@
 #include "engine/gain_curves.h"
 #include "engine/suppression_gain.h"
 #include "fixedpoint/numeric_api.h"
-#include "reference/tables.h"
 #include "support/support.h"
 
 namespace arvessa::test {
