@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Installs the library into an empty folder and builds programs from what is there.
 
 Environment: ARVESSA_BUILD, the build directory; ARVESSA_SOURCE, the project.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """What the built library shows to a linker: exports, dependencies, writable bytes.
 
 Environment: ARVESSA_LIBRARY, the shared object, of any machine and byte order.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The gain falls at once when the voice gets louder and rises only after 200 further
 // voice-active frames have asked for more.
 #include "reference/agc.h"

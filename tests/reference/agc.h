@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Automatic gain control: peak envelopes per subframe, a headroom count as index into a gain table,
 // and a ramp across the frame.
 #pragma once

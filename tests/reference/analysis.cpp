@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Analysis frame, spectrum and band energies, then the minima-controlled noise estimate (after
 // Cohen 2002) with its hard decisions per bin and per frame.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Operators of the ITU-T G.191 kind and the numeric functions above them, in plain 64-bit integers.
 // Divisions are the restoring loops bit by bit, because their remainder rule (one added after every
 // successful subtraction) is part of the result. Operands outside a domain give some defined value.

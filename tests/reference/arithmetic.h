@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Saturating 16/32-bit operators and the numeric functions built on them. Every result is the clamp
 // of an exact 64-bit integer.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Per-frame driver: microphone histories, beamformer, then the engine when the caller asks for it.
 #include "reference/arvessa.h"
 

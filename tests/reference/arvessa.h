@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The front end: the caller's two entry points over beamformer and engine.
 #pragma once
 

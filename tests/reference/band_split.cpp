@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The 48 kHz band split: two order-10 recursive filters at the full rate, decimation by three for
 // the low band, and zero insertion with the same low-pass on the way back.
 #include <algorithm>

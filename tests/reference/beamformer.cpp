@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Filter-and-sum beamforming in the frequency domain (Capon 1969 for the weights) with a decision
 // every 16 frames and a confirmation rule against hasty changes of beam.
 #include "reference/beamformer.h"

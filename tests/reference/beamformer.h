@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The two-microphone beamformer: three fixed sets of weights, the most energetic of which produces
 // the output. Every float operation is rounded on its own.
 #pragma once

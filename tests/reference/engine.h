@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The voice enhancement engine, stage by stage, with the names and argument orders that the library
 // exports, so that both can be called side by side.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The engine's fixed-point transform: radix 2 in constant geometry, so that every stage reads
 // neighbouring points and writes them half a block apart, then the split of the packed real
 // transform. The forward stages halve their outputs, the inverse stages do not.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The two real transforms: the engine's 32-bit fixed-point FFT in its constant-geometry form, and the
 // beamformer's single-precision FFT. Both pack a half spectrum as DC, Nyquist, then (re, im) of bins
 // 1, 2, ...

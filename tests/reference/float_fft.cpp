@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The beamformer's 128-point real transform through a 64-point complex radix-2 transform. The order
 // of the float operations, parentheses included, is part of the result: build without contraction.
 #include <utility>

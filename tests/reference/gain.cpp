@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SNR estimation by a decision-directed recursion (after Ephraim and Malah 1984) and the amplitude
 // gain of order 0.5 under uncertain speech presence, with its curves and its floor.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One frame through the engine: entry checks, noise reduction with overlap-add and de-emphasis,
 // automatic gain control, and the state behind them.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records: the engine's configuration and state, the caller's configuration
 // and the work buffer of the front end. Only the field names are meant to agree with the library;
 // sizes and layout are the reference's own, except for the limits that callers must meet.

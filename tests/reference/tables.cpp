@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Formulas behind the constant tables. Transcendental values are taken in double precision and
 // rounded or truncated to the stored format by the rule of each table.
 #include "reference/tables.h"

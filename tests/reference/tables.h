@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Constant tables. Whatever has a formula is computed from it when the program starts: use these
 // from main on, not from other globals. Designed values without a formula are the library's own, and
 // the tests hold each of those tables to a committed checksum.

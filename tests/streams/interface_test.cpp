@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The entry points: refusals in their order that write nothing, alignment, independence of buffers,
 // switches.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A program that defines the platform's log function is called instead of the stand-in.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stack use of the deepest calls, by painting a thread's stack.
 #include <gtest/gtest.h>
 #include <pthread.h>

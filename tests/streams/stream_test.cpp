@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole streams through the front end and the engine: 88 s of audio, sample by sample against the
 // reference, and against committed checksums.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Deterministic test signals: integer arithmetic and the recording in the repository, the same
 // samples on every machine.
 #pragma once

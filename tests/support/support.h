@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random operands and comparisons for tests against the reference.
 #pragma once
 

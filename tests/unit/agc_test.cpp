@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The automatic gain control against the reference, and the timing of its gain.
 #include "agc/agc.h"
 

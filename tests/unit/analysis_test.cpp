@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Analysis, filterbank and output filter against the reference on random frames and states, far from
 // the usual operating point included.
 #include "engine/analysis.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The band split at 48 kHz against the reference, memories carried on from frame to frame.
 #include "engine/band_split.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The committed weight table against the design that it comes from, and the design against physics:
 // plane waves and an isotropic field made here from nothing but the geometry.
 #include "beam_design.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The beamformer: bit for bit against the reference, its decisions, and its limits.
 #include "reference/beamformer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed-point transform: bit for bit against the reference at every level, full scale included,
 // and against a DFT in double precision.
 #include "engine/fixed_fft.h"

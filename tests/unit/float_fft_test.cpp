@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The float transform: bit for bit against the reference, in its fast form and, with copies of the
 // tables, in its plain form, and against a DFT in double precision.
 #include "beamformer/float_fft.h"

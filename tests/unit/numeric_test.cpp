@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Divisions in closed form against their 31 steps, the transcendental functions over whole domains
 // and block floating point.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The saturating operators and the divisions: against the reference over boundaries and random
 // operands, any shift count and any divisor included, and at the landmarks of their definitions.
 #include <limits>

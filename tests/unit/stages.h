@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the tests of the engine's stages share: states of the library and of the reference with the
 // same content, and results of both side by side.
 #pragma once

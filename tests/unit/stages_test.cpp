@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The engine's stages, each against the model on random inputs and states, far from the usual
 // operating point included, and on signals whose answer is known.
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Noise estimation, SNR and suppression gain against the reference on random powers and states, the
 // gain curves over their domains and the floor's controller.
 #include "engine/gain_curves.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every entry of every exported table: against the reference if a formula gives it, else by a
 // checksum. The checksums were confirmed by two transcriptions of the tables that were made
 // independently of the library's. The beam weights have a test of their own.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The whole interface from C99. */
 #include <Arvessa.h>
 #include <Vorn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The interface from C++: statuses keep their sign and width.
 #include <Arvessa.h>
 #include <Vorn.h>
