@@ -99,16 +99,6 @@ TEST(Numeric, RootEqualsTheReference) {
   }
 }
 
-TEST(Numeric, Landmarks) {
-  EXPECT_EQ(WVQE_Exp(2048), 177984);
-  EXPECT_EQ(WVQE_Exp(-21290), 2);
-  EXPECT_EQ(WVQE_ExpTmp(1024), 92624);
-  EXPECT_EQ(WVQE_Sqrt(100), 9);
-  EXPECT_EQ(WVQE_Sqrt(1048576), 1025);
-  EXPECT_EQ(WVQE_L_div32(32767, 328), 99);
-  EXPECT_EQ(WVQE_L_div32(1, 3), 0);
-}
-
 // The levels at which a shift begins to saturate, and a magnitude that only a negative word has.
 TEST(BlockFloat, Landmarks) {
   std::vector<Word32> block(16);

@@ -143,43 +143,6 @@ TEST(SuppressionGain, IsOneWhenItIsOff) {
   EXPECT_EQ(gain[64], 0);
 }
 
-TEST(SuppressionGain, RoutinesEqualTheReference) {
-  Random random(24);
-  for (int round = 0; round < 4000; ++round) {
-    SCOPED_TRACE(round);
-    const auto snr = [&] { return random.from(0, 25600) >> random.below(15); };
-    Both<Word16, 24> smooth, gain, presence, band;
-    Both<Word32, 24> speech;
-    Both<Word32, 1> sum;
-    Word16 prior[24], post[24];
-    Word32 power[24], noise[24];
-    smooth.set(snr);
-    speech.set([&] { return random.anyMagnitude(); });
-    std::generate(prior, prior + 24, snr);
-    for (Word16& x : post) x = random.from(-256, 25600);
-    for (Word32& x : power) x = random.anyMagnitude();
-    for (Word32& x : noise) x = random.anyMagnitude();
-    VORN_NR_Gain_Proc1_ASM(smooth.library, prior, sum.library);
-    reference::VORN_NR_Gain_Proc1_ASM(smooth.wanted, prior, sum.wanted);
-    smooth.expectSame("bandSmooth");
-    sum.expectSame("priorSnrSum");
-    const Word16 global = random.from(4024, 32734);
-    VORN_NR_Gain_Proc2_ASM(prior, power, gain.library, speech.library, post, smooth.library,
-                           presence.library, global);
-    reference::VORN_NR_Gain_Proc2_ASM(prior, power, gain.wanted, speech.wanted, post, smooth.wanted,
-                                      presence.wanted, global);
-    gain.expectSame("gainH1");
-    speech.expectSame("bandSnrState");
-    presence.expectSame("speechProb");
-    const Word16 floor = random.from(0, 32767);
-    VORN_NR_Gain_Proc3_ASM(noise, gain.library, presence.library, band.library, floor);
-    reference::VORN_NR_Gain_Proc3_ASM(noise, gain.wanted, presence.wanted, band.wanted, floor);
-    gain.expectSame("floored gainH1");
-    band.expectSame("bandGain");
-    if (HasFailure()) return;
-  }
-}
-
 TEST(GainCurves, EqualTheReferenceOverTheirDomains) {
   for (Word32 v = -3; v < 400000; ++v) {
     ASSERT_EQ(WVQE_Hypergeom_Gain(v), reference::WVQE_Hypergeom_Gain(v)) << v;
