@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+// The committed weight table against the design that it comes from, and the design against physics:
+// plane waves and an isotropic field made here from nothing but the geometry.
+#include "beam_design.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <complex>
+#include <fstream>
+#include <iterator>
+#include <numbers>
+#include <string>
+
+#include "beamformer/beam_weights_tables.h"
+#include "table_source.h"
+
+namespace {
+
+using arvessa::design::MicrophoneVector;
+using Complex = std::complex<double>;
+
+constexpr int kBeams = 3;
+constexpr int kBins = 64;
+
+// The weight as the library has it.
+Complex stored(int s, int k, int m) {
+  const int i = s * 128 + 2 * k + m;
+  return {MVDR_CONST_W_UP_OPT_REAL_TABLE[i], MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[i]};
+}
+
+double wavenumber(int k) { return 2.0 * std::numbers::pi * 62.5 * (k + 1) / 340.0; }
+
+// Phase by which a wave from `azimuth` degrees is ahead of the origin at microphone m.
+double lead(int m, double azimuth, int k) {
+  const double x = m == 0 ? -0.0697 : 0.0688;
+  const double y = m == 0 ? -0.0024 : -0.0025;
+  const double angle = azimuth * std::numbers::pi / 180.0;
+  return wavenumber(k) * (x * std::cos(angle) + y * std::sin(angle));
+}
+
+// Output power in a diffuse field of unit power plus microphone noise of 0.1: plane waves summed
+// over the sphere, in rings around the line through the microphones (midpoint rule).
+double noisePower(const MicrophoneVector& w, int k) {
+  constexpr int kRings = 400;
+  const double spacing = std::hypot(0.0688 + 0.0697, 0.0025 - 0.0024);
+  double power = 0.1 * (std::norm(w[0]) + std::norm(w[1]));
+  for (int i = 0; i < kRings; ++i) {
+    const double cosine = (2.0 * i + 1.0) / kRings - 1.0;
+    power += std::norm(w[0] + w[1] * std::polar(1.0, wavenumber(k) * spacing * cosine)) / kRings;
+  }
+  return power;
+}
+
+TEST(BeamDesign, CommittedSourceIsWhatTheProgramWrites) {
+  std::ifstream file(ARVESSA_SOURCE_DIR "/src/beamformer/beam_weights_tables.cpp",
+                     std::ios::binary);
+  ASSERT_TRUE(file.is_open());
+  const std::string committed{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_TRUE(committed == arvessa::design::tableSource())
+      << "run: beam_design source src/beamformer/beam_weights_tables.cpp";
+}
+
+TEST(BeamDesign, ValuesThatEveryConstantMoves) {
+  // Their last digits hang on the geometry, the noise floor and the bin offset: a design and a
+  // table that were changed together are noticed here.
+  EXPECT_EQ(stored(0, 1, 0), Complex(0.36658F, 1.0568F));
+  EXPECT_EQ(stored(0, 16, 1), Complex(0.12974F, -0.75552F));
+  EXPECT_EQ(stored(1, 32, 0), Complex(1.0113F, 0.093265F));
+  EXPECT_EQ(stored(2, 63, 1), Complex(0.61551F, -1.3699F));
+}
+
+TEST(BeamDesign, WaveFromTheLookDirectionComesThroughWithTheTiltAlone) {
+  constexpr std::array<double, kBeams> kLook{0.0, 90.0, 180.0};
+  for (int s = 0; s < kBeams; ++s) {
+    for (int k = 0; k < kBins; ++k) {
+      const double azimuth = kLook[static_cast<std::size_t>(s)];
+      const Complex y = stored(s, k, 0) * std::polar(1.0, lead(0, azimuth, k)) +
+                        stored(s, k, 1) * std::polar(1.0, lead(1, azimuth, k));
+      // The fifth digit of a value of 1 or more is 1e-4: 5e-5 each in four parts, 1.42e-4 at worst.
+      EXPECT_LT(std::abs(y - (33.0 + k) / 32.0), 1.5e-4) << "beam " << s << " bin " << k;
+    }
+  }
+}
+
+TEST(BeamDesign, NoOtherDistortionlessBeamPassesLessNoise) {
+  constexpr std::array<double, kBeams> kLook{0.0, 90.0, 180.0};
+  for (int s = 0; s < kBeams; ++s) {
+    for (int k = 0; k < kBins; ++k) {
+      const double azimuth = kLook[static_cast<std::size_t>(s)];
+      const MicrophoneVector w{stored(s, k, 0), stored(s, k, 1)};
+      const double least = noisePower(w, k);
+      for (const double phase : {0.0, 90.0, 180.0, 270.0}) {
+        // A step that leaves the response in the look direction as it is.
+        const Complex step = std::polar(0.01, phase * std::numbers::pi / 180.0);
+        const MicrophoneVector other{w[0] + step * std::polar(1.0, -lead(0, azimuth, k)),
+                                     w[1] - step * std::polar(1.0, -lead(1, azimuth, k))};
+        EXPECT_LT(least, noisePower(other, k)) << "beam " << s << " bin " << k;
+      }
+    }
+  }
+}
+
+}  // namespace
