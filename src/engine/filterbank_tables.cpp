@@ -1,6 +1,6 @@
 #include "engine/filterbank.h"
 
-// Written by tools/tables/make_tables.py.
+// Written by generators/tables/make_tables.py.
 
 // clang-format off
 

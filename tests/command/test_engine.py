@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 import unittest
 
 from support import SPEECH, CommandTest, lag, level, noise
