@@ -10,9 +10,9 @@
 #include <string>
 #include <system_error>
 
-#include "command_line.h"
-#include "pending_file.h"
-#include "stream.h"
+#include "audio_io/errors.h"
+#include "audio_io/pending_file.h"
+#include "commands/command_line.h"
 
 namespace {
 

@@ -61,8 +61,10 @@ void addEngine(CLI::App& app, Run& run) {
       ->check(CLI::Range(1000, 768000));
   command->add_option("--channels", options->rawChannels, "channels of raw standard input [1]")
       ->check(CLI::Range(1, 1024));
-  command->add_flag("!--no-nr", options->engine.noiseReduction, "no noise reduction");
-  command->add_flag("!--no-agc", options->engine.agc, "no AGC");
+  command->add_flag_callback(
+      "--no-nr", [options] { options->engine.noiseReduction = false; }, "no noise reduction");
+  command->add_flag_callback(
+      "--no-agc", [options] { options->engine.agc = false; }, "no AGC");
   command
       ->add_option("--agc-table", options->engine.agcTable,
                    "gains of the AGC: 2 from -1.9 to 8.9 dB, 3 and 4 from 1.2 to 18.4 dB")

@@ -43,8 +43,8 @@ void addEnhance(CLI::App& app, Run& run) {
       "enhance",
       "Two-microphone recordings (channel 1 = microphone 1) to clean speech, 8 kHz mono");
   addBatchOptions(*command, options->batch);
-  auto* noEngine =
-      command->add_flag("!--no-engine", options->frontEnd.engine, "the beamformer alone");
+  auto* noEngine = command->add_flag_callback(
+      "--no-engine", [options] { options->frontEnd.engine = false; }, "the beamformer alone");
   command->add_flag("!--no-nr", options->frontEnd.noiseReduction, "AGC without noise reduction")
       ->excludes(noEngine);
   command->add_flag("--swap", options->frontEnd.swap, "exchange the microphones");

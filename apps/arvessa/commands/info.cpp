@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // arvessa info: what this build is and what it needs.
 
+#include <CLI/CLI.hpp>
 #include <iostream>
 
 #include "Arvessa.h"
 #include "Vorn.h"
-#include "commands.h"
-#include "front_end.h"
+#include "commands/commands.h"
+#include "commands/engine_bank.h"
+#include "commands/text.h"
 
 // Asking for the version logs a line; here the answer is printed instead.
 // NOLINTNEXTLINE(bugprone-reserved-identifier,cert-*): the platform's name
@@ -19,8 +21,6 @@ namespace arvessa::app {
 namespace {
 
 double milliseconds(int samples, int rate) { return 1000.0 * samples / rate; }
-
-}  // namespace
 
 int runInfo() {
   constexpr int kRate = ARVESSA_SAMPLE_RATE;
@@ -46,6 +46,15 @@ int runInfo() {
   std::cout << "  state        " << VORN_STATE_BYTES << " bytes, aligned to "
             << VORN_STATE_ALIGNMENT << '\n';
   return 0;
+}
+
+}  // namespace
+
+void addInfo(CLI::App& app, Run& run) {
+  CLI::App* command =
+      app.add_subcommand("info", "Versions, rates, latencies, buffer sizes, build target");
+  command->footer("Example:\n  arvessa info");
+  command->callback([&run] { run = runInfo; });
 }
 
 }  // namespace arvessa::app

@@ -3,19 +3,28 @@
 
 #include <unistd.h>
 
-#include <chrono>
-#include <iostream>
+#include <CLI/CLI.hpp>
+#include <memory>
 #include <optional>
+#include <system_error>
 #include <vector>
 
-#include "commands.h"
-#include "pending_file.h"
-#include "raw_stream.h"
-#include "text.h"
-#include "traced_front_end.h"
+#include "audio_io/descriptor.h"
+#include "audio_io/errors.h"
+#include "audio_io/pending_file.h"
+#include "commands/batch.h"
+#include "commands/commands.h"
+#include "commands/text.h"
+#include "commands/traced_front_end.h"
 
 namespace arvessa::app {
 namespace {
+
+struct Options {
+  Job job;
+  bool swap = false;
+  bool quiet = false;
+};
 
 constexpr char kHeading[] =
     "time_s,input_dbfs,output_dbfs,beam,voice,agc_index,agc_gain_db,floor_db,"
@@ -46,10 +55,13 @@ class TableSink : public Sink {
     const Decision d = frontEnd_.nextDecision();
     put(fixed(static_cast<double>(lines_++) / 100, 2) + ',' + fixed(d.inputLevel, 2) + ',' +
         fixed(level.level(), 2) + ',' + std::to_string(d.beam) + ',' + std::to_string(d.voice) +
-        ',' + std::to_string(d.gainIndex) + ',' + fixed(d.gain, 2) + ',' + fixed(d.floor, 0) + ',' +
-        fixed(d.meanSuppression, 2) + '\n');
+        ',' + std::to_string(d.agcIndex) + ',' + fixed(d.agcGain, 2) + ',' + fixed(d.floor, 0) +
+        ',' + fixed(d.meanSuppression, 2) + '\n');
   }
-  void put(const std::string& line) { writeAll(fd_, line.data(), line.size(), name_); }
+  void put(const std::string& line) {
+    const int error = writeAll(fd_, std::as_bytes(std::span(line))).error;
+    if (error != 0) throw Failure(name_, std::generic_category().message(error));
+  }
 
   TracedFrontEnd& frontEnd_;
   int fd_;
@@ -58,39 +70,46 @@ class TableSink : public Sink {
   std::int64_t lines_ = 0;
 };
 
-}  // namespace
-
-int runTrace(const TraceOptions& options) {
-  if (isSameFile(options.input, options.output)) {
-    throw Failure(options.output, "is the input itself; nothing was written");
-  }
-  const bool piped = options.output == "-";
-  const auto begin = std::chrono::steady_clock::now();
-  const auto source = openFrontEndSource(options.input);
+Outcome trace(const Options& options, const Job& job, const std::function<void(double)>& advance) {
+  const auto source = openFrontEndSource(job.input);
   TracedFrontEnd frontEnd(options.swap);
   std::optional<PendingFile> file;
-  if (!piped) file.emplace(options.output);
-  TableSink table(frontEnd, piped ? STDOUT_FILENO : file->fd(),
-                  piped ? "standard output" : options.output);
-  StreamResult result;
-  {
-    Progress progress(1, options.quiet);
-    result = runStream(*source, frontEnd, table, false, progress);
-  }
+  if (job.output != "-") file.emplace(job.output);
+  TableSink table(frontEnd, file ? file->fd() : STDOUT_FILENO,
+                  file ? job.output : "standard output");
+  const StreamResult result = runStream(*source, frontEnd, table, false, advance);
   table.finish();
   if (file) file->commit();
-  if (!options.quiet) {
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-    std::ostream& report = piped ? std::cerr : std::cout;
-    report << options.input << " -> " << options.output << ": "
-           << speedText(static_cast<double>(result.frames) / ARVESSA_SAMPLE_RATE, elapsed.count())
-           << ", " << fixed(result.in.level(), 1) << " dBFS in, " << fixed(result.out.level(), 1)
-           << " dBFS out, " << frontEnd.beamShares() << ", " << table.lines()
-           << " lines of 10 ms\n";
-  }
-  if (source->complaint().empty()) return 0;
-  std::cerr << "arvessa: " << source->name << ": " << source->complaint() << '\n';
-  return 1;
+  Outcome outcome = outcomeOf(*source, result, ARVESSA_SAMPLE_RATE);
+  outcome.details =
+      frontEnd.beamShares() + ", " + std::to_string(table.lines()) + " lines of 10 ms";
+  return outcome;
+}
+
+}  // namespace
+
+void addTrace(CLI::App& app, Run& run) {
+  auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand(
+      "trace", "What the front end decides about a two-microphone recording, as a table");
+  command->add_option("IN", options->job.input, "recording to read; - is standard input")
+      ->required();
+  command->add_option("-o,--output", options->job.output, "CSV file to write; - is standard output")
+      ->required();
+  command->add_flag("--swap", options->swap, "exchange the microphones");
+  command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
+  command->footer(
+      "One line for every 10 ms of the input, beginning at time_s: the level of both microphones,\n"
+      "the level of the same 10 ms of the recording that `arvessa enhance` makes, and what was\n"
+      "decided while these samples went through. Levels are at least -100 dBFS.\n\n"
+      "Example:\n"
+      "  arvessa trace noisy.wav -o decisions.csv");
+  command->callback([options, &run] {
+    run = [options] {
+      return runJobs({options->job}, 1, options->quiet,
+                     std::bind_front(trace, std::cref(*options)));
+    };
+  });
 }
 
 }  // namespace arvessa::app

@@ -2,10 +2,9 @@
 #pragma once
 // The front end with a record of what it decided.
 
-#include <array>
 #include <deque>
 
-#include "front_end.h"
+#include "commands/front_end.h"
 
 namespace arvessa::app {
 
@@ -14,24 +13,25 @@ struct Decision {
   double inputLevel;  // dBFS
   int beam;
   int voice;
-  int gainIndex;
-  double gain;   // dB
-  double floor;  // dB
-  double meanSuppression;
+  int agcIndex;
+  double agcGain;          // dB
+  double floor;            // dB
+  double meanSuppression;  // dB
 };
 
-class TracedFrontEnd : public FrontEnd {
+class TracedFrontEnd : public FrameProcessor {
  public:
-  explicit TracedFrontEnd(bool swap) : FrontEnd({true, true, swap}) {}
+  explicit TracedFrontEnd(bool swap);
   void process(std::span<const Word16> in, std::size_t filled, std::span<Word16> out) override;
+  std::string beamShares() const { return frontEnd_.beamShares(); }
   // What was decided in the frame after the last that was asked for.
   Decision nextDecision();
 
  private:
-  void beforeFrame(const Word16* microphones) override;
+  double meanGainAhead(std::span<const Word16> in, std::size_t filled);
 
-  alignas(ArvessaState) std::array<std::byte, ARVESSA_WORK_BYTES> ahead_{};
-  double meanGain_ = 0;
+  FrontEnd frontEnd_;
+  FrontEnd beamformer_;  // without the engine; goes ahead by a frame on a copy of the state
   std::deque<Decision> decisions_;
 };
 
