@@ -59,7 +59,7 @@ bool saysNothing(std::int64_t size) {
   const auto isJustBelow = [size](std::int64_t limit) {
     return size <= limit && size >= limit - kMargin;
   };
-  return size < 0 || size >= std::int64_t{1} << 62 || isJustBelow(std::int64_t{1} << 31) ||
+  return size < 0 || size >= std::int64_t{1} << 60 || isJustBelow(std::int64_t{1} << 31) ||
          isJustBelow(std::int64_t{1} << 32);
 }
 

@@ -45,7 +45,10 @@ void addEnhance(CLI::App& app, Run& run) {
   addBatchOptions(*command, options->batch);
   auto* noEngine = command->add_flag_callback(
       "--no-engine", [options] { options->frontEnd.engine = false; }, "the beamformer alone");
-  command->add_flag("!--no-nr", options->frontEnd.noiseReduction, "AGC without noise reduction")
+  command
+      ->add_flag_callback(
+          "--no-nr", [options] { options->frontEnd.noiseReduction = false; },
+          "AGC without noise reduction")
       ->excludes(noEngine);
   command->add_flag("--swap", options->frontEnd.swap, "exchange the microphones");
   command->add_flag("--keep-delay", options->keepDelay,
