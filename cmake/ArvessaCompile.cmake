@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # How the project's code is compiled: arvessa_compile_options(TARGET) for everything that we write,
 # arvessa_numeric_options(TARGET) for everything that computes samples, and
 # arvessa_scalar_floats(SOURCE...) for the sources that do so in float.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Installation: headers, library, CMake package (find_package(Arvessa)) and pkg-config file.
 include(CMakePackageConfigHelpers)
 

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
 """Writes a talk with pauses in known places: the clip in two phrases, twice over, silence between.
 
 usage: demo_speech.py CLIP.wav TALK.wav

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""Draws the stored beams from the numbers that tools/beam_design computes.
+# SPDX-License-Identifier: Apache-2.0
+"""Draws the stored beams from the numbers that generators/beams computes.
 
 usage: plot_beam_patterns.py BEAM_DESIGN_PROGRAM PICTURE.png
 """

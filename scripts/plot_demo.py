@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
 """Draws the demonstration and says what was measured in it.
 
 The talk without noise tells where speech and pauses are; everything else is measured on the two

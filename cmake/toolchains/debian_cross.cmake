@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the toolchain files have in common: Debian's cross compilers, and QEMU's user emulation to
 # run what they build. A toolchain file sets, and then includes this one:
 #

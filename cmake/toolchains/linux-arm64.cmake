@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # ARMv8-A, 64-bit. It has fused multiply-add, which a compiler may use unless told not to.
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(ARVESSA_TRIPLET aarch64-linux-gnu)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # ARMv5TE: the DSP extension, no floating-point unit. Every float operation is a call into the
 # compiler's runtime. The emulated processor has no such unit either, and traps if one is used.
 set(CMAKE_SYSTEM_PROCESSOR armv5te)

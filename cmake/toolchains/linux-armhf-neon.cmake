@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # ARMv7-A with VFP and NEON, in Thumb code. NEON flushes denormal floats to zero here.
 set(CMAKE_SYSTEM_PROCESSOR armv7-a)
 set(ARVESSA_TRIPLET arm-linux-gnueabihf)

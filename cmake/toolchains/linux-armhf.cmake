@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # ARMv7-A with a VFP unit of 16 registers and without NEON, in Thumb code.
 set(CMAKE_SYSTEM_PROCESSOR armv7-a)
 set(ARVESSA_TRIPLET arm-linux-gnueabihf)

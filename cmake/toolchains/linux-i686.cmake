@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # 32-bit x86 with SSE2. Its older floating-point unit computes in 80 bits and is not used.
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(ARVESSA_TRIPLET i686-linux-gnu)

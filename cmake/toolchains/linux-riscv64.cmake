@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # RISC-V, 64-bit, with the general-purpose extensions, fused multiply-add among them.
 set(CMAKE_SYSTEM_PROCESSOR riscv64)
 set(ARVESSA_TRIPLET riscv64-linux-gnu)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # z/Architecture, 64-bit: the big-endian one.
 set(CMAKE_SYSTEM_PROCESSOR s390x)
 set(ARVESSA_TRIPLET s390x-linux-gnu)

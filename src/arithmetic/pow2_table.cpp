@@ -1,6 +1,6 @@
 #include "arithmetic/pow2_table.h"
 
-// Written by tools/tables/make_tables.py.
+// Written by generators/tables/make_tables.py.
 
 // clang-format off
 

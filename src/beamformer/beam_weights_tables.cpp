@@ -1,5 +1,5 @@
-// Weights of the three stored beams. Written by tools/beam_design, which holds the design; change
-// it there.
+// Weights of the three stored beams. Written by generators/beams, which holds the design;
+// change it there.
 //
 // Format: float, each value a decimal of five significant digits. W[s][k][m] is at s * 128 + 2k + m
 // for beam s = 0..2, bin k = 0..63 of the packed half spectrum and microphone m = 0..1.

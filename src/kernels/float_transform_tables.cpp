@@ -1,6 +1,6 @@
 #include "kernels/float_transform_tables.h"
 
-// Written by tools/tables/make_tables.py.
+// Written by generators/tables/make_tables.py.
 
 // clang-format off
 

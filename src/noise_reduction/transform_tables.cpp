@@ -1,6 +1,6 @@
 #include "noise_reduction/tables.h"
 
-// Written by tools/tables/make_tables.py.
+// Written by generators/tables/make_tables.py.
 
 // clang-format off
 

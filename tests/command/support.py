@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the tests of the command share: running it, and recordings as lists of samples."""
 
 import array

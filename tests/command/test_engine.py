@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 import unittest
 
 from support import SPEECH, CommandTest, lag, level, noise
@@ -43,8 +44,8 @@ class Engine(CommandTest):
         settled = slice(3 * len(speech), None)
         plain = level(self.engine("in.wav", "--no-agc")[settled])
         for table, most in ((2, 8.9), (4, 18.4)):
-            levelled = level(self.engine("in.wav", "--agc-table", table)[settled])
-            self.assertAlmostEqual(levelled - plain, most, delta=0.3, msg=table)
+            with_agc = level(self.engine("in.wav", "--agc-table", table)[settled])
+            self.assertAlmostEqual(with_agc - plain, most, delta=0.3, msg=table)
         self.assertEqual(self.engine("in.wav", "--agc-table", 3), self.engine("in.wav", "--agc-table", 4))
 
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 import os
 import resource
 import signal
@@ -72,6 +73,12 @@ class Failures(CommandTest):
             file.write(bytes([high, 0, 0, 0, 0]))
         self.run_command("engine", self.path("piped.flac"), "--no-nr", "--no-agc", "-o", self.path("out.wav"))
         self.assertEqual(self.content("out.wav"), self.content("good.wav"))
+        for size in (2**31 - 37, 2**31, 2**32 - 1):  # what writers to a pipe put there
+            with open(self.path("piped.wav"), "wb") as file:
+                good = self.content("good.wav")
+                file.write(good[:40] + size.to_bytes(4, "little") + good[44:])
+            self.run_command("engine", self.path("piped.wav"), "--no-nr", "--no-agc", "-o", self.path("out.wav"))
+            self.assertEqual(self.content("out.wav"), good)
 
     def test_wrong_usage(self):
         out = ["-o", self.path("out.wav")]

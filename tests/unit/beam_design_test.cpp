@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The committed weight table against the design that it comes from, and the design against physics:
 // plane waves and an isotropic field made here from nothing but the geometry.
-#include "beam_design.h"
+#include "beams/beam_design.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@
 #include <string>
 
 #include "beamformer/beam_weights_tables.h"
-#include "table_source.h"
+#include "beams/table_source.h"
 
 namespace {
 

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+// The subcommands. Each adds itself to the command line: what it can be asked for, with its
+// defaults, and, once the command line has asked for it, what is to be run, which returns the exit
+// code.
+
+#include <functional>
+
+namespace CLI {
+class App;
+}
+
+namespace arvessa::app {
+
+using Run = std::function<int()>;
+
+void addEnhance(CLI::App& app, Run& run);
+void addEngine(CLI::App& app, Run& run);
+void addScene(CLI::App& app, Run& run);
+void addTrace(CLI::App& app, Run& run);
+void addInfo(CLI::App& app, Run& run);
+
+}  // namespace arvessa::app

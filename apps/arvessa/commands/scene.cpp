@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+// arvessa scene: a two-microphone recording made of a mono one.
+#include "scene/scene.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <iostream>
+#include <memory>
+#include <vector>
+
+#include "audio_io/errors.h"
+#include "audio_io/file_format.h"
+#include "audio_io/level.h"
+#include "audio_io/open.h"
+#include "audio_io/pcm.h"
+#include "commands/commands.h"
+#include "commands/jobs.h"
+#include "commands/progress.h"
+#include "commands/text.h"
+
+namespace arvessa::app {
+namespace {
+
+struct Options {
+  SceneSettings scene;
+  std::string output;
+  bool quiet = false;
+};
+
+// Whether all of `text` is a number of the type of `value`.
+template <typename Number>
+bool parses(std::string_view text, Number& value) {
+  if (text.starts_with('+')) text.remove_prefix(1);
+  const auto [last, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc() && last == text.data() + text.size();
+}
+
+// A finite number; CLI::Range lets what is no number through.
+CLI::Validator within(double least, double most) {
+  const std::string range = fixed(least, 0) + " to " + fixed(most, 0);
+  return {[least, most, range](const std::string& text) {
+            double value = 0;
+            const bool fits = parses(text, value) && value >= least && value <= most;
+            return fits ? std::string() : text + " is not in the range " + range;
+          },
+          range};
+}
+
+// An integer without a sign below 2^64.
+std::string checkSeed(const std::string& text) {
+  std::uint64_t seed = 0;
+  return parses(text, seed) ? "" : text + " is not an integer from 0 to 2^64 - 1";
+}
+
+void write(const Scene& scene, const std::string& path) {
+  std::vector<Word16> interleaved;
+  for (std::size_t n = 0; n < scene.microphones[0].size(); ++n) {
+    for (const std::vector<float>& channel : scene.microphones) {
+      interleaved.push_back(toPcm(channel[n]));
+    }
+  }
+  const auto sink = openSink(path, scene.rate, 2);
+  sink->write(interleaved);
+  sink->finish();
+}
+
+std::string summary(const SceneSettings& settings, const Scene& scene) {
+  std::string text = "talker at " + fixed(settings.talker, 0) + " degrees, speech " +
+                     fixed(decibels(scene.speechPower), 1) + " dBFS";
+  if (settings.noise != "none") {
+    text += ", " + settings.noise + " noise " + fixed(decibels(scene.noisePower), 1) + " dBFS";
+  }
+  if (settings.noiseFrom) {
+    text += ", half of it from " + fixed(*settings.noiseFrom, 0) + " degrees";
+  }
+  if (scene.factor < 1) {
+    text += ", all scaled by " + fixed(20 * std::log10(scene.factor), 1) + " dB to fit";
+  }
+  return text;
+}
+
+int runScene(const Options& options) {
+  const Stopwatch stopwatch;
+  const SceneSettings& settings = options.scene;
+  checkWritableFormat(options.output);
+  if (settings.noise == "none" && settings.noiseFrom) {
+    throw UsageError("--noise-from needs a noise; --noise none has none");
+  }
+  std::vector<std::string> inputs = {settings.speech};
+  if (isRecordedNoise(settings.noise)) inputs.push_back(settings.noise);
+  checkIsNoInput(options.output, inputs);
+  Progress progress(1, options.quiet);
+  const Scene scene = makeScene(settings, std::ref(progress));
+  progress.clear();
+  write(scene, options.output);
+  if (options.quiet) return 0;
+  const double seconds = static_cast<double>(scene.microphones[0].size()) / scene.rate;
+  summariesBeside(options.output) << settings.speech << " -> " << options.output << ": "
+                                  << speedText(seconds, stopwatch.seconds()) << " at " << scene.rate
+                                  << " Hz, " << summary(settings, scene) << '\n';
+  return 0;
+}
+
+}  // namespace
+
+void addScene(CLI::App& app, Run& run) {
+  auto options = std::make_shared<Options>();
+  SceneSettings& settings = options->scene;
+  CLI::App* command = app.add_subcommand(
+      "scene", "A two-microphone recording of a talker in noise out of a mono one");
+  command->add_option("SPEECH", settings.speech, "mono recording of the talker")->required();
+  command->add_option("-o,--output", options->output, "file to write, - for raw standard output")
+      ->required();
+  command->add_option("--talker", settings.talker, "direction of the talker, degrees")
+      ->check(within(-360, 360))
+      ->capture_default_str();
+  command
+      ->add_option("--noise", settings.noise,
+                   "fan, white, babble (made of the speech), none, or a recording")
+      ->capture_default_str();
+  command
+      ->add_option("--noise-from", settings.noiseFrom,
+                   "direction of a point source that adds as much noise again, degrees")
+      ->check(within(-360, 360));
+  command->add_option("--snr", settings.snr, "signal-to-noise ratio, dB")
+      ->check(within(-100, 100))
+      ->capture_default_str();
+  command->add_option("--seed", settings.seed, "same seed, same noise")
+      ->check(CLI::Validator(checkSeed, "UINT"))
+      ->capture_default_str();
+  command->add_option("--rate", settings.rate, "rate to write, Hz; by default the speech's")
+      ->check(CLI::Range(1000, 192000));
+  command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
+  command->footer(
+      "The microphones are 138.5 mm apart: 0 degrees is beyond microphone 2, 90 degrees in front,\n"
+      "180 degrees beyond microphone 1. The noise comes from all around. The signal-to-noise "
+      "ratio\n"
+      "is that of the speech without its pauses to all of the noise, at microphone 1.\n\n"
+      "Examples:\n"
+      "  arvessa scene speech.wav --talker 0 --noise babble --snr 5 -o noisy.wav\n"
+      "  arvessa scene speech.wav --noise fan --noise-from 180 --seed 7 --rate 8000 -o noisy.flac");
+  command->callback([options, &run] { run = [options] { return runScene(*options); }; });
+}
+
+}  // namespace arvessa::app

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+// A two-microphone recording of a talker in noise, made of a mono recording.
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "scene/sound_field.h"
+
+namespace arvessa::app {
+
+struct SceneSettings {
+  std::string speech;               // mono recording of the talker
+  double talker = 90;               // direction, degrees
+  std::string noise = "fan";        // fan, white, babble, none, or a recording
+  std::optional<double> noiseFrom;  // direction of a point source of as much noise again, degrees
+  double snr = 5;                   // dB, of the speech without its pauses to all of the noise
+  std::uint64_t seed = 1;
+  std::optional<int> rate;  // Hz; by default the speech's
+};
+
+struct Scene {
+  TwoChannels microphones;
+  int rate = 0;            // Hz
+  double speechPower = 0;  // both at microphone 1, before `factor`
+  double noisePower = 0;
+  double factor = 1;  // by which all was scaled down so that nothing clips
+};
+
+// Whether the noise of this name is read from a file.
+bool isRecordedNoise(const std::string& noise);
+
+// `advance` is told of every step, as a share of the whole.
+Scene makeScene(const SceneSettings& settings, const std::function<void(double)>& advance);
+
+}  // namespace arvessa::app
