@@ -43,8 +43,8 @@ void WVQE_MainProcess(const Word16* in, WvqeState* state, int /*N*/, int /*K*/, 
   using namespace arvessa;
   const Rate& rate = kRates[rateCode & (kRateCodes - 1)];
   NoObserver nobody;
-  const bool voice = reduceNoise(rate, nrEnable == 1, view(in, rate.samples),
-                                 state->noiseReduction, view(out, rate.samples), nobody);
+  const bool voice = reduceNoise(rate, nrEnable == 1, view(in, rate.samples), state->noiseReduction,
+                                 view(out, rate.samples), nobody);
   state->agc.vadFlag = voice ? 1 : 0;
 }
 

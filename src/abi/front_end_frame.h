@@ -11,8 +11,7 @@ namespace arvessa {
 
 // As Arvessa; an observer sees the stages of the engine's noise reduction.
 template <class Observer>
-intptr_t frontEndFrame(const Word16* in, Word16* out, const ArvessaConfig* cfg,
-                       Observer& observe) {
+intptr_t frontEndFrame(const Word16* in, Word16* out, const ArvessaConfig* cfg, Observer& observe) {
   if (in == nullptr || out == nullptr || cfg == nullptr || cfg->pWork == nullptr ||
       !isAligned(cfg->pWork) || !isAligned(in) || !isAligned(out)) {
     return -1;

@@ -73,8 +73,8 @@ void ramp(std::span<const Word16> x, std::span<Word16> y, Word32 from, Word32 to
 
 void initialise(AgcState& state) { state = {100000000, 100000000, 10, 0, 0}; }
 
-void controlGain(AgcState& state, std::span<const Word32, kGains> table,
-                 std::span<const Word16> x, std::span<Word16> y) {
+void controlGain(AgcState& state, std::span<const Word32, kGains> table, std::span<const Word16> x,
+                 std::span<Word16> y) {
   const Layout layout = layoutOf(x.size());
   Word32 peakOf[kMaxSubframes];
   const auto peaks = std::span(peakOf).first(layout.subframes);

@@ -12,10 +12,10 @@ namespace arvessa {
 inline constexpr int kGains = 32;
 
 struct AgcState {
-  Word32 agcEnvFast;    // peak-hold envelope of the subframe power
-  Word32 agcEnvSlow;    // slow envelope of the subframe power
-  Word16 agcGainIdx;    // index of the gain in force
-  Word16 vadFlag;       // 1 while the frame carries voice: what the noise reduction has found
+  Word32 agcEnvFast;         // peak-hold envelope of the subframe power
+  Word32 agcEnvSlow;         // slow envelope of the subframe power
+  Word16 agcGainIdx;         // index of the gain in force
+  Word16 vadFlag;            // 1 while the frame carries voice: what the noise reduction has found
   std::uint16_t agcUpCount;  // voice frames that asked for more gain
 };
 
@@ -23,8 +23,8 @@ void initialise(AgcState& state);
 
 // One frame of 80, 160, 320 or 480 samples of Q15. `table`: 32 gains in Q16 by headroom in bits of
 // power. `y` may be `x`.
-void controlGain(AgcState& state, std::span<const Word32, kGains> table,
-                 std::span<const Word16> x, std::span<Word16> y);
+void controlGain(AgcState& state, std::span<const Word32, kGains> table, std::span<const Word16> x,
+                 std::span<Word16> y);
 
 // Leading zero bits of v read as unsigned; 0 for 0.
 Word16 leadingZeros(Word32 v);

@@ -30,10 +30,10 @@ inline constexpr int kBands = 24;  // of the filterbank, at every rate
 
 // A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15.
 struct TransformTables {
-  int points;                         // N: 64, 128 or 256
-  int stages;                         // log2 N - 1, those after the first
-  const Word16* twiddles;             // N pairs, t = pi j / N
-  const Word16* rearranged;           // the pairs of all stages but the first in the order of their use
+  int points;                // N: 64, 128 or 256
+  int stages;                // log2 N - 1, those after the first
+  const Word16* twiddles;    // N pairs, t = pi j / N
+  const Word16* rearranged;  // the pairs of all stages but the first in the order of their use
   const unsigned char* reversedBits;  // of a byte, 256 entries
 };
 
@@ -82,7 +82,8 @@ struct Plain {
   static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
 
   // The 24 sums of the bins' shares, saturating in the order of the bins.
-  static void sumIntoBands(ConstBlock bins, const Filterbank& bank, std::span<Word32, kBands> bands);
+  static void sumIntoBands(ConstBlock bins, const Filterbank& bank,
+                           std::span<Word32, kBands> bands);
 
   // The weighted sum of a bin's two bands, Q15, floored.
   static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
@@ -93,7 +94,8 @@ struct Plain {
   static UsedBits smoothPower(Block smooth, ConstBlock power);
 
   // active[k] = 1 if 0.31 smooth[k] exceeds minimum[k] by more than 20, else 0.
-  static void findActiveBins(ConstBlock smooth, ConstBlock minimum, std::span<unsigned char> active);
+  static void findActiveBins(ConstBlock smooth, ConstBlock minimum,
+                             std::span<unsigned char> active);
 
   // The saturating sum of the words in their order.
   static Word32 sum(ConstBlock words);
@@ -140,7 +142,8 @@ struct Portable : Plain {
   static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                                std::span<Word32> out);
   static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
-  static void sumIntoBands(ConstBlock bins, const Filterbank& bank, std::span<Word32, kBands> bands);
+  static void sumIntoBands(ConstBlock bins, const Filterbank& bank,
+                           std::span<Word32, kBands> bands);
   static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                            std::span<Word16> bins);
   static UsedBits smoothPower(Block smooth, ConstBlock power);
@@ -165,11 +168,13 @@ struct Vector : Portable {
   static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                                std::span<Word32> out);
   static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
-  static void sumIntoBands(ConstBlock bins, const Filterbank& bank, std::span<Word32, kBands> bands);
+  static void sumIntoBands(ConstBlock bins, const Filterbank& bank,
+                           std::span<Word32, kBands> bands);
   static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                            std::span<Word16> bins);
   static UsedBits smoothPower(Block smooth, ConstBlock power);
-  static void findActiveBins(ConstBlock smooth, ConstBlock minimum, std::span<unsigned char> active);
+  static void findActiveBins(ConstBlock smooth, ConstBlock minimum,
+                             std::span<unsigned char> active);
   static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
                               Word16 alpha);
   static void scaleBins(Block spectrum, std::span<const Word16> gains);

@@ -70,8 +70,7 @@ UsedBits Plain::powers(std::span<const Word32> spectrum, std::span<Word32> power
   return usedBits(power);
 }
 
-void Plain::sumIntoBands(ConstBlock bins, const Filterbank& bank,
-                         std::span<Word32, kBands> bands) {
+void Plain::sumIntoBands(ConstBlock bins, const Filterbank& bank, std::span<Word32, kBands> bands) {
   std::fill(bands.begin(), bands.end(), 0);
   for (std::size_t k = 0; k < bins.words.size(); ++k) {
     Word32& lower = bands[static_cast<std::size_t>(bank.lower[k])];

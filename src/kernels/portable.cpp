@@ -35,8 +35,7 @@ UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32>
   return doubled(x.bits) | usedBits(out[0]);
 }
 
-UsedBits Portable::forwardTransform(Block x, const TransformTables& tables,
-                                    std::span<Word32> out) {
+UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
   if (!hasForwardHeadroom(x.bits)) return Plain::forwardTransform(x, tables, out);
   realTransform<Scalar<Unsaturated>>(x.words.data(), out.data(), tables);
   return boundOfSpectrum(x.bits);
@@ -92,8 +91,8 @@ void Portable::spreadToBins(std::span<const Word16, kBands> bands, const Filterb
   }
   const Word16* const gains = bands.data();
   for (std::size_t k = 0; k < bins.size(); ++k) {
-    const Word32 sum = gains[bank.lower[k]] * bank.lowerWeight[k] +
-                       gains[bank.upper[k]] * bank.upperWeight[k];
+    const Word32 sum =
+        gains[bank.lower[k]] * bank.lowerWeight[k] + gains[bank.upper[k]] * bank.upperWeight[k];
     bins[k] = saturate16(sum >> 15);
   }
 }

@@ -2,11 +2,13 @@
 
 namespace arvessa::kernels {
 
-void SoftwareFloat::forwardTransform(std::span<const float, kFloatBlock> block, HalfSpectrum& spectrum) {
+void SoftwareFloat::forwardTransform(std::span<const float, kFloatBlock> block,
+                                     HalfSpectrum& spectrum) {
   splitForward<true>(block, spectrum);
 }
 
-void SoftwareFloat::inverseTransform(const HalfSpectrum& spectrum, std::span<float, kFloatBlock> block) {
+void SoftwareFloat::inverseTransform(const HalfSpectrum& spectrum,
+                                     std::span<float, kFloatBlock> block) {
   splitInverse<true>(spectrum, block);
 }
 

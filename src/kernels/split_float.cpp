@@ -2,11 +2,13 @@
 
 namespace arvessa::kernels {
 
-void SplitFloat::forwardTransform(std::span<const float, kFloatBlock> block, HalfSpectrum& spectrum) {
+void SplitFloat::forwardTransform(std::span<const float, kFloatBlock> block,
+                                  HalfSpectrum& spectrum) {
   splitForward<false>(block, spectrum);
 }
 
-void SplitFloat::inverseTransform(const HalfSpectrum& spectrum, std::span<float, kFloatBlock> block) {
+void SplitFloat::inverseTransform(const HalfSpectrum& spectrum,
+                                  std::span<float, kFloatBlock> block) {
   splitInverse<false>(spectrum, block);
 }
 

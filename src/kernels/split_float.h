@@ -48,8 +48,8 @@ inline void quarters(HalfSpectrum& block, int upper, int lower, int angle) {
     sine[i] = kTwiddleSine[angle];
   }
   butterflies<kInverse, kSoftware>(block.re + upper * kQuarter, block.im + upper * kQuarter,
-                        block.re + lower * kQuarter, block.im + lower * kQuarter, cosine, sine,
-                        kQuarter);
+                                   block.re + lower * kQuarter, block.im + lower * kQuarter, cosine,
+                                   sine, kQuarter);
 }
 
 // In bit-reversed order, place 4 a + b holds the element 16 rev(b) + rev(a): the first two stages,
@@ -76,8 +76,9 @@ void transform(HalfSpectrum& block) {
   const float* sine = kStageSine;
   for (int span = 4; span < kFloatBins; span *= 2) {
     for (int group = 0; group < kFloatBins; group += 2 * span) {
-      butterflies<kInverse, kSoftware>(ordered.re + group, ordered.im + group, ordered.re + group + span,
-                            ordered.im + group + span, cosine, sine, span);
+      butterflies<kInverse, kSoftware>(ordered.re + group, ordered.im + group,
+                                       ordered.re + group + span, ordered.im + group + span, cosine,
+                                       sine, span);
     }
     cosine += span;
     sine += span;
@@ -129,9 +130,11 @@ inline ComplexFloat middleBin(float re, float im) {
   const float g = kInverse ? -(im + im) : im + im;
   const float h = kInverse ? -(re - re) : re - re;
   if constexpr (kInverse) {
-    return {half<kSoftware>(a + (g * cosine - h * sine)), -half<kSoftware>(b + (h * cosine + g * sine))};
+    return {half<kSoftware>(a + (g * cosine - h * sine)),
+            -half<kSoftware>(b + (h * cosine + g * sine))};
   }
-  return {half<kSoftware>(a + (g * cosine + h * sine)), half<kSoftware>((g * sine - h * cosine) - b)};
+  return {half<kSoftware>(a + (g * cosine + h * sine)),
+          half<kSoftware>((g * sine - h * cosine) - b)};
 }
 
 template <bool kInverse, bool kSoftware>

@@ -140,9 +140,8 @@ void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterban
   const Word16* const upperWeight = bank.upperWeight.data();
   Word16* const out = bins.data();
   for (std::size_t k = 0; k < bins.size(); k += 4) {
-    const Words sum =
-        sumOfProducts(gatherHalves(gains, lower + k), loadHalves(lowerWeight + k),
-                      gatherHalves(gains, upper + k), loadHalves(upperWeight + k));
+    const Words sum = sumOfProducts(gatherHalves(gains, lower + k), loadHalves(lowerWeight + k),
+                                    gatherHalves(gains, upper + k), loadHalves(upperWeight + k));
     storeSaturated(out + k, sum >> 15);
   }
 }

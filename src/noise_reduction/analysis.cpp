@@ -47,8 +47,7 @@ Block framed(const Geometry& geometry, ConstBlock frame, Word16 scaleChange,
   } else {
     for (std::size_t i = 0; i < history; ++i) past[i] = lShl(memory.history[i], scaleChange);
   }
-  const UsedBits freshBits =
-      Kernels::preemphasise(frame, lShl(memory.last, scaleChange), fresh);
+  const UsedBits freshBits = Kernels::preemphasise(frame, lShl(memory.last, scaleChange), fresh);
   memory.last = frame.words.back();
   std::fill(time.begin() + static_cast<std::ptrdiff_t>(windowed.size()), time.end(), 0);
   std::copy(windowed.end() - static_cast<std::ptrdiff_t>(history), windowed.end(),

@@ -11,13 +11,13 @@ using kernels::kBands;
 using kernels::kFilterOrder;
 using kernels::kMaxLowFrame;
 
-inline constexpr int kMaxBins = 256;            // at 32 kHz
-inline constexpr int kMaxFrame = 320;           // samples through the spectral chain, at 32 kHz
-inline constexpr int kMaxTransform = 512;       // words of a block, at 32 kHz
-inline constexpr int kMaxHistory = 96;          // at 32 kHz
-inline constexpr int kMaxOverlap = 192;         // at 32 kHz
-inline constexpr int kMaxFullbandFrame = 480;   // at 48 kHz
-inline constexpr int kUpperBandHistory = 144;   // samples by which the upper band lags its frame
+inline constexpr int kMaxBins = 256;           // at 32 kHz
+inline constexpr int kMaxFrame = 320;          // samples through the spectral chain, at 32 kHz
+inline constexpr int kMaxTransform = 512;      // words of a block, at 32 kHz
+inline constexpr int kMaxHistory = 96;         // at 32 kHz
+inline constexpr int kMaxOverlap = 192;        // at 32 kHz
+inline constexpr int kMaxFullbandFrame = 480;  // at 48 kHz
+inline constexpr int kUpperBandHistory = 144;  // samples by which the upper band lags its frame
 inline constexpr int kUpperBandDelay = kMaxFullbandFrame + kUpperBandHistory;
 
 // The spectral chain: N new samples, K bins (real transform of 2K points), H history samples, by which

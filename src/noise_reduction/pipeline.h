@@ -80,8 +80,8 @@ ReducedFrame runSpectralChain(const Geometry& geometry, ChainSwitches switches,
                  std::span(powerWords).first(bins), bandPower});
     observe(Analysed{in, analysis.spectrum, analysis.power, bandPower});
     spectrum = analysis.spectrum;
-    estimate = estimateNoise(analysis.power, state.frameCountSat,
-                             noiseMemory(state, geometry.bins), std::span(active).first(bins));
+    estimate = estimateNoise(analysis.power, state.frameCountSat, noiseMemory(state, geometry.bins),
+                             std::span(active).first(bins));
   }
 
   Word16 meanGain = kMax16;

@@ -8,8 +8,7 @@
 namespace arvessa {
 
 void estimateSnr(const BandPowers& power, bool firstFrame,
-                 std::span<Word32, kernels::kBands> speech,
-                 const BasicBandSnrs<Word16>& snr) {
+                 std::span<Word32, kernels::kBands> speech, const BasicBandSnrs<Word16>& snr) {
   constexpr Word16 kUnity = 256;          // 1.0 in Q8
   constexpr Word16 kCeiling = 25600;      // 100 in Q8, 20 dB
   constexpr Word16 kWeightRange = 29164;  // 0.89 in Q15

@@ -51,8 +51,7 @@ Word16 amplitudeOfDepth(Word16 dB) {
 
 }  // namespace
 
-Word32 smoothPriorSnr(std::span<const Word16, kBands> priorSnr,
-                      std::span<Word16, kBands> smooth) {
+Word32 smoothPriorSnr(std::span<const Word16, kBands> priorSnr, std::span<Word16, kBands> smooth) {
   Word32 sum = 0;
   for (std::size_t b = 0; b < kBands; ++b) {
     // 0.7 and 0.3 in Q15.

@@ -8,8 +8,8 @@
 
 #include "Arvessa.h"
 #include "Vorn.h"
-#include "interface/android_log.h"
-#include "interface/work_buffer.h"
+#include "abi/android_log.h"
+#include "abi/work_buffer.h"
 #include "reference/arvessa.h"
 #include "support/signals.h"
 
@@ -104,7 +104,7 @@ TEST(ArvessaInit, EqualsTheReferenceAndWritesNothingBeyond) {
     ASSERT_EQ(Arvessa_Init(&cfg), 0);
     const ArvessaState& state = work.state();
     EXPECT_EQ(std::memcmp(&state.engine, &want->engine, sizeof state.engine), 0);
-    EXPECT_EQ(state.beamConfirm, want->beamConfirm);
+    EXPECT_EQ(state.beamformer.beamConfirm, want->beamConfirm);
     VornConfig* engine = vornConfigIn(&work.state());
     const VornConfig settings = {work.data(), VORN_STATE_BYTES, VORN_CHECK_VALUE, 0, 1, 0, 4};
     EXPECT_EQ(std::memcmp(engine, &settings, offsetof(VornConfig, agcTableSel) + 1), 0);
@@ -113,7 +113,7 @@ TEST(ArvessaInit, EqualsTheReferenceAndWritesNothingBeyond) {
     // All else is zero.
     ASSERT_EQ(Arvessa_Init(&cfg), 0);
     work.state().engine = {};
-    work.state().beamConfirm = 0;
+    work.state().beamformer.beamConfirm = 0;
     std::memset(engine, 0, sizeof *engine);
     const auto* bytes = static_cast<const unsigned char*>(work.data());
     EXPECT_EQ(std::count(bytes, bytes + ARVESSA_WORK_BYTES, 0), ARVESSA_WORK_BYTES);
@@ -171,8 +171,8 @@ TEST(ArvessaFrame, EngineRefusalKeepsTheBeamAndTheCount) {
   alignas(4) Word16 out[80] = {};
   std::fill(in, in + 160, 1000);
   EXPECT_EQ(Arvessa(in, out, &cfg), -1);
-  EXPECT_EQ(work.state().frameCount, 0U);
-  EXPECT_EQ(work.state().mic1History[23], 1000);
+  EXPECT_EQ(work.state().beamformer.frameCount, 0U);
+  EXPECT_EQ(work.state().beamformer.mic1History[23], 1000);
   Guarded beamWork(ARVESSA_WORK_BYTES, 0, 0x00);
   ArvessaConfig beamAlone = frontEnd(beamWork, 1, 0);
   alignas(4) Word16 beam[80];
@@ -181,7 +181,7 @@ TEST(ArvessaFrame, EngineRefusalKeepsTheBeamAndTheCount) {
   ASSERT_EQ(Arvessa_Init(&cfg), 0);
   vornConfigIn(&work.state())->agcTableSel = 5;
   EXPECT_EQ(Arvessa(in, out, &cfg), -2);
-  EXPECT_EQ(work.state().frameCount, 0U);
+  EXPECT_EQ(work.state().beamformer.frameCount, 0U);
 }
 
 // Started without the engine, its gain control stays off; without suppression it passes the frame.
@@ -193,7 +193,7 @@ TEST(ArvessaFrame, EngineCanBeSwitchedOnLater) {
     ASSERT_EQ(Arvessa_Init(&cfg), 0);
     cfg.engineEnable = static_cast<uint8_t>(i);
     out[i] = run(cfg, 10);
-    EXPECT_EQ(works[i].state().engine.frameCountSat, 10 * i);
+    EXPECT_EQ(works[i].state().engine.noiseReduction.frameCountSat, 10 * i);
   }
   EXPECT_EQ(out[0], out[1]);
 }

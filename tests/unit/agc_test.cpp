@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The automatic gain control against the reference, and the timing of its gain.
-#include "agc/agc.h"
-
 #include "reference/agc.h"
+
+#include "agc/agc_tables.h"
 #include "unit/stages.h"
 
 namespace arvessa::test {
@@ -15,8 +15,8 @@ TEST(Agc, EqualsTheReference) {
     for (int round = 0; round < 1000; ++round) {
       SCOPED_TRACE(testing::Message() << "kind " << kind << ' ' << round);
       States s(random);
-      if (kind == kSilence) s.library.agcEnvFast = s.library.agcEnvSlow = 0;
-      if (kind == kAnyVoiceFlag) s.library.vadFlag = random.from(-2, 2);
+      if (kind == kSilence) s.library.agc.agcEnvFast = s.library.agc.agcEnvSlow = 0;
+      if (kind == kAnyVoiceFlag) s.library.agc.vadFlag = random.from(-2, 2);
       s.copy();
       const auto rate = static_cast<Word16>(round % 6 - 1);  // -1 and 4: refused, nothing written
       Word16 x[480] = {};
@@ -49,21 +49,21 @@ TEST(Agc, WaitsBeforeTheGainRises) {
       Word16 x[80];
       Word16 y[80];
       for (int n = 0; n < 80; ++n) x[n] = n % 2 == 0 ? level : -level;
-      state.vadFlag = static_cast<Word16>(voice);
+      state.agc.vadFlag = static_cast<Word16>(voice);
       VED_AGC_Process(&state, x, WVQE_AGC_GAIN_TABLE_15_9, 0, y);
     }
-    return state.agcGainIdx;
+    return state.agc.agcGainIdx;
   };
   EXPECT_EQ(run(32767, 0, 1), 10);
   EXPECT_EQ(run(32767, 1, 1), 2);
-  state.agcEnvFast = state.agcEnvSlow = 1000000;  // headroom 12
+  state.agc.agcEnvFast = state.agc.agcEnvSlow = 1000000;  // headroom 12
   EXPECT_EQ(run(500, 1, 200), 2);
-  EXPECT_EQ(state.agcUpCount, 200);
+  EXPECT_EQ(state.agc.agcUpCount, 200);
   EXPECT_EQ(run(500, 0, 50), 2) << "frames without voice do not count";
   EXPECT_GT(run(500, 1, 1), 2);
-  state.agcUpCount = 150;
+  state.agc.agcUpCount = 150;
   run(32767, 1, 1);
-  EXPECT_EQ(state.agcUpCount, 0);
+  EXPECT_EQ(state.agc.agcUpCount, 0);
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Analysis, filterbank and output filter against the reference on random frames and states, far from
 // the usual operating point included.
-#include "engine/analysis.h"
 
-#include "engine/nr_pipeline.h"
 #include "unit/stages.h"
 
 namespace arvessa::test {
@@ -17,7 +15,7 @@ TEST(Analysis, EqualsTheReference) {
     SCOPED_TRACE(round);
     States s(random);
     const auto rateCode = static_cast<Word16>(round % 4);
-    const Geometry g = kGeometry[rateCode == 3 ? 1 : rateCode];
+    const Geometry g = geometryOf(kRates[rateCode].sizeCode);
     const Bank b = bankOf(g.bins);
     Both<Word32, 320> in;
     Both<Word32, 256> power;
@@ -50,7 +48,7 @@ TEST(Analysis, PowersAndBlocksWithoutHeadroomEqualTheReference) {
     SCOPED_TRACE(round);
     States s(random);
     const auto sizeCode = static_cast<Word16>(round % 3);
-    const int bins = kGeometry[sizeCode].bins;
+    const int bins = geometryOf(sizeCode).bins;
     Word32 words[512];
     random.fill(words, 512, 31);
     words[6] = kMin;  // a power of exactly 2^31
@@ -61,8 +59,8 @@ TEST(Analysis, PowersAndBlocksWithoutHeadroomEqualTheReference) {
     power.expectSame("power", bins);
     Both<Word32, 512> time;
     const Word16 d = random.from(-40, 39);
-    VORN_WVQE_Analysis1_ASM(time.library, words, s.library.anaHistory, d, &s.library.anaMem,
-                            sizeCode);
+    VORN_WVQE_Analysis1_ASM(time.library, words, s.library.noiseReduction.anaHistory, d,
+                            &s.library.noiseReduction.anaMem, sizeCode);
     reference::VORN_WVQE_Analysis1_ASM(time.wanted, words, s.wanted.anaHistory, d, &s.wanted.anaMem,
                                        sizeCode);
     time.expectSame("block", 2 * bins);
@@ -122,19 +120,19 @@ TEST(OutputFilter, EqualsTheReference) {
   for (const bool quietBeginning : {false, true}) {  // what saturates comes later
     for (int round = 0; round < 500; ++round) {
       SCOPED_TRACE(testing::Message() << quietBeginning << ' ' << round);
-      const Geometry g = kGeometry[round % 3];
+      const Geometry g = geometryOf(round % 3);
       States s(random);
       Both<Word32, 512> time;
       const int bits = 16 + random.below(16);
       int n = 0;
       time.set([&] { return random.wordOf(quietBeginning && n++ < 80 ? 20 : bits); });
       if (quietBeginning) {
-        std::fill_n(s.library.olaBuffer, 192, 0);
+        std::fill_n(s.library.noiseReduction.olaBuffer, 192, 0);
         s.copy();
       }
       Both<Word16, 320> out;
-      VORN_WVQE_MainProcess_ASM(s.library.olaBuffer, time.library, &s.library.deemphMem,
-                                out.library, g.frame, g.bins);
+      VORN_WVQE_MainProcess_ASM(s.library.noiseReduction.olaBuffer, time.library,
+                                &s.library.noiseReduction.deemphMem, out.library, g.frame, g.bins);
       reference::VORN_WVQE_MainProcess_ASM(s.wanted.olaBuffer, time.wanted, &s.wanted.deemphMem,
                                            out.wanted, g.frame, g.bins);
       out.expectSame("out", g.frame);

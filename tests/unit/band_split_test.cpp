@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The band split at 48 kHz against the reference, memories carried on from frame to frame.
-#include "engine/band_split.h"
 
 #include "unit/stages.h"
 
@@ -15,7 +14,9 @@ TEST(BandSplit, EqualsTheReference) {
     for (int round = 0; round < 15; ++round) {
       SCOPED_TRACE(testing::Message() << "kind " << kind << ' ' << round);
       if (kind == kWildMemories) {  // far beyond what the filters produce
-        for (Word32* memory : {s.library.splitLpfY, s.library.splitHpfY, s.library.synLpfY}) {
+        for (Word32* memory :
+             {s.library.noiseReduction.splitLpfY, s.library.noiseReduction.splitHpfY,
+              s.library.noiseReduction.synLpfY}) {
           std::generate(memory, memory + 10, [&] { return random.word32(); });
         }
         s.copy();
@@ -25,15 +26,17 @@ TEST(BandSplit, EqualsTheReference) {
       const int bits = random.below(16);
       for (Word16& x : in) x = random.wordOf(bits);
       Both<Word16, 600> low, high, out;
-      AEC_Split_Ne(in, low.library, high.library, n, s.library.splitLpfX, s.library.splitLpfY,
-                   s.library.splitHpfX, s.library.splitHpfY);
+      AEC_Split_Ne(in, low.library, high.library, n, s.library.noiseReduction.splitLpfX,
+                   s.library.noiseReduction.splitLpfY, s.library.noiseReduction.splitHpfX,
+                   s.library.noiseReduction.splitHpfY);
       reference::AEC_Split_Ne(in, low.wanted, high.wanted, n, s.wanted.splitLpfX,
                               s.wanted.splitLpfY, s.wanted.splitHpfX, s.wanted.splitHpfY);
       low.expectSame("low");
       high.expectSame("high");
       if (n <= 160) {  // in place
         std::copy(low.library, low.library + n, out.library);
-        AEC_Syn_Ne(out.library, high.library, out.library, n, s.library.synLpfX, s.library.synLpfY);
+        AEC_Syn_Ne(out.library, high.library, out.library, n, s.library.noiseReduction.synLpfX,
+                   s.library.noiseReduction.synLpfY);
         reference::AEC_Syn_Ne(low.wanted, high.wanted, out.wanted, n, s.wanted.synLpfX,
                               s.wanted.synLpfY);
         out.expectSame("out", 3 * n);

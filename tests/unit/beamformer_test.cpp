@@ -5,13 +5,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "beamformer/mvdr_beamformer.h"
+#include "abi/exported_beamformer.h"
+#include "abi/work_buffer.h"
 #include "support/support.h"
 
 namespace arvessa::test {
 namespace {
 
-void expectSameBeams(const ArvessaState& got, const reference::ArvessaState& want) {
+void expectSameBeams(const BeamformerState& got, const reference::ArvessaState& want) {
   expectSameArray(got.beamOverlap, want.beamOverlap, "beamOverlap");
   expectSameArray(got.beamEnergy, want.beamEnergy, "beamEnergy");
   EXPECT_EQ(got.beamSelected, want.beamSelected);
@@ -24,9 +25,9 @@ TEST(Beamformer, EqualsTheReference) {
   Random random(30);
   ArvessaState state{};
   reference::ArvessaState wanted{};
-  for (; state.frameCount < 2000; ++state.frameCount) {
-    wanted.frameCount = state.frameCount;
-    SCOPED_TRACE(state.frameCount);
+  for (; state.beamformer.frameCount < 2000; ++state.beamformer.frameCount) {
+    wanted.frameCount = state.beamformer.frameCount;
+    SCOPED_TRACE(state.beamformer.frameCount);
     const Kind kinds[] = {kNoise, kNoise, kQuietNoise, kQuietNoise, kHighest, kLowest};
     const Kind kind = kinds[random.below(6)];
     const int shift = kind == kQuietNoise ? random.below(16) : 0;
@@ -38,7 +39,7 @@ TEST(Beamformer, EqualsTheReference) {
     MVDR_BeamForming(frame, got, &state);
     reference::MVDR_BeamForming(frame, want, &wanted);
     expectSameArray(got, want, "out");
-    expectSameBeams(state, wanted);
+    expectSameBeams(state.beamformer, wanted);
     if (HasFailure()) return;
   }
 }
@@ -49,12 +50,12 @@ const Word16 kSilence[256] = {};
 class Decisions : public testing::Test {
  protected:
   int decide(std::uint32_t count, const std::array<float, 3>& energies) {
-    state_.frameCount = count;
-    std::copy(energies.begin(), energies.end(), state_.beamEnergy);
+    state_.beamformer.frameCount = count;
+    std::copy(energies.begin(), energies.end(), state_.beamformer.beamEnergy);
     Word16 out[80];
     MVDR_BeamForming(kSilence, out, &state_);
-    EXPECT_EQ(std::count(state_.beamEnergy, state_.beamEnergy + 3, 0.0F), 3);
-    return state_.beamSelected;
+    EXPECT_EQ(std::count(state_.beamformer.beamEnergy, state_.beamformer.beamEnergy + 3, 0.0F), 3);
+    return state_.beamformer.beamSelected;
   }
   int decide(std::uint32_t count, int winner) {
     std::array<float, 3> energies{};
@@ -68,7 +69,7 @@ TEST_F(Decisions, ImmediateInTheFirst64FramesThenConfirmed) {
   EXPECT_EQ(decide(15, 1), 1);
   EXPECT_EQ(decide(31, 2), 2);
   EXPECT_EQ(decide(63, 1), 1);
-  EXPECT_EQ(state_.beamPending, 0) << "untouched so far";
+  EXPECT_EQ(state_.beamformer.beamPending, 0) << "untouched so far";
   EXPECT_EQ(decide(79, 0), 0) << "beam 0 has been pending since the start";
   EXPECT_EQ(decide(95, 1), 0);
   EXPECT_EQ(decide(111, 2), 0) << "alternating winners never replace a beam";
@@ -81,21 +82,21 @@ TEST_F(Decisions, EqualTheReferenceWithAnyConfirmationCount) {
   for (const int confirm : {-3, 0, 1, 2, 5}) {
     for (int winner = 0; winner < 3; ++winner) {
       reference::ArvessaState wanted{};
-      state_.beamSelected = wanted.beamSelected = 1;
-      state_.beamPending = wanted.beamPending = 2;
-      state_.beamConfirm = wanted.beamConfirm = static_cast<Word16>(confirm);
+      state_.beamformer.beamSelected = wanted.beamSelected = 1;
+      state_.beamformer.beamPending = wanted.beamPending = 2;
+      state_.beamformer.beamConfirm = wanted.beamConfirm = static_cast<Word16>(confirm);
       wanted.frameCount = 79;
       wanted.beamEnergy[winner] = 1.0F;
       Word16 out[80];
       reference::MVDR_BeamForming(kSilence, out, &wanted);
       decide(79, winner);
-      expectSameBeams(state_, wanted);
+      expectSameBeams(state_.beamformer, wanted);
     }
   }
 }
 
 TEST_F(Decisions, TieGoesToTheLowerIndex) {
-  state_.beamSelected = 2;
+  state_.beamformer.beamSelected = 2;
   EXPECT_EQ(decide(15, {1, 1, 1}), 0);
   EXPECT_EQ(decide(31, {0.5F, 1, 1}), 1);
 }
@@ -106,7 +107,7 @@ TEST(Beamformer, ConvertsByTruncation) {
   const float overlap[9] = {32767.9F, -32767.9F, -32767.0F, 0.99F,        -0.99F,
                             1e9F,     -1e9F,     -1.5F,     std::nanf("")};
   const Word16 want[9] = {32767, -32767, -32767, 0, 0, 32767, -32767, -1, 32767};
-  std::copy(overlap, overlap + 9, state.beamOverlap);
+  std::copy(overlap, overlap + 9, state.beamformer.beamOverlap);
   Word16 out[80];
   MVDR_BeamForming(kSilence, out, &state);
   expectSameArray(out, want, 9, "out");

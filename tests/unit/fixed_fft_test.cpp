@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The fixed-point transform: bit for bit against the reference at every level, full scale included,
 // and against a DFT in double precision.
-#include "engine/fixed_fft.h"
-
 #include <algorithm>
 #include <cmath>
 #include <complex>
 
+#include "abi/exported_transforms.h"
 #include "reference/fft.h"
 #include "support/support.h"
 

@@ -4,10 +4,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "fixedpoint/block_float.h"
-#include "fixedpoint/division.h"
-#include "fixedpoint/numeric_api.h"
-#include "fixedpoint/operators_api.h"
+#include "abi/exported_functions.h"
+#include "abi/exported_operators.h"
+#include "arithmetic/division.h"
 #include "reference/arithmetic.h"
 #include "support/support.h"
 

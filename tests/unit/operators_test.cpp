@@ -3,8 +3,8 @@
 // operands, any shift count and any divisor included, and at the landmarks of their definitions.
 #include <limits>
 
-#include "fixedpoint/numeric_api.h"
-#include "fixedpoint/operators_api.h"
+#include "abi/exported_functions.h"
+#include "abi/exported_operators.h"
 #include "reference/arithmetic.h"
 #include "support/support.h"
 

@@ -5,8 +5,9 @@
 
 #include <algorithm>
 
-#include "engine/engine_init.h"
-#include "engine/filterbank.h"
+#include "abi/engine_state.h"
+#include "abi/exported_stages.h"
+#include "noise_reduction/tables.h"
 #include "reference/engine.h"
 #include "support/support.h"
 
@@ -34,27 +35,28 @@ struct Both {
 struct States {
   explicit States(Random& random) {
     VQE_Init(&library);
-    for (Word32* field : {library.psdTmpMin, library.psdMin, library.psdSmooth, library.noisePsd}) {
+    for (Word32* field : {library.noiseReduction.psdTmpMin, library.noiseReduction.psdMin,
+                          library.noiseReduction.psdSmooth, library.noiseReduction.noisePsd}) {
       std::generate(field, field + 256, [&] { return random.anyMagnitude(); });
     }
-    random.fill(library.anaHistory, 96, 31);
-    random.fill(library.olaBuffer, 192, 31);
-    for (Word32& x : library.bandSnrState) {
+    random.fill(library.noiseReduction.anaHistory, 96, 31);
+    random.fill(library.noiseReduction.olaBuffer, 192, 31);
+    for (Word32& x : library.noiseReduction.bandSnrState) {
       x = random.below(8) == 0 ? 2147483647 - random.below(1 << random.below(25))
                                : random.anyMagnitude();
     }
-    for (Word16& x : library.bandSmooth) x = random.from(0, 25600);
-    library.anaMem = random.word32();
-    library.deemphMem = random.word32();
-    library.inputExp = random.from(-10, 29);
-    library.floorLevel = random.from(0, 17);
-    library.frameCountSat = random.from(1, random.below(3) == 0 ? 3 : 32767);
-    library.minWinCount = static_cast<std::uint32_t>(random.below(160));
-    library.agcEnvFast = random.anyMagnitude();
-    library.agcEnvSlow = random.anyMagnitude();
-    library.agcGainIdx = random.from(0, 31);
-    library.agcUpCount = random.from(0, 201);
-    library.vadFlag = random.from(0, 1);
+    for (Word16& x : library.noiseReduction.bandSmooth) x = random.from(0, 25600);
+    library.noiseReduction.anaMem = random.word32();
+    library.noiseReduction.deemphMem = random.word32();
+    library.noiseReduction.inputExp = random.from(-10, 29);
+    library.noiseReduction.floorLevel = random.from(0, 17);
+    library.noiseReduction.frameCountSat = random.from(1, random.below(3) == 0 ? 3 : 32767);
+    library.noiseReduction.minWinCount = static_cast<std::uint32_t>(random.below(160));
+    library.agc.agcEnvFast = random.anyMagnitude();
+    library.agc.agcEnvSlow = random.anyMagnitude();
+    library.agc.agcGainIdx = random.from(0, 31);
+    library.agc.agcUpCount = random.from(0, 201);
+    library.agc.vadFlag = random.from(0, 1);
     copy();
   }
   // After a change of the library's.

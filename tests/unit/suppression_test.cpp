@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Noise estimation, SNR and suppression gain against the reference on random powers and states, the
 // gain curves over their domains and the floor's controller.
-#include "engine/gain_curves.h"
-#include "engine/noise_estimation.h"
-#include "engine/nr_pipeline.h"
-#include "engine/snr_estimation.h"
-#include "engine/suppression_gain.h"
 #include "unit/stages.h"
 
 namespace arvessa::test {
@@ -35,16 +30,18 @@ TEST(NoiseEstimation, EqualsTheReference) {
       States s(random);
       Word32 power[256];
       for (int k = 0; k < 256; ++k) {
-        power[k] = kind == kPowerAtMinimum ? s.library.psdMin[k] : random.anyMagnitude();
+        power[k] =
+            kind == kPowerAtMinimum ? s.library.noiseReduction.psdMin[k] : random.anyMagnitude();
         if (kind == kNearThresholds || kind == kPowerAtMinimum) {
-          s.library.psdSmooth[k] = std::min(s.library.psdMin[k], 600000000) / 10 * 32;
+          s.library.noiseReduction.psdSmooth[k] =
+              std::min(s.library.noiseReduction.psdMin[k], 600000000) / 10 * 32;
         }
       }
       if (kind == kWindowEdges) {  // of the search windows and of the averaging weight
         constexpr std::uint16_t kFrames[] = {1, 2, 99, 100, 101, 999, 1000, 32767};
         constexpr std::uint32_t kCounts[] = {30, 31, 80, 81, 150, 151, 0, 0x80000000U};
-        s.library.frameCountSat = kFrames[random.below(8)];
-        s.library.minWinCount = kCounts[random.below(8)];
+        s.library.noiseReduction.frameCountSat = kFrames[random.below(8)];
+        s.library.noiseReduction.minWinCount = kCounts[random.below(8)];
       }
       expectSameEstimate(s, power, 64 << (round % 3));
       if (HasFailure()) return;
@@ -109,9 +106,9 @@ TEST(SuppressionGain, EqualsTheReferenceAndNeverAmplifies) {
                                  : random.anyMagnitude() >> random.below(25);
       }
       Both<Word16, 24> post, prior;
-      const auto frame = static_cast<Word16>(s.library.frameCountSat);
-      WVQE_PostAndPriorSNR(post.library, prior.library, s.library.bandSnrState, power, noise,
-                           frame);
+      const auto frame = static_cast<Word16>(s.library.noiseReduction.frameCountSat);
+      WVQE_PostAndPriorSNR(post.library, prior.library, s.library.noiseReduction.bandSnrState,
+                           power, noise, frame);
       reference::WVQE_PostAndPriorSNR(post.wanted, prior.wanted, s.wanted.bandSnrState, power,
                                       noise, frame);
       post.expectSame("postSnr");
@@ -157,14 +154,14 @@ TEST(GainCurves, EqualTheReferenceOverTheirDomains) {
 TEST(Floor, FollowsTheNoiseWithHysteresis) {
   const auto depthsFor = [](Word16 start, Word32 total, int frames, Word32 more = 0) {
     ::WvqeState state{};
-    state.floorLevel = start;
+    state.noiseReduction.floorLevel = start;
     const Word32 noise[24] = {total, more};
     std::vector<int> depths;
     for (int i = 0; i < frames; ++i) {
       Word16 floorDb = 0;
       WVQE_Gain_Floor(noise, &floorDb, &state);
-      EXPECT_EQ(floorDb, -state.floorLevel);
-      depths.push_back(state.floorLevel);
+      EXPECT_EQ(floorDb, -state.noiseReduction.floorLevel);
+      depths.push_back(state.noiseReduction.floorLevel);
     }
     return depths;
   };
@@ -188,7 +185,7 @@ TEST(NoiseReduction, FramesEqualTheReference) {
   for (int round = 0; round < 400; ++round) {
     SCOPED_TRACE(round);
     States s(random);
-    if (random.below(8) == 0) s.library.frameCountSat = random.from(32764, 32767);
+    if (random.below(8) == 0) s.library.noiseReduction.frameCountSat = random.from(32764, 32767);
     s.copy();
     for (int frame = 0; frame < 4; ++frame) {
       Word16 in[480];

@@ -4,15 +4,12 @@
 // independently of the library's. The beam weights have a test of their own.
 #include "reference/tables.h"
 
-#include "agc/agc.h"
-#include "beamformer/float_fft_tables.h"
-#include "engine/analysis.h"
-#include "engine/band_split.h"
-#include "engine/filterbank.h"
-#include "engine/fixed_fft.h"
-#include "engine/gain_curves.h"
-#include "engine/suppression_gain.h"
-#include "fixedpoint/numeric_api.h"
+#include "agc/agc_tables.h"
+#include "arithmetic/pow2_table.h"
+#include "beamformer/window_table.h"
+#include "kernels/band_split_filters.h"
+#include "kernels/float_transform_tables.h"
+#include "noise_reduction/tables.h"
 #include "support/support.h"
 
 namespace arvessa::test {
