@@ -48,7 +48,7 @@ UsedBits Plain::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> ou
     out[n] = lAdd(x.words[n], lMult32(kPreemphasis, previous));
     previous = x.words[n];
   }
-  return doubled(x.bits) | usedBits(out[0]);
+  return boundOfPreemphasis(x.bits, out[0]);
 }
 
 UsedBits Plain::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {

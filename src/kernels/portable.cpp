@@ -32,7 +32,7 @@ UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32>
     out[n] = lAdd(x.words[n], lMult32ByCoefficient(kPreemphasis, previous));
     previous = x.words[n];
   }
-  return doubled(x.bits) | usedBits(out[0]);
+  return boundOfPreemphasis(x.bits, out[0]);
 }
 
 UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
