@@ -119,7 +119,7 @@ TEST(SuppressionGain, EqualsTheReferenceAndNeverAmplifies) {
         const auto few = [&] { return kind == kFewBands && random.below(24) != 0 ? 12 : 0; };
         post.set([&] { return random.from(-256, 25600) >> random.below(14); });
         prior.set([&] { return random.from(0, 25600) >> std::max(few(), random.below(14)); });
-        for (Word16& x : s.library.bandSmooth) x >>= few();
+        for (Word16& x : s.library.noiseReduction.bandSmooth) x >>= few();
         s.copy();
       }
       Both<Word16, 256> gain;
