@@ -25,6 +25,9 @@ EXCHANGED = {
     "mult": "multRound", "multRound": "mult", "roundHigh": "extractHigh", "lShrRound": "lShr",
     "extractHigh": "extractLow", "extractLow": "extractHigh"}
 COMMUTATIVE = ("add", "lAdd", "mult", "multRound", "lMult", "lMult32", "lMpyLl", "min", "max")
+LOGIC = ("&&", "||")
+OPERAND_ENDS = (*LOGIC, ")", "]", "}", ";", ",", "?", ":")
+OPERAND_STARTS = (*LOGIC, "(", "[", "{", ";", ",", "?", ":", "=", "return")
 UNSIGNED = "static_cast<std::uint32_t>({})"
 # A saturating function as the plain operation, of its arguments.
 PLAIN = {
@@ -157,6 +160,21 @@ def branch(code, i):
             yield from ((*span(code, first + 1, i - 1), value) for value in ("true", "false"))
 
 
+def condition(code, i):
+    """A condition of several without one of them."""
+    if code.at(i) not in LOGIC or not code.is_binary(i):
+        return
+    last = i
+    while last + 1 < len(code.tokens) and code.at(last + 1) not in OPERAND_ENDS:
+        last = code.partner.get(last + 1, last + 1)
+    yield *span(code, i, last), ""
+    first = i
+    while first > 0 and code.at(first - 1) not in OPERAND_STARTS:
+        first = code.partner.get(first - 1, first - 1)
+    if code.at(first - 1) not in LOGIC:
+        yield *span(code, first, i), ""
+
+
 def conversion(code, i):
     if code.at(i) == "static_cast":
         closing = next((j for j in range(i, i + 8) if code.at(j) == ">"), i)
@@ -241,7 +259,7 @@ def statement(code, i):
 
 # With how often a fault of each is taken. Tables have thousands of places, constants too.
 RULES = {constant: 0.4, table: 0.03, shift: 1, comparison: 1, operator: 1, loop: 1, branch: 0.7,
-         conversion: 0.5, call: 0.7, saturation: 1, index: 0.5, statement: 1}
+         condition: 1, conversion: 0.5, call: 0.7, saturation: 1, index: 0.5, statement: 1}
 
 
 class Fault:
