@@ -8,12 +8,12 @@ import unittest
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "scripts"))
-from mutation import rules
+from mutation.faults import faults_of
 
 
 def made(text, rule=None):
     """The faults of a source, as their lines: those of one rule, or of all."""
-    return {fault.after for fault in rules.faults("a.cpp", text) if rule in (None, fault.rule)}
+    return {fault.after for fault in faults_of("a.cpp", text) if rule in (None, fault.rule)}
 
 
 class Rules(unittest.TestCase):
@@ -63,8 +63,8 @@ class Rules(unittest.TestCase):
             self.assertEqual(made(text), set(), text)
 
     def test_a_choice_keeps_to_what_the_lines_say(self):
-        before = rules.faults("a.cpp", "x = 1;\ny = 2;\nx = 1;\n")
-        after = rules.faults("a.cpp", "// A comment.\nz = 3;\nx = 1;\ny  =  2;  // Two.\nx = 1;\n")
+        before = faults_of("a.cpp", "x = 1;\ny = 2;\nx = 1;\n")
+        after = faults_of("a.cpp", "// A comment.\nz = 3;\nx = 1;\ny  =  2;  // Two.\nx = 1;\n")
         ranks = {fault.rank(7) for fault in before}
         self.assertEqual(len(ranks), len(before))
         self.assertLessEqual(ranks, {fault.rank(7) for fault in after})

@@ -11,7 +11,7 @@ import re
 import sys
 
 from mutation.code import Code, collapse
-from mutation.rules import Fault
+from mutation.faults import Fault
 
 
 class Entry:
