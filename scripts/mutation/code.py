@@ -3,7 +3,7 @@
 
 Comments, strings, preprocessor lines, attributes, static assertions and type aliases stay as they
 are. The sources are formatted by clang-format, and what it does tells two readings of a sign apart:
-a binary operator stands between spaces, the brackets of a template and the sign of a pointer do not.
+a binary operator stands between spaces, and neither a template's bracket nor a pointer's sign does.
 """
 
 import re

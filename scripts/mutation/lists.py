@@ -2,8 +2,8 @@
 """The two lists beside the rules: faults that no input can show, and faults made by hand.
 
 An entry is a heading, `path [rule]` or `path [hand] what is wrong then`, and lines that begin with
-`- ` for the old text, `+ ` for the new one and `= ` for the reason why nothing can show it. Old text
-is found by its content: no line numbers. Lines that begin with # do not count.
+`- ` for the old text, `+ ` for the new one and `= ` for the reason why nothing can show it. Lines
+that begin with # do not count. Old text is found by its content.
 """
 
 import collections

@@ -22,26 +22,26 @@ EXCHANGED = {
 COMMUTATIVE = ("add", "lAdd", "mult", "multRound", "lMult", "lMult32", "lMpyLl", "min", "max")
 LOGIC = ("&&", "||")
 OPERAND_ENDS = (*LOGIC, ")", "]", "}", ";", ",", "?", ":")
-OPERAND_STARTS = (*LOGIC, "(", "[", "{", ";", ",", "?", ":", "=", "return")
-UNSIGNED = "static_cast<std::uint32_t>({})"
+CONDITION_STARTS = ("(", "[", "{", ";", ",", "?", ":", "=", "return")
+OPERAND_STARTS = (*LOGIC, *CONDITION_STARTS)
 # A saturating function as the plain operation, of its arguments.
 PLAIN = {
-    "saturate16": "static_cast<Word16>({0})",
-    "saturate32": "static_cast<Word32>({0})",
-    "add": "static_cast<Word16>(({0}) + ({1}))",
-    "sub": "static_cast<Word16>(({0}) - ({1}))",
-    "negate": "static_cast<Word16>(-({0}))",
-    "absolute": "static_cast<Word16>(({0}) < 0 ? -({0}) : ({0}))",
-    "mult": "static_cast<Word16>((({0}) * ({1})) >> 15)",
-    "multRound": "static_cast<Word16>((({0}) * ({1}) + 16384) >> 15)",
-    "shl": "static_cast<Word16>(({0}) << ({1}))",
-    "lAdd": f"static_cast<Word32>({UNSIGNED.format('{0}')} + {UNSIGNED.format('{1}')})",
-    "lSub": f"static_cast<Word32>({UNSIGNED.format('{0}')} - {UNSIGNED.format('{1}')})",
-    "lNegate": f"static_cast<Word32>(0U - {UNSIGNED.format('{0}')})",
-    "lMult": "static_cast<Word32>(({0}) * ({1}) * 2U)",
-    "lMac": f"static_cast<Word32>({UNSIGNED.format('{0}')} + ({{1}}) * ({{2}}) * 2U)",
-    "lMsu": f"static_cast<Word32>({UNSIGNED.format('{0}')} - ({{1}}) * ({{2}}) * 2U)",
-    "lShl": "static_cast<Word32>(({0}) << ({1}))",
+    "saturate16": "Word16({0})",
+    "saturate32": "Word32({0})",
+    "add": "Word16(({0}) + ({1}))",
+    "sub": "Word16(({0}) - ({1}))",
+    "negate": "Word16(-({0}))",
+    "absolute": "Word16(({0}) < 0 ? -({0}) : ({0}))",
+    "mult": "Word16((({0}) * ({1})) >> 15)",
+    "multRound": "Word16((({0}) * ({1}) + 16384) >> 15)",
+    "shl": "Word16(({0}) << ({1}))",
+    "lAdd": "Word32(std::uint32_t({0}) + std::uint32_t({1}))",
+    "lSub": "Word32(std::uint32_t({0}) - std::uint32_t({1}))",
+    "lNegate": "Word32(0U - std::uint32_t({0}))",
+    "lMult": "Word32(({0}) * ({1}) * 2U)",
+    "lMac": "Word32(std::uint32_t({0}) + ({1}) * ({2}) * 2U)",
+    "lMsu": "Word32(std::uint32_t({0}) - ({1}) * ({2}) * 2U)",
+    "lShl": "Word32(({0}) << ({1}))",
     "min": "({0})", "max": "({0})", "clamp": "({0})"}
 
 
@@ -149,7 +149,7 @@ def branch(code, i):
             yield from ((start, end, f"({value})") for value in values)
     if code.at(i) == "?":
         first = i - 1
-        while first >= 0 and code.at(first) not in ("=", ",", "return", ";", ":", "?", "(", "[", "{"):
+        while first >= 0 and code.at(first) not in CONDITION_STARTS:
             first = code.partner.get(first, first) - 1
         if first + 1 < i:
             yield from ((*span(code, first + 1, i - 1), value) for value in ("true", "false"))
