@@ -69,6 +69,7 @@ class Build:
 
     def prepare(self):
         """Configures, builds and tests the library as it is."""
+        print(f"{self.name}: builds, and tests without a fault", flush=True)
         subprocess.run(["cmake", "--preset", self.preset, "-B", self.folder, *SETTINGS,
                         *self.settings], cwd=self.copy, check=True, stdout=subprocess.DEVNULL)
         try:
@@ -86,6 +87,10 @@ class Build:
             if failure:
                 raise SystemExit(f"{self.name}, without any fault: {failure}")
         self.steps.sort(key=lambda step: step.seconds)
+
+    def has_option(self, name):
+        cache = (self.folder / "CMakeCache.txt").read_text(encoding="utf-8")
+        return re.search(f"^{name}:", cache, re.MULTILINE) is not None
 
     def build(self, *targets):
         done = subprocess.run(["ninja", "-C", self.folder, "-j", str(self.jobs), *targets],
