@@ -22,10 +22,11 @@ class Fault:
         self.line = bare.count("\n", 0, start) + 1
         self.before = collapse(bare[first:last])
         self.after = collapse(bare[first:start] + new + bare[end:last])
-        self.occurrence = 0  # among the same changes of the same lines
+        self.earlier = 0  # places before it with the same lines and the same change
 
     def key(self):
-        return self.path, self.rule, self.before, self.after
+        """What the fault is, wherever it stands."""
+        return self.path, self.rule, self.before, self.after, self.earlier
 
     def applied_to(self, text):
         return text[:self.start] + self.new + text[self.end:]
@@ -33,7 +34,7 @@ class Fault:
     def rank(self, seed):
         """What the faults are ordered by: a draw without replacement by weight (Efraimidis and
         Spirakis 2006), each fault's chance drawn from what it is and not from where it stands."""
-        identity = "\0".join((str(seed), *self.key(), str(self.occurrence)))
+        identity = "\0".join(map(str, (seed, *self.key())))
         digest = hashlib.sha256(identity.encode()).digest()
         uniform = (int.from_bytes(digest[:8], "big") + 1) / (2**64 + 1)
         return -math.log(uniform) / self.weight
@@ -45,7 +46,7 @@ class Fault:
 def faults_of(path, text):
     """All faults that the rules make of a file, in the order of their places."""
     code = Code(text)
-    found, occurrences = {}, collections.Counter()
+    found, places = {}, collections.Counter()
     for i in range(len(code.tokens)):
         if i in code.fixed:
             continue
@@ -55,6 +56,7 @@ def faults_of(path, text):
                 if fault.before != fault.after:
                     found.setdefault((start, end, new), fault)
     for fault in found.values():
-        fault.occurrence = occurrences[fault.key()]
-        occurrences[fault.key()] += 1
+        same = fault.key()
+        fault.earlier = places[same]
+        places[same] += 1
     return list(found.values())

@@ -1,9 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """The two lists beside the rules: faults that no input can show, and faults made by hand.
 
-An entry is a heading, `path [rule]` or `path [hand] what is wrong then`, and lines that begin with
-`- ` for the old text, `+ ` for the new one and `= ` for the reason why nothing can show it. Lines
-that begin with # do not count. Old text is found by its content.
+An entry is a heading and lines that begin with `- ` for the old text, `+ ` for the new one and `= `
+for the reason why nothing can show it. The heading is `path [rule]`, followed by the number of places
+before it with the same lines if there are any, or `path [hand] what is wrong then`. Lines that begin
+with # do not count. Old text is found by its content.
 """
 
 import collections
@@ -27,7 +28,8 @@ class Entry:
 
     def key(self):
         """What Fault.key() is for the same fault."""
-        return self.path, self.rule, collapse(self.text("-")), collapse(self.text("+"))
+        before, after = collapse(self.text("-")), collapse(self.text("+"))
+        return self.path, self.rule, before, after, int(self.what or 0)
 
 
 def read(file):
