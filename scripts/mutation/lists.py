@@ -21,7 +21,8 @@ class Entry:
         self.lines = collections.defaultdict(list)  # by their marks
 
     def __str__(self):
-        return f"{self.path} [{self.rule}] {self.what or self.text('-')}"
+        what = self.what if self.rule == "hand" else self.text("-")
+        return f"{self.path} [{self.rule}] {what}"
 
     def text(self, mark):
         return "\n".join(self.lines[mark])
