@@ -36,8 +36,7 @@ struct Stages {
   std::span<T> bins(std::array<T, n>& buffer) const {
     return std::span(buffer).first(static_cast<std::size_t>(geometry.bins));
   }
-  template <std::size_t n>
-  std::span<Word32> block(std::array<Word32, n>& buffer) const {
+  std::span<Word32> block(std::array<Word32, kMaxTransform>& buffer) const {
     return std::span(buffer).first(2 * static_cast<std::size_t>(geometry.bins));
   }
 
