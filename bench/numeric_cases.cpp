@@ -65,10 +65,10 @@ Case calls(const char* name, int bits, Function function) {
 
 void addNumericCases(std::vector<Case>& cases) {
   cases.push_back(calls("divS", 15, [](Word32 a, Word32 b) { return divS(low16(a), low16(b)); }));
-  cases.push_back(calls("lDiv32", 31, lDiv32));
+  cases.push_back(calls("lDiv32", 31, [](Word32 a, Word32 b) { return lDiv32(a, b); }));
   cases.push_back(calls("quotient", 31, [](Word32 a, Word32 b) { return quotient(b, a); }));
   cases.push_back(calls("quotientQ8", 31, [](Word32 a, Word32 b) { return quotientQ8(b, a); }));
-  cases.push_back(calls("quotientQ15", 31, quotientQ15));
+  cases.push_back(calls("quotientQ15", 31, [](Word32 a, Word32 b) { return quotientQ15(a, b); }));
   cases.push_back(calls("squareRoot", 31, [](Word32, Word32 b) { return squareRoot(b); }));
   cases.push_back(calls("exp", 14, [](Word32 a, Word32) { return expQ11(low16(-a)); }));
   cases.push_back(calls("floorLog4", 31,
