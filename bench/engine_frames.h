@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// What the stages of the engine meet while it enhances noisy speech: the inputs with which each stage
-// is measured alone.
+// What the stages of the engine meet while it enhances noisy speech: the inputs with which each
+// stage is measured alone.
 
 #include <array>
 #include <vector>

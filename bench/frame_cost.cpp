@@ -12,8 +12,8 @@
 
 extern "C" {
 
-// The empty assembly keeps the calls: functions without effect would be dropped, and of two equal ones
-// one.
+// The empty assembly keeps the calls: functions without effect would be dropped, and one of two
+// equal ones.
 [[gnu::noinline]] void arvessa_count_begin() { __asm__ volatile("/* begin */" ::: "memory"); }
 [[gnu::noinline]] void arvessa_count_end() { __asm__ volatile("/* end */" ::: "memory"); }
 

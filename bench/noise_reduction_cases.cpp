@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The stages of the noise reduction, each with the inputs that it meets in a stream of noisy speech.
+// The stages of the noise reduction, each with the inputs that it meets in noisy speech.
 
 #include <array>
 #include <memory>
