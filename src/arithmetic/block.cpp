@@ -31,8 +31,15 @@ void shiftLeft(std::span<Word32> words, int count) {
 }  // namespace
 
 UsedBits usedBits(std::span<const Word32> words) {
+  // Eight at a time, and the rest.
+  constexpr std::size_t kStep = 8;
   UsedBits bits = 0;
-  for (const Word32 word : words) bits |= usedBits(word);
+  const Word32* word = words.data();
+  const Word32* const end = word + words.size();
+  for (; word + kStep <= end; word += kStep) {
+    for (std::size_t i = 0; i < kStep; ++i) bits |= usedBits(word[i]);
+  }
+  for (; word != end; ++word) bits |= usedBits(*word);
   return bits;
 }
 
@@ -50,8 +57,9 @@ Block normalised(std::span<Word32> words, Word16 headroom) {
 }
 
 void denormalise(Block& block, Word16 shift) {
+  if (shift == 0) return;
   block.exponent = static_cast<Word16>(block.exponent - shift);
-  if (shift >= 0) {
+  if (shift > 0) {
     shiftRight(block.words, shift);
     block.bits >>= shift > 31 ? 31 : shift;
     return;
