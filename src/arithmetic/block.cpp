@@ -31,15 +31,8 @@ void shiftLeft(std::span<Word32> words, int count) {
 }  // namespace
 
 UsedBits usedBits(std::span<const Word32> words) {
-  // Eight at a time, and the rest.
-  constexpr std::size_t kStep = 8;
   UsedBits bits = 0;
-  const Word32* word = words.data();
-  const Word32* const end = word + words.size();
-  for (; word + kStep <= end; word += kStep) {
-    for (std::size_t i = 0; i < kStep; ++i) bits |= usedBits(word[i]);
-  }
-  for (; word != end; ++word) bits |= usedBits(*word);
+  for (const Word32 word : words) bits |= usedBits(word);
   return bits;
 }
 
