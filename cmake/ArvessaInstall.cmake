@@ -1,10 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
-# Installation: headers, library, CMake package (find_package(Arvessa)) and pkg-config file.
+# Installation: headers, both libraries, CMake package (find_package(Arvessa)) and pkg-config file.
 include(CMakePackageConfigHelpers)
 
 install(
-  TARGETS Arvessa
+  TARGETS Arvessa ArvessaStatic
   EXPORT ArvessaTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(

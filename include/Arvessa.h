@@ -1,8 +1,8 @@
 /*
  * Arvessa: the speech front end of a two-microphone device. Once per 10 ms it takes 80 samples from
  * each microphone at 8 kHz, forms one beam out of the two (fixed-weight MVDR, single-precision
- * float) and, when asked, suppresses noise and levels the voice (engine VORN, fixed point; see
- * Vorn.h for using it alone).
+ * float) and, when asked, reduces noise and controls the gain (engine VORN, fixed point; see Vorn.h
+ * for using it alone).
  *
  *     static uint32_t work[ARVESSA_WORK_BYTES / 4];        // 4-byte aligned
  *     ArvessaConfig cfg = {work, sizeof work, 0, 1, 1};
@@ -20,8 +20,8 @@
  * A frame takes bounded time, never blocks and makes no system call.
  *
  * Latency: the output lags the microphones by ARVESSA_BEAM_LATENCY samples (3 ms), and by
- * ARVESSA_ENGINE_LATENCY samples (6 ms) while the engine suppresses noise or levels. Besides that the
- * library holds back nothing: a frame in gives a frame out.
+ * ARVESSA_ENGINE_LATENCY samples (6 ms) while the engine reduces noise or controls the gain. Besides
+ * that the library holds back nothing: a frame in gives a frame out.
  *
  * Numbers: the same samples give the same output on every processor and with every compiler, float
  * part included, as long as the calling thread rounds floats to nearest and keeps denormals, as
@@ -53,8 +53,7 @@ typedef struct ArvessaConfig {
   uint8_t rateCode;     /* 0: 8 kHz, the only rate of the front end */
   uint8_t nrEnable;     /* 1: the engine suppresses noise; 0: it does not */
   uint8_t engineEnable; /* 1: the engine runs after the beamformer; 0: it does not. As given to
-                           Arvessa_Init it also is the engine's levelling switch for the whole
-                           stream */
+                           Arvessa_Init it also is the engine's AGC switch for the whole stream */
 } ArvessaConfig;
 
 /*
@@ -76,7 +75,7 @@ ARVESSA_API intptr_t Arvessa_Init(ArvessaConfig* cfg);
  *      first sample is written
  * cfg  as given to Arvessa_Init, with the same work buffer. `pWork` and `engineEnable` are read on
  *      every call, the other fields are not. Setting `engineEnable` to anything but 1 leaves the
- *      engine out, with its state standing still; setting it to 1 brings it back. The levelling
+ *      engine out, with its state standing still; setting it to 1 brings it back. The AGC
  *      switch keeps the value that `engineEnable` had at Arvessa_Init.
  *
  * Returns 0; -1 if `in`, `out`, `cfg` or `pWork` is null or `pWork`, `in` or `out` is not 4-byte

@@ -48,7 +48,7 @@ typedef struct VornConfig {
   uint8_t rateCode;    /* 0: 8 kHz, 80 samples a frame; 1: 16 kHz, 160; 2: 32 kHz, 320;
                           3: 48 kHz, 480 */
   uint8_t nrEnable;    /* 1: suppress noise; 0: do not. Noise tracking runs either way */
-  uint8_t agcEnable;   /* 1: level the voice; 0: do not */
+  uint8_t agcEnable;   /* 1: automatic gain control; 0: none */
   uint8_t agcTableSel; /* 2: from -1.9 to 8.9 dB of gain; 3 or 4: from 1.2 to 18.4 dB. Checked on
                           every frame, also while `agcEnable` is 0 */
 } VornConfig;

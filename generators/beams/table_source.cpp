@@ -14,7 +14,8 @@ namespace arvessa::design {
 namespace {
 
 constexpr std::string_view kHeader =
-    R"(// Weights of the three stored beams. Written by generators/beams, which holds the design;
+    R"(// SPDX-License-Identifier: Apache-2.0
+// Weights of the three stored beams. Written by generators/beams, which holds the design;
 // change it there.
 //
 // Format: float, each value a decimal of five significant digits. W[s][k][m] is at s * 128 + 2k + m

@@ -13,6 +13,7 @@ import os
 import struct
 import sys
 
+LICENCE_NOTE = "// SPDX-License-Identifier: Apache-2.0\n"
 ORIGIN_NOTE = "// Written by generators/tables/make_tables.py.\n"
 
 # Windows. The 8 kHz window is the raised sine; the longer two were refined from it by inserting
@@ -193,7 +194,7 @@ def array(ctype, name, values, comment):
 
 
 def table_file(header, exported, hidden=()):
-    text = '#include "%s"\n\n' % header + ORIGIN_NOTE + "\n// clang-format off\n\n"
+    text = LICENCE_NOTE + '#include "%s"\n\n' % header + ORIGIN_NOTE + "\n// clang-format off\n\n"
     if hidden:
         text += ("namespace arvessa::kernels {\n\n" + "\n".join(hidden)
                  + "\n}  // namespace arvessa::kernels\n\n")

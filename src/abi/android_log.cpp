@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stand-in for the platform's log where there is none: one line in logcat's brief format on
 // standard error. Weak, so that a program that defines its own log function is called instead.
 #ifndef __ANDROID__

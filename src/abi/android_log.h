@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The platform's log function, as Android's <android/log.h> declares it.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // What the engine remembers between frames: the first bytes of its state and of the work buffer. Bytes
 // that the fields do not use hold nothing.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "abi/exported_beamformer.h"
 
 #include "abi/work_buffer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The exported names of the numeric functions (arithmetic/). Pure functions, any thread,
 // any operands; meaningful within the ranges stated.

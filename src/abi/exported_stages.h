@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The exported names of the engine's stages, from the whole frame down to single steps, with the
 // arguments that callers link to. Each converts its arguments into the views of the stage and calls it;

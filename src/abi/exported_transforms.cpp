@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "abi/exported_transforms.h"
 
 #include "abi/views.h"

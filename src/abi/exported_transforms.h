@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Real FFT in 32-bit fixed point: a half-size complex transform, radix 2 in constant geometry
 // (Pease 1968): every stage reads neighbouring points and writes its two results half the block

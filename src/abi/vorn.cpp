@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Vorn.h"
 
 #include "abi/engine_frame.h"

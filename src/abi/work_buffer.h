@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Layout of the caller's work buffer: everything that the front end remembers between frames.
 

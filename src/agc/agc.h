@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Automatic gain control: the frame's peak power in short subframes, a fast and a slow envelope, a
 // table of gains by headroom, and a gain that ramps across the frame.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Block floating point: the words of a block share one exponent, so that it can pass a transform with
 // the largest usable amplitude. What is known of the size of the words travels with the block, so

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Restoring divisions, as the plain loops that define them and in closed form.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The saturating 16/32-bit operators in which the engine computes, inline.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "arithmetic/pow2_table.h"
 
 // Written by generators/tables/make_tables.py.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Weights of the three stored beams. Written by generators/beams, which holds the design;
 // change it there.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Complex weights of the three stored beams: W[s][k][m] at s * 128 + 2k + m for beam s, bin k and
 // microphone m. They multiply the microphone spectra directly, without conjugation.

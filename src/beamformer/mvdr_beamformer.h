@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Two-microphone MVDR beamformer with three fixed beams (Capon 1969; docs/beam_design.md).
 

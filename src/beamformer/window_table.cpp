@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "beamformer/window_table.h"
 
-// Written by tools/tables/make_tables.py.
+// Written by generators/tables/make_tables.py.
 
 // clang-format off
 

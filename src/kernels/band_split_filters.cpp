@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "kernels/band_split_filters.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The filters that split the band at 48 kHz and join it again: elliptic, of order 10, crossover at 0.15
 // of the rate; low-pass -3 dB at 0.147 and -42 dB from 1/6 on, high-pass -42 dB up to 0.13.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The fixed-point transform of the contract as templates over the arithmetic of its butterflies, with
 // the pieces that are exported one by one.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The contract of the beamformer's hot loops, in single precision. The order of the operations, each
 // rounded on its own, is part of the result; every form gives the same bits, signs of zero included.

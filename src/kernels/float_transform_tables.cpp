@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "kernels/float_transform_tables.h"
 
 // Written by generators/tables/make_tables.py.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Float operations that come down to a few integer instructions where there is no floating-point
 // unit, and a routine of 30 to 40 instructions computes every operation. The results are those of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The contract of the engine's hot loops: what each computes, its shapes, formats and alias rules, and
 // what it must be told of its operands. Every way to compute them is a struct of the same functions:

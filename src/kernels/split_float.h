@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The 128-point float transform with real and imaginary parts apart. A bin and its mirror image share
 // their products, since their twiddles differ in the sign of the cosine only.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The operations of SSE2 that the vector kernels are written in: four words at a time, none of which
 // may saturate. Sums, shifts and comparisons are those of the compiler's vector types; products,

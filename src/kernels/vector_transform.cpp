@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed-point transform with two complex numbers at a time, for blocks with headroom.
 
 #include "kernels/kernels.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Spectral analysis of a frame: normalisation, pre-emphasis, overlap with the previous frame, window,
 // transform, power per bin and per band.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Two bands at 48 kHz: the low one, decimated by 3 to 16 kHz, for the spectral chain, and the upper
 // one. Recursive filters of order 10 (elliptic; crossover at 0.15 of the rate).

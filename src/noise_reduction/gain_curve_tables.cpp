@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "noise_reduction/tables.h"
 
 // Written by generators/tables/make_tables.py.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The curves of the suppression gain and the controller of its floor.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // What follows from the rate: frame, transform, history and tables. Nothing else looks at a rate code.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Noise power per bin by minima-controlled recursive averaging (Cohen 2002) with hard decisions,
 // and the frame's voice activity.

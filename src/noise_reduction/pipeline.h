@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // One frame of noise reduction: the stages in their order, and nothing else writes that order.
 //

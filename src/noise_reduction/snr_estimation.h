@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // A posteriori and a priori SNR per band, decision directed (Ephraim and Malah 1984) with a weight
 // that adapts to the previous frame's Wiener gain.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // What the noise reduction remembers between frames, and the parts of it that each stage is given.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Suppression gain: the beta-order MMSE amplitude estimator (You, Koh and Rahardja 2005, beta =
 // 0.5) in 24 bands, mixed with an adaptive floor by the speech presence probability (Cohen 2002),

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Back to samples: overlap-add and the output filter that undoes the pre-emphasis.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The constant tables of the room, by transform size: 64 bins at 8 kHz, 128 at 16 kHz, 256 at 32 kHz.
 // They are chosen in one place only, geometry.cpp.

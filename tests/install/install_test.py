@@ -40,7 +40,8 @@ class Installed(unittest.TestCase):
         run("cmake", "-S", os.path.join(SOURCE, "tests/install/consumer"), "-B", self.path("consumer"),
             "-DCMAKE_PREFIX_PATH=" + self.prefix)
         run("cmake", "--build", self.path("consumer"))
-        self.assertEqual(run(self.path("consumer/consumer_c")), "100 103\n")
+        for program in ("consumer_c", "consumer_static"):
+            self.assertEqual(run(self.path("consumer", program)), "100 103\n")
         run(self.path("consumer/consumer_cpp"))
 
     def test_program_of_the_readme_builds_with_pkg_config_and_runs(self):

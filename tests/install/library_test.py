@@ -40,7 +40,7 @@ def dynamic_symbols():
 
 class Library(unittest.TestCase):
     def test_exports_are_the_committed_list_and_the_log_stand_in(self):
-        with open(os.path.join(HERE, "../../src/exports.txt"), encoding="ascii") as f:
+        with open(os.path.join(HERE, "../../src/abi/exports.txt"), encoding="ascii") as f:
             wanted = set(f.read().split())
         self.assertEqual(len(wanted), 123)
         exported = {name: (kind, binding) for name, kind, binding, section in dynamic_symbols()

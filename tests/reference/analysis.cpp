@@ -52,13 +52,13 @@ void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaH
   for (int i = 0; i < N + H; ++i) timeBuf[i] = VORN_Mpy_32_16(timeBuf[i], win[i]);
 }
 
-void VORN_WVQE_Analysis2_ASM(const Word32* spec, Word32* power, Word16 sizeCode) {
+void VORN_WVQE_Analysis2_ASM(const Word32* spectrum, Word32* power, Word16 sizeCode) {
   const int K = 64 << sizeCode;
-  const Word16 h = VORN_round(spec[0]);
+  const Word16 h = VORN_round(spectrum[0]);
   power[0] = VORN_L_mult(h, h);
   for (int k = 1; k < K; ++k) {
-    const Word16 a = VORN_round(spec[2 * k]);
-    const Word16 b = VORN_round(spec[2 * k + 1]);
+    const Word16 a = VORN_round(spectrum[2 * k]);
+    const Word16 b = VORN_round(spectrum[2 * k + 1]);
     power[k] = VORN_L_mac(VORN_L_mult(a, a), b, b);
   }
 }

@@ -17,7 +17,7 @@ void WVQE_Analysis(Word32* inWork, Word32* powerSpec, Word32* bandPower, Word32*
                    Word16 N, Word16 K, Word16 L, Word16 rateCode, WvqeState* state);
 void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaHistory, Word16 d,
                              Word32* anaMem, Word16 sizeCode);
-void VORN_WVQE_Analysis2_ASM(const Word32* spec, Word32* power, Word16 sizeCode);
+void VORN_WVQE_Analysis2_ASM(const Word32* spectrum, Word32* power, Word16 sizeCode);
 void WVQE_Spectrum_Bank(const Word32* binPower, Word32* bandOut, const Word32* bankLeft,
                         const Word32* bankRight, const Word16* filterLeft,
                         const Word16* filterRight, Word16 K);

@@ -33,7 +33,7 @@ void MVDR_Complex_IFFT(float* data, int n, int half, int stages, const float* tw
                        const std::uint16_t* phaseIndex);
 void MVDR_FFT(float* data, int n, int half, int stages, const float* twiddle,
               const std::uint16_t* phaseIndex, float* out);
-void MVDR_IFFT(const float* spec, int n, int half, int stages, const float* twiddle,
+void MVDR_IFFT(const float* spectrum, int n, int half, int stages, const float* twiddle,
                const std::uint16_t* phaseIndex, float* out);
 
 }  // namespace reference

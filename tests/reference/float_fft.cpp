@@ -95,16 +95,16 @@ void MVDR_FFT(float* data, int n, int half, int stages, const float* twiddle,
   }
 }
 
-void MVDR_IFFT(const float* spec, int n, int half, int stages, const float* twiddle,
+void MVDR_IFFT(const float* spectrum, int n, int half, int stages, const float* twiddle,
                const std::uint16_t* phaseIndex, float* out) {
-  out[0] = (spec[0] + spec[1]) * 0.5F;
-  out[1] = (spec[0] - spec[1]) * 0.5F;
+  out[0] = (spectrum[0] + spectrum[1]) * 0.5F;
+  out[1] = (spectrum[0] - spectrum[1]) * 0.5F;
   for (int k = 2; half > 1 && k <= half; k += 2) {
     const int m = n - k;
-    const float A = spec[k] + spec[m];
-    const float B = spec[k + 1] - spec[m + 1];
-    const float G = -(spec[k + 1] + spec[m + 1]);
-    const float H = -(spec[m] - spec[k]);
+    const float A = spectrum[k] + spectrum[m];
+    const float B = spectrum[k + 1] - spectrum[m + 1];
+    const float G = -(spectrum[k + 1] + spectrum[m + 1]);
+    const float H = -(spectrum[m] - spectrum[k]);
     const float* w = twiddle + k;
     const float* v = twiddle + m;
     out[k] = (A + (G * w[0] + H * w[1])) * 0.5F;
