@@ -20,8 +20,8 @@
  * A frame takes bounded time, never blocks and makes no system call.
  *
  * Latency: the output lags the microphones by ARVESSA_BEAM_LATENCY samples (3 ms), and by
- * ARVESSA_ENGINE_LATENCY samples (6 ms) while the engine reduces noise or controls the gain. Besides
- * that the library holds back nothing: a frame in gives a frame out.
+ * ARVESSA_ENGINE_LATENCY samples (6 ms) while the engine reduces noise or controls the gain.
+ * Besides that the library holds back nothing: a frame in gives a frame out.
  *
  * Numbers: the same samples give the same output on every processor and with every compiler, float
  * part included, as long as the calling thread rounds floats to nearest and keeps denormals, as
@@ -79,9 +79,9 @@ ARVESSA_API intptr_t Arvessa_Init(ArvessaConfig* cfg);
  *      switch keeps the value that `engineEnable` had at Arvessa_Init.
  *
  * Returns 0; -1 if `in`, `out`, `cfg` or `pWork` is null or `pWork`, `in` or `out` is not 4-byte
- * aligned, with nothing changed; or the engine's refusal (-1 on a zero-filled buffer that Arvessa_Init never
- * prepared, -2 on one with damaged settings), with the beamformed frame in `out` and the frame not
- * counted.
+ * aligned, with nothing changed; or the engine's refusal (-1 on a zero-filled buffer that
+ * Arvessa_Init never prepared, -2 on one with damaged settings), with the beamformed frame in `out`
+ * and the frame not counted.
  */
 ARVESSA_API intptr_t Arvessa(const Word16* in, Word16* out, ArvessaConfig* cfg);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// A frame through the engine, checks included: noise reduction, then AGC. An observer sees the stages
-// of the noise reduction (noise_reduction/pipeline.h).
+// A frame through the engine, checks included: noise reduction, then AGC. An observer sees the
+// stages of the noise reduction (noise_reduction/pipeline.h).
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// What the engine remembers between frames: the first bytes of its state and of the work buffer. Bytes
-// that the fields do not use hold nothing.
+// What the engine remembers between frames: the first bytes of its state and of the work buffer.
+// Bytes that the fields do not use hold nothing.
 
 #include "Vorn.h"
 #include "agc/agc.h"

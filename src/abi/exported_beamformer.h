@@ -8,9 +8,9 @@
 //
 // Packed half spectrum of n real samples, n floats: element 0 the real value of bin 0, element 1
 // the real value of bin n/2, elements 2b and 2b+1 the real and imaginary parts of bin b. The
-// forward transform is scaled by 2/n, the inverse by n/2: one after the other returns the block, but
-// for the rounding of the twiddles, whose magnitudes reach 1.00005 (by at most 6.2e-4 of the block's
-// peak).
+// forward transform is scaled by 2/n, the inverse by n/2: one after the other returns the block,
+// but for the rounding of the twiddles, whose magnitudes reach 1.00005 (by at most 6.2e-4 of the
+// block's peak).
 //
 // n: floats of the block, 4..128, with the library's tables 128; half: n/2; stages: log2(n/2), at
 // most 6; twiddle: n/2 pairs as in MVDR_CONST_TABLE_FFT_fCOEF_8K; phaseIndex: steps between the

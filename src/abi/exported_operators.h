@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The exported names of the saturating operators (arithmetic/operators.h, arithmetic/division.h), with the argument order
-// and types that callers link to. Pure functions, any thread, any operands. `a`, `b`: Q15 or any
-// 16-bit format; `L`, `x`, `y`: 32-bit; `n`: shift count, negative to shift the other way.
+// The exported names of the saturating operators (arithmetic/operators.h, arithmetic/division.h),
+// with the argument order and types that callers link to. Pure functions, any thread, any operands.
+// `a`, `b`: Q15 or any 16-bit format; `L`, `x`, `y`: 32-bit; `n`: shift count, negative to shift
+// the other way.
 
 #include "ArvessaTypes.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The exported names of the engine's stages, from the whole frame down to single steps, with the
-// arguments that callers link to. Each converts its arguments into the views of the stage and calls it;
-// what a stage computes stands at the stage.
+// arguments that callers link to. Each converts its arguments into the views of the stage and calls
+// it; what a stage computes stands at the stage.
 
 #include "Vorn.h"
 
@@ -20,16 +20,16 @@ ARVESSA_API Word16 VQE_Init(WvqeState* state);
 ARVESSA_API void WVQE_NR_Proc(const Word16* in, Word16* out, const VornConfig* cfg,
                               WvqeState* state);
 
-// The same without advancing the counters. N, K and L are not read: the rate code says how long frame,
-// spectrum and history are. With nrEnable not 1 the spectrum is left as it is, and the
-// upper band at 48 kHz passes with a factor of 32767.
+// The same without advancing the counters. N, K and L are not read: the rate code says how long
+// frame, spectrum and history are. With nrEnable not 1 the spectrum is left as it is, and the upper
+// band at 48 kHz passes with a factor of 32767.
 ARVESSA_API void WVQE_MainProcess(const Word16* in, WvqeState* state, int N, int K, Word16 L,
                                   Word16 rateCode, unsigned char nrEnable, Word16* out);
 
 // Overlap-add of the 2K - N words of `olaBuffer` to the first of the 2K of `timeBuf`; `olaBuffer`
 // receives the new overlap, the last words of `timeBuf`. Then de-emphasis y[n] = x[n] + 0.40327
-// y[n-1] with its memory in `deemphMem`. The N output samples are twice the rounded upper half of y,
-// saturated: Q15.
+// y[n-1] with its memory in `deemphMem`. The N output samples are twice the rounded upper half of
+// y, saturated: Q15.
 ARVESSA_API void VORN_WVQE_MainProcess_ASM(Word32* olaBuffer, Word32* timeBuf, Word32* deemphMem,
                                            Word16* out, int N, Word16 K);
 
@@ -58,8 +58,9 @@ ARVESSA_API void AEC_Syn_Ne(const Word16* low, const Word16* high, Word16* out, 
 // specWork   2K words, written: the spectrum at the input's scale; may be timeBuf
 // state      anaHistory, anaMem and inputExp are read and updated
 //
-// K (64, 128, else 256) fixes the geometry. So N, L and the rate code, which could only say the same, are
-// not read, and neither are twiddles, their reordered copy and the window, of which each size has one.
+// K (64, 128, else 256) fixes the geometry. So N, L and the rate code, which could only say the
+// same, are not read, and neither are twiddles, their reordered copy and the window, of which each
+// size has one.
 ARVESSA_API void WVQE_Analysis(Word32* inWork, Word32* powerSpec, Word32* bandPower,
                                Word32* timeBuf, Word32* spectrum, Word32* specWork,
                                const Word16* twiddles, const Word16* reordering,
@@ -175,9 +176,9 @@ ARVESSA_API void WVQE_Gain_Floor(const Word32* bandNoise, Word16* floorDb, WvqeS
 
 // --- AGC (agc/agc.h)
 
-// Controls the gain of one frame of 80, 160, 320 or 480 samples of Q15 by rate code. Reads vadFlag; reads and
-// updates agcEnvFast, agcEnvSlow, agcGainIdx and agcUpCount. `y` may be `x`. Another rate code
-// returns at once.
+// Controls the gain of one frame of 80, 160, 320 or 480 samples of Q15 by rate code. Reads vadFlag;
+// reads and updates agcEnvFast, agcEnvSlow, agcGainIdx and agcUpCount. `y` may be `x`. Another rate
+// code returns at once.
 ARVESSA_API void VED_AGC_Process(WvqeState* state, const Word16* x, const Word32* table,
                                  Word16 rateCode, Word16* y);
 

@@ -10,8 +10,8 @@
 // each stage halves: the result is the DFT divided by N. Inverse: not halved, so it returns the
 // block. All sums saturate. Twiddles are pairs (cos t, -sin t) in Q15.
 //
-// Sizes: n = 2N = 128, 256 and 512, selector `sel` 0, 1 and 2, at 8, 16 and 32 kHz. The number of points,
-// of stages, the twiddles and their reordered copy are not read: they follow from the size.
+// Sizes: n = 2N = 128, 256 and 512, selector `sel` 0, 1 and 2, at 8, 16 and 32 kHz. The number of
+// points, of stages, the twiddles and their reordered copy are not read: they follow from the size.
 
 #include "ArvessaTypes.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// A frame through the front end, checks included: beamformer, then the engine when it is switched on.
+// A frame through the front end, checks included: beamformer, then the engine when it is switched
+// on.
 
 #include <cstring>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// Block floating point: the words of a block share one exponent, so that it can pass a transform with
-// the largest usable amplitude. What is known of the size of the words travels with the block, so
-// that no stage scans what the stage before has scanned or bounded.
+// Block floating point: the words of a block share one exponent, so that it can pass a transform
+// with the largest usable amplitude. What is known of the size of the words travels with the block,
+// so that no stage scans what the stage before has scanned or bounded.
 
 #include <bit>
 #include <cstdint>
@@ -12,8 +12,8 @@
 
 namespace arvessa {
 
-// The bits that the words of a block use: x, or ~x if x is negative, of all words ORed, or a bound of
-// that. With b bits every word lies in -2^b .. 2^b - 1.
+// The bits that the words of a block use: x, or ~x if x is negative, of all words ORed, or a bound
+// of that. With b bits every word lies in -2^b .. 2^b - 1.
 using UsedBits = std::uint32_t;
 inline constexpr UsedBits kAllBits = 0x7FFFFFFF;  // nothing is known
 

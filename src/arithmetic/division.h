@@ -63,8 +63,8 @@ constexpr Word32 restoringQuotient(Word32 num, Word32 den) {
   return static_cast<Word32>((static_cast<std::uint64_t>(num) << 31) / divisor);
 }
 
-// num/den in Q31 for 0 <= num <= den and den > 0; num = den gives 0x7FFFFFFF. By the reduced divisor
-// the quotient is about 2/den, relatively, above the exact one.
+// num/den in Q31 for 0 <= num <= den and den > 0; num = den gives 0x7FFFFFFF. By the reduced
+// divisor the quotient is about 2/den, relatively, above the exact one.
 constexpr Word32 lDiv32(Word32 num, Word32 den) {
   if (num == 0) return 0;
   if (num == den) return kMax32;
@@ -83,10 +83,10 @@ constexpr Word32 lDiv32(Word32 num, Word32 den) {
   return lShr(fraction, static_cast<Word16>(numNorm + 30 - denNorm));
 }
 
-// floor(num / den) for 0 <= num < 2^30 and 0 < den: the plain loop's quotient. With den normalised to
-// m = den 2^b that is floor(num 2^b / (m - 1)), which is another number only from num = m - 1 on,
-// that is 2^30 - 1; and there, the loop clamps. An odd m is a den above all num. Larger numerators
-// also lose a bit when they are normalised.
+// floor(num / den) for 0 <= num < 2^30 and 0 < den: the plain loop's quotient. With den normalised
+// to m = den 2^b that is floor(num 2^b / (m - 1)), which is another number only from num = m - 1
+// on, that is 2^30 - 1; and there, the loop clamps. An odd m is a den above all num. Larger
+// numerators also lose a bit when they are normalised.
 inline constexpr std::uint32_t kExactLimit = 1U << 30;
 constexpr Word32 exactQuotient(Word32 num, Word32 den) {
   return static_cast<Word32>(static_cast<std::uint32_t>(num) / static_cast<std::uint32_t>(den));

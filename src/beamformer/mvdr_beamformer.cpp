@@ -30,8 +30,8 @@ void analyse(const Word16* samples, Spectrum& spectrum) {
   FloatKernels::forwardTransform(block, spectrum);
 }
 
-// The output of one beam in some bins. Bin 0, the DC and the Nyquist value, is weighted as if it were
-// one complex value.
+// The output of one beam in some bins. Bin 0, the DC and the Nyquist value, is weighted as if it
+// were one complex value.
 void applyBeam(int beam, int firstBin, int endBin, const Spectrum& x1, const Spectrum& x2,
                Spectrum& y) {
   const float* wRe = MVDR_CONST_W_UP_OPT_REAL_TABLE + beam * kBeamBlock;
@@ -85,8 +85,8 @@ void decideBeam(BeamformerState& state) {
   for (float& sum : state.beamEnergy) sum = 0.0F;
 }
 
-// Truncated toward zero and limited to a symmetric range. What is not a number, which only a damaged
-// buffer can bring, gives 32767, as a minimum instruction does.
+// Truncated toward zero and limited to a symmetric range. What is not a number, which only a
+// damaged buffer can bring, gives 32767, as a minimum instruction does.
 Word16 toSample(float value) {
   if (!(value <= 32767.0F)) return 32767;
   if (value < -32767.0F) return -32767;

@@ -28,8 +28,8 @@ struct BeamformerState {
 
 void initialise(BeamformerState& state);
 
-// The blocks of both microphones, one after the other, from 80 new samples of each; the histories move
-// on.
+// The blocks of both microphones, one after the other, from 80 new samples of each; the histories
+// move on.
 void buildBlocks(std::span<const Word16, kMicrophones * kBeamFrame> samples, BeamformerState& state,
                  std::span<Word16, kMicrophones * kBeamBlock> blocks);
 
@@ -37,8 +37,8 @@ void buildBlocks(std::span<const Word16, kMicrophones * kBeamFrame> samples, Bea
 // Reads frameCount, updates overlap, energies and the choice.
 //
 // Every 16th frame the beam with the largest output energy between 1000 Hz and 3937.5 Hz is chosen,
-// at once in the first 64 frames, then only when it wins twice in a row; beam 0 counts as the winner
-// before the fifth decision, and may follow it at once.
+// at once in the first 64 frames, then only when it wins twice in a row; beam 0 counts as the
+// winner before the fifth decision, and may follow it at once.
 void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamformerState& state,
               std::span<Word16, kBeamFrame> out);
 

@@ -27,8 +27,8 @@ namespace {
 
 using Coefficients = Word32[kFilterOrder + 1];
 
-// Whether no sum of a filter can saturate, whatever its memories hold. A product with a 16-bit input
-// lies within |B|, one with a 32-bit output within |A|.
+// Whether no sum of a filter can saturate, whatever its memories hold. A product with a 16-bit
+// input lies within |B|, one with a 32-bit output within |A|.
 constexpr bool cannotSaturate(const Coefficients& b, const Coefficients& a) {
   std::int64_t forward = 0;
   std::int64_t feedback = 0;
@@ -41,8 +41,8 @@ constexpr bool cannotSaturate(const Coefficients& b, const Coefficients& a) {
 static_assert(cannotSaturate(AEC_CONST_LPF_B, AEC_CONST_LPF_A));
 static_assert(cannotSaturate(AEC_CONST_HPF_B, AEC_CONST_HPF_A));
 
-// A filter with its memories laid out in time: the ten values before the block, oldest first, then the
-// block itself. So its sums are plain ones.
+// A filter with its memories laid out in time: the ten values before the block, oldest first, then
+// the block itself. So its sums are plain ones.
 template <Word16 kMemoryShift>
 class Filter {
  public:

@@ -10,8 +10,8 @@ namespace arvessa::kernels {
 inline constexpr Word32 kDeemphasis = 866019132;    // 0.40327 in Q31
 inline constexpr Word32 kPreemphasis = -866019132;  // and its negative
 
-// 1.40327 times the size of the words, but for the first, whose predecessor may have any size; and 3
-// units, by which a product may be low.
+// 1.40327 times the size of the words, but for the first, whose predecessor may have any size; and
+// 3 units, by which a product may be low.
 constexpr UsedBits boundOfPreemphasis(UsedBits bits, Word32 first) {
   return doubled(bits | 7) | usedBits(first);
 }

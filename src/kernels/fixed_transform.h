@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The fixed-point transform of the contract as templates over the arithmetic of its butterflies, with
-// the pieces that are exported one by one.
+// The fixed-point transform of the contract as templates over the arithmetic of its butterflies,
+// with the pieces that are exported one by one.
 
 #include <algorithm>
 #include <utility>
@@ -138,8 +138,8 @@ struct Scalar {
   }
 };
 
-// The stages after the first, which alternate between the blocks, from `a` first: the result lies in
-// `b` after an odd number of them, else in `a`.
+// The stages after the first, which alternate between the blocks, from `a` first: the result lies
+// in `b` after an odd number of them, else in `a`.
 template <class Steps, bool kInverse>
 void remainingStages(Word32* a, Word32* b, const TransformTables& tables) {
   const Word16* twiddle = tables.rearranged;

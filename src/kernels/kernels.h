@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The contract of the engine's hot loops: what each computes, its shapes, formats and alias rules, and
-// what it must be told of its operands. Every way to compute them is a struct of the same functions:
+// The contract of the engine's hot loops: what each computes, its shapes, formats and alias rules,
+// and what it must be told of its operands. Every way to compute them is a struct of the same
+// functions:
 //
 //   Plain     defines them: the saturating operators, in the order of the arithmetic
 //   Portable  the same bits in fewer steps on any processor
 //   Vector    the same bits with four words at a time, where there is a vector unit
 //
-// A struct that has no better form of a kernel inherits the one before it, so that Vector is complete
-// with whatever it has. All kernels take any operands: the bits of a block say how large its words may
-// be, and a kernel that cannot saturate below some size falls back to Plain above it. A bound that is
-// too wide costs time, one that is too narrow is an error of the caller.
+// A struct that has no better form of a kernel inherits the one before it, so that Vector is
+// complete with whatever it has. All kernels take any operands: the bits of a block say how large
+// its words may be, and a kernel that cannot saturate below some size falls back to Plain above it.
+// A bound that is too wide costs time, one that is too narrow is an error of the caller.
 //
 // Blocks do not overlap unless it is said that they may.
 
@@ -38,8 +39,8 @@ struct TransformTables {
   const unsigned char* reversedBits;  // of a byte, 256 entries
 };
 
-// Which two of the 24 bands share the power of a bin, and its weights in them, Q15. All of one size,
-// the number of bins.
+// Which two of the 24 bands share the power of a bin, and its weights in them, Q15. All of one
+// size, the number of bins.
 struct Filterbank {
   std::span<const Word32> lower;  // 0..22
   std::span<const Word32> upper;  // lower + 1
@@ -51,8 +52,8 @@ inline constexpr int kFilterOrder = 10;  // of the band split
 inline constexpr int kDecimation = 3;
 inline constexpr int kMaxLowFrame = 160;
 
-// What a filter of the band split remembers, most recent value first: inputs in Q15, outputs with 13 more
-// fraction bits.
+// What a filter of the band split remembers, most recent value first: inputs in Q15, outputs with
+// 13 more fraction bits.
 struct FilterMemory {
   std::span<Word16, kFilterOrder> x;
   std::span<Word32, kFilterOrder> y;
@@ -64,14 +65,15 @@ struct Plain {
   // x[i] = floor(x[i] f[i] / 2^15): windows. Returns what bounds the products.
   static UsedBits multiply(Block x, std::span<const Word16> factors);
 
-  // out[n] = x[n] - 0.40327 x[n-1], with `previous` before x[0]. `x` has a multiple of 4 words. Returns
-  // what bounds the output.
+  // out[n] = x[n] - 0.40327 x[n-1], with `previous` before x[0]. `x` has a multiple of 4 words.
+  // Returns what bounds the output.
   static UsedBits preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out);
 
   // Real FFT of 2N words x[m], as N complex points x[2n] + j x[2n+1]: radix 2 in constant geometry
-  // (Pease 1968), then the split of the pairs' spectrum. Every stage halves: the DFT divided by N. The
-  // packed spectrum is written to `out`: real values of bins 0 and N, then real and imaginary part of
-  // bins 1..N-1. `x` holds the spectrum of the pairs afterwards. Returns what bounds the spectrum.
+  // (Pease 1968), then the split of the pairs' spectrum. Every stage halves: the DFT divided by N.
+  // The packed spectrum is written to `out`: real values of bins 0 and N, then real and imaginary
+  // part of bins 1..N-1. `x` holds the spectrum of the pairs afterwards. Returns what bounds the
+  // spectrum.
   static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
 
   // And back, without halving: the words that a forward transform came from.
@@ -101,20 +103,21 @@ struct Plain {
   // The saturating sum of the words in their order.
   static Word32 sum(ConstBlock words);
 
-  // noise[k] = max(0, alpha 2^7 power[k] + (1 - alpha) noise[k]) in bins that are not active, or whose
-  // power lies below the noise; 7 fraction bits, alpha in Q15. Returns what bounds `noise`.
+  // noise[k] = max(0, alpha 2^7 power[k] + (1 - alpha) noise[k]) in bins that are not active, or
+  // whose power lies below the noise; 7 fraction bits, alpha in Q15. Returns what bounds `noise`.
   static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
                               Word16 alpha);
 
-  // Both parts of bin k of a packed spectrum by gains[k], Q15; bin N, packed with bin 0, by gains[0].
+  // Both parts of bin k of a packed spectrum by gains[k], Q15; bin N, packed with bin 0, by
+  // gains[0].
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
 
   // y[n] = x[n] + 0.40327 y[n-1] with y[-1] in `memory`; out[n] is twice the rounded upper half of
   // y[n], saturated, Q15.
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
 
-  // The recursive filters of the band split (band_split_filters.h), L at most 160. Low-pass, then the
-  // first of every three outputs: 3 L samples to L, rounded.
+  // The recursive filters of the band split (band_split_filters.h), L at most 160. Low-pass, then
+  // the first of every three outputs: 3 L samples to L, rounded.
   static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
                                  std::span<Word16> low);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The 128-point float transform with real and imaginary parts apart. A bin and its mirror image share
-// their products, since their twiddles differ in the sign of the cosine only.
+// The 128-point float transform with real and imaginary parts apart. A bin and its mirror image
+// share their products, since their twiddles differ in the sign of the cosine only.
 
 #include <span>
 
@@ -87,8 +87,8 @@ void transform(HalfSpectrum& block) {
   block = ordered;
 }
 
-// Bin k and its mirror image m, from the pairs' spectrum z. The twiddles are mirror images, too: the
-// cosine of m is minus that of k, the sine the same.
+// Bin k and its mirror image m, from the pairs' spectrum z. The twiddles are mirror images, too:
+// the cosine of m is minus that of k, the sine the same.
 template <bool kSoftware>
 inline void unpackBin(const HalfSpectrum& z, int k, int m, ComplexFloat& atK, ComplexFloat& atM) {
   const float a = z.re[k] + z.re[m];
@@ -120,8 +120,8 @@ inline void packBin(const HalfSpectrum& p, int k, int m, ComplexFloat& atK, Comp
   atM.im = -half<kSoftware>(b + (gs - hc));
 }
 
-// The middle bin is its own mirror image, in whose form it is left. Its cosine is 0 for both, without
-// a sign.
+// The middle bin is its own mirror image, in whose form it is left. Its cosine is 0 for both,
+// without a sign.
 template <bool kInverse, bool kSoftware>
 inline ComplexFloat middleBin(float re, float im) {
   const float cosine = kTwiddleCosine[kMiddle];

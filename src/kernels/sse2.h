@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The operations of SSE2 that the vector kernels are written in: four words at a time, none of which
-// may saturate. Sums, shifts and comparisons are those of the compiler's vector types; products,
-// packing, gathering and flags are written for the unit.
+// The operations of SSE2 that the vector kernels are written in: four words at a time, none of
+// which may saturate. Sums, shifts and comparisons are those of the compiler's vector types;
+// products, packing, gathering and flags are written for the unit.
 
 #include <emmintrin.h>
 

@@ -10,9 +10,9 @@ namespace {
 
 constexpr Word16 kAnalysisHeadroom = 6;  // bits
 
-// Of the windowed block only the history, 3/16 of it, and the word after it can exceed 2^27. A value of
-// the pairs' spectrum is their mean, turned, and no larger where sums saturate; the split step adds a
-// factor of sqrt(2) at most: below 0.42 x 2^31.
+// Of the windowed block only the history, 3/16 of it, and the word after it can exceed 2^27. A
+// value of the pairs' spectrum is their mean, turned, and no larger where sums saturate; the split
+// step adds a factor of sqrt(2) at most: below 0.42 x 2^31.
 constexpr UsedBits kSpectrumBits = bitsBelow(30);
 
 }  // namespace

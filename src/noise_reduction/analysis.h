@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// Spectral analysis of a frame: normalisation, pre-emphasis, overlap with the previous frame, window,
-// transform, power per bin and per band.
+// Spectral analysis of a frame: normalisation, pre-emphasis, overlap with the previous frame,
+// window, transform, power per bin and per band.
 
 #include "noise_reduction/geometry.h"
 
@@ -31,8 +31,8 @@ struct Analysis {
 Analysis analyse(const Geometry& geometry, std::span<Word32> frame, const AnalysisMemory& memory,
                  const AnalysisBlocks& blocks);
 
-// The windowed block of 2K words: history, the new samples pre-emphasised, zeros. History and memory
-// move on. `scaleChange`: the left shift that brings them to the scale of `frame`.
+// The windowed block of 2K words: history, the new samples pre-emphasised, zeros. History and
+// memory move on. `scaleChange`: the left shift that brings them to the scale of `frame`.
 Block framed(const Geometry& geometry, ConstBlock frame, Word16 scaleChange,
              const AnalysisMemory& memory, std::span<Word32> time);
 

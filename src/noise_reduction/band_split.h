@@ -22,8 +22,8 @@ struct BandSplitMemory {
 void splitBands(std::span<const Word16> in, const FilterMemory& lowMemory,
                 const FilterMemory& highMemory, std::span<Word16> low, std::span<Word16> high);
 
-// The inverse: L samples of `low` as every third of 3 L, interpolated by the low-pass with a gain of 3,
-// plus `high`, saturated. `out` may begin where `low` does.
+// The inverse: L samples of `low` as every third of 3 L, interpolated by the low-pass with a gain
+// of 3, plus `high`, saturated. `out` may begin where `low` does.
 void joinBands(std::span<const Word16> low, const FilterMemory& memory,
                std::span<const Word16> high, std::span<Word16> out);
 
@@ -31,8 +31,8 @@ void joinBands(std::span<const Word16> low, const FilterMemory& memory,
 void delayUpperBand(std::span<Word16, kUpperBandDelay> delay, std::span<const Word16> highBand,
                     Word16 gain);
 
-// The mean of 128 gains in Q15. Each is shifted before it is added, so that the sum fits, and loses its
-// last 7 bits.
+// The mean of 128 gains in Q15. Each is shifted before it is added, so that the sum fits, and loses
+// its last 7 bits.
 Word16 meanOf128(std::span<const Word16> gains);
 
 }  // namespace arvessa

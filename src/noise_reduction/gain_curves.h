@@ -36,8 +36,8 @@ inline Word32 presenceCurve(Word32 x) {
   return quotient(16776704, denominator);                            // 4 in Q15 x Q7
 }
 
-// Moves the depth of the suppression floor, 4..15 dB, by at most 1 dB towards a target that rises with
-// the total of the band noise powers (7 fraction bits), with a hysteresis of 3 dB.
+// Moves the depth of the suppression floor, 4..15 dB, by at most 1 dB towards a target that rises
+// with the total of the band noise powers (7 fraction bits), with a hysteresis of 3 dB.
 void moveFloor(std::span<const Word32, kernels::kBands> noise, Word16& depth);
 
 }  // namespace arvessa

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// What follows from the rate: frame, transform, history and tables. Nothing else looks at a rate code.
+// What follows from the rate: frame, transform, history and tables. Nothing else looks at a rate
+// code.
 
 #include <span>
 
@@ -21,8 +22,8 @@ inline constexpr int kMaxFullbandFrame = 480;  // at 48 kHz
 inline constexpr int kUpperBandHistory = 144;  // samples by which the upper band lags its frame
 inline constexpr int kUpperBandDelay = kMaxFullbandFrame + kUpperBandHistory;
 
-// The spectral chain: N new samples, K bins (real transform of 2K points), H history samples, by which
-// the output lags the input. 2K = H + N + H: a block is history, new samples and zeros.
+// The spectral chain: N new samples, K bins (real transform of 2K points), H history samples, by
+// which the output lags the input. 2K = H + N + H: a block is history, new samples and zeros.
 struct Geometry {
   int frame;    // N
   int bins;     // K

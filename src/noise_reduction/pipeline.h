@@ -2,8 +2,8 @@
 #pragma once
 // One frame of noise reduction: the stages in their order, and nothing else writes that order.
 //
-// An observer is called with what each stage leaves, as one of the records below. NoObserver is that of
-// the product and costs nothing.
+// An observer is called with what each stage leaves, as one of the records below. NoObserver is
+// that of the product and costs nothing.
 
 #include <algorithm>
 #include <span>

@@ -21,8 +21,8 @@ struct BasicBandSnrs {
 };
 using BandSnrs = BasicBandSnrs<const Word16>;
 
-// `speech`: smoothed clean-speech power of the previous frames, in the units of power.frame, by which it
-// is replaced on the first frame.
+// `speech`: smoothed clean-speech power of the previous frames, in the units of power.frame, by
+// which it is replaced on the first frame.
 void estimateSnr(const BandPowers& power, bool firstFrame,
                  std::span<Word32, kernels::kBands> speech, const BasicBandSnrs<Word16>& snr);
 

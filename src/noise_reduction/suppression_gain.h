@@ -27,18 +27,19 @@ struct Presence {
 void suppressionGains(const BandPowers& power, const BandSnrs& snr, const GainMemory& memory,
                       const kernels::Filterbank& bank, std::span<Word16> binGain);
 
-// The steps of the stage. Smooths the a priori SNR over frames, Q8, and returns its sum over the bands.
+// The steps of the stage. Smooths the a priori SNR over frames, Q8, and returns its sum over the
+// bands.
 Word32 smoothPriorSnr(std::span<const Word16, kernels::kBands> priorSnr,
                       std::span<Word16, kernels::kBands> smooth);
 
-// The gains under speech presence, its probability, and the clean-speech power for the a priori SNR of
-// the next frame. globalPresence, of the frame: 4024..32734, Q15.
+// The gains under speech presence, its probability, and the clean-speech power for the a priori SNR
+// of the next frame. globalPresence, of the frame: 4024..32734, Q15.
 void gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kernels::kBands> framePower,
                         std::span<const Word16, kernels::kBands> smoothSnr, Word16 globalPresence,
                         std::span<Word32, kernels::kBands> speech, const Presence& presence);
 
-// Holds the gains above the floor, in place, and mixes: (p sqrt(gain) + (1 - p) sqrt(floor)) squared,
-// Q15. The floor fades where there is no noise.
+// Holds the gains above the floor, in place, and mixes: (p sqrt(gain) + (1 - p) sqrt(floor))
+// squared, Q15. The floor fades where there is no noise.
 void mixWithFloor(std::span<const Word32, kernels::kBands> noise, Word16 floorGain,
                   std::span<const Word16, kernels::kBands> probability,
                   std::span<Word16, kernels::kBands> gain,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The constant tables of the room, by transform size: 64 bins at 8 kHz, 128 at 16 kHz, 256 at 32 kHz.
-// They are chosen in one place only, geometry.cpp.
+// The constant tables of the room, by transform size: 64 bins at 8 kHz, 128 at 16 kHz, 256 at 32
+// kHz. They are chosen in one place only, geometry.cpp.
 
 #include "ArvessaTypes.h"
 
@@ -25,9 +25,9 @@ extern ARVESSA_API const Word16 WVQE_CONST_TABLE_WIN_8k[104];
 extern ARVESSA_API const Word16 WVQE_CONST_TABLE_WIN_16k[208];
 extern ARVESSA_API const Word16 WVQE_CONST_TABLE_WIN_32k[416];
 
-// The 24-band filterbank, triangular bands that widen with frequency. By bin: the lower and the upper
-// of the two bands between whose centres it lies, 0..23, and its Q15 weights in them, which add up to
-// 32767.
+// The 24-band filterbank, triangular bands that widen with frequency. By bin: the lower and the
+// upper of the two bands between whose centres it lies, 0..23, and its Q15 weights in them, which
+// add up to 32767.
 extern ARVESSA_API const Word32 WVQE_CONST_TABLE_BANK_LEFT_8K[64];
 extern ARVESSA_API const Word32 WVQE_CONST_TABLE_BANK_LEFT_16K[128];
 extern ARVESSA_API const Word32 WVQE_CONST_TABLE_BANK_LEFT_32K[256];
