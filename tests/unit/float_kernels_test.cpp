@@ -30,7 +30,7 @@ struct FormName {
     return Form::kName;
   }
 };
-TYPED_TEST_SUITE(FloatKernels, AsTypes<FloatBackends>::Types, FormName);
+TYPED_TEST_SUITE(FloatKernels, AsTypes<FloatForms>::Types, FormName);
 
 TYPED_TEST(FloatKernels, TransformsEqualThePlainOnes) {
   Random random(41);

@@ -81,7 +81,7 @@ struct FormName {
     return Form::kName;
   }
 };
-TYPED_TEST_SUITE(Kernels, AsTypes<Backends>::Types, FormName);
+TYPED_TEST_SUITE(Kernels, AsTypes<kernels::Forms>::Types, FormName);
 
 TYPED_TEST(Kernels, Multiply) {
   this->forEachPeak([&](Word32 peak, int size) {
