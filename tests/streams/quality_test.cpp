@@ -28,15 +28,13 @@ Recording record(int rateCode, int nr, int agc, int frames, Next next) {
                     2};
   EXPECT_EQ(VORN_Init(&cfg), 0);
   Recording r;
-  for (int frame = 0; frame < frames; ++frame) {
-    alignas(4) Word16 in[480];
-    alignas(4) Word16 out[480];
+  r.out = inFrames(frames, [&](int frame, Word16* in, Word16* out) {
     for (int i = 0; i < n; ++i) in[i] = next((frame + 1.0 * i / n) / 100);
+    r.in.insert(r.in.end(), in, in + n);
     auto length = static_cast<Word16>(n);
     EXPECT_EQ(VORN_Proc(in, n, out, &length, &cfg), 0);
-    r.in.insert(r.in.end(), in, in + n);
-    r.out.insert(r.out.end(), out, out + n);
-  }
+    return n;
+  });
   return r;
 }
 

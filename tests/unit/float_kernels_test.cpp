@@ -8,51 +8,35 @@
 
 #include "kernels/integer_float.h"
 #include "unit/float_blocks.h"
+#include "unit/forms.h"
 
 namespace arvessa::test {
 namespace {
 
 using namespace kernels;
 
-template <class Tuple>
-struct AsTypes;
-template <class... Forms>
-struct AsTypes<std::tuple<Forms...>> {
-  using Types = testing::Types<Forms...>;
-};
-
 template <class Form>
 class FloatKernels : public testing::Test {};
 
-struct FormName {
-  template <class Form>
-  static std::string GetName(int /*index*/) {
-    return Form::kName;
-  }
-};
 TYPED_TEST_SUITE(FloatKernels, AsTypes<FloatBackends>::Types, FormName);
 
 TYPED_TEST(FloatKernels, TransformsEqualThePlainOnes) {
   Random random(41);
-  for (const Kind kind : kKinds) {
-    for (int round = 0; round < 300; ++round) {
-      SCOPED_TRACE(testing::Message() << "kind " << kind << ", round " << round);
-      const Block block = drawBlock(kind, random, kFloatBlock);
-      HalfSpectrum got, want;
-      TypeParam::forwardTransform(std::span<const float, kFloatBlock>(block), got);
-      PlainFloat::forwardTransform(std::span<const float, kFloatBlock>(block), want);
-      expectSameArray(got.re, want.re, "real parts");
-      expectSameArray(got.im, want.im, "imaginary parts");
-      HalfSpectrum spectrum;
-      std::copy_n(block.begin(), kFloatBins, spectrum.re);
-      std::copy_n(block.begin() + kFloatBins, kFloatBins, spectrum.im);
-      float samples[kFloatBlock], wanted[kFloatBlock];
-      TypeParam::inverseTransform(spectrum, samples);
-      PlainFloat::inverseTransform(spectrum, wanted);
-      expectSameArray(samples, wanted, "samples");
-      if (testing::Test::HasFailure()) return;
-    }
-  }
+  forEach(kKinds, 300, [&](Kind kind) {
+    const Block block = drawBlock(kind, random, kFloatBlock);
+    const std::span<const float, kFloatBlock> in(block);
+    HalfSpectrum got, want;
+    TypeParam::forwardTransform(in, got);
+    PlainFloat::forwardTransform(in, want);
+    expectSameArray(got.re, want.re, "real parts");
+    expectSameArray(got.im, want.im, "imaginary parts");
+    std::copy_n(block.begin(), kFloatBins, want.re);
+    std::copy_n(block.begin() + kFloatBins, kFloatBins, want.im);
+    float samples[kFloatBlock], wanted[kFloatBlock];
+    TypeParam::inverseTransform(want, samples);
+    PlainFloat::inverseTransform(want, wanted);
+    expectSameArray(samples, wanted, "samples");
+  });
 }
 
 // The same bits; what is no number may have any of those that say so.
