@@ -36,25 +36,22 @@ TEST(Agc, EqualsTheReference) {
 TEST(Agc, WaitsBeforeTheGainRises) {
   ::WvqeState state{};
   VQE_Init(&state);
-  const auto run = [&](int level, int voice, int frames) {
-    for (int i = 0; i < frames; ++i) {
-      Word16 x[80];
-      Word16 y[80];
-      for (int n = 0; n < 80; ++n) x[n] = n % 2 == 0 ? level : -level;
-      state.agc.vadFlag = static_cast<Word16>(voice);
-      VED_AGC_Process(&state, x, WVQE_AGC_GAIN_TABLE_15_9, 0, y);
-    }
+  const auto indexAfter = [&](int level, Word16 voice, int frames) {
+    Word16 x[80], y[80];
+    std::fill_n(x, 80, level);
+    state.agc.vadFlag = voice;
+    while (frames-- > 0) VED_AGC_Process(&state, x, WVQE_AGC_GAIN_TABLE_15_9, 0, y);
     return state.agc.agcGainIdx;
   };
-  EXPECT_EQ(run(32767, 0, 1), 10);
-  EXPECT_EQ(run(32767, 1, 1), 2);
+  EXPECT_EQ(indexAfter(32767, 0, 1), 10);
+  EXPECT_EQ(indexAfter(32767, 1, 1), 2);
   state.agc.agcEnvFast = state.agc.agcEnvSlow = 1000000;  // headroom 12
-  EXPECT_EQ(run(500, 1, 200), 2);
+  EXPECT_EQ(indexAfter(500, 1, 200), 2);
   EXPECT_EQ(state.agc.agcUpCount, 200);
-  EXPECT_EQ(run(500, 0, 50), 2) << "frames without voice do not count";
-  EXPECT_GT(run(500, 1, 1), 2);
+  EXPECT_EQ(indexAfter(500, 0, 50), 2) << "frames without voice do not count";
+  EXPECT_GT(indexAfter(500, 1, 1), 2);
   state.agc.agcUpCount = 150;
-  run(32767, 1, 1);
+  indexAfter(32767, 1, 1);
   EXPECT_EQ(state.agc.agcUpCount, 0);
 }
 

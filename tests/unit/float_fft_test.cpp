@@ -34,6 +34,7 @@ TEST(FloatFft, EqualsTheReferenceWithTablesOfTheCaller) {
   Block smaller(kTwiddle, kTwiddle + 128);
   for (float& w : smaller) w *= 0.75F;
   const unsigned short halfSteps[6] = {32, 16, 8, 4, 2, 1};
+  expectSameTransforms(128, 6, kTwiddle, kPhase);
   expectSameTransforms(128, 6, smaller.data(), kPhase);
   expectSameTransforms(128, 6, kTwiddle, halfSteps);
   expectSameTransforms(128, 0, kTwiddle, kPhase);
