@@ -17,80 +17,31 @@
 namespace arvessa::test {
 namespace {
 
-// Any operands.
-struct Any {
-  template <class... Args>
-  void operator()(std::tuple<Args...>& operands) {
-    std::apply([&](auto&... operand) { (random.draw(operand), ...); }, operands);
-  }
-  Random random{1};
-};
-
-// Every value from the first.
-struct From {
-  template <class T>
-  void operator()(std::tuple<T>& operand) {
-    std::get<0>(operand) = static_cast<T>(next++);
-  }
-  int next;
-};
-
 // A numerator and a divisor, both of any width.
-struct Quotients {
-  void operator()(std::tuple<Word32, Word32>& operands) {
-    auto& [num, den] = operands;
-    den = std::max(1, random.anyMagnitude());
-    std::int64_t wide = random.anyMagnitude();
-    switch (random.below(4)) {
-      case 0:  // near a multiple
-        wide = std::int64_t{den} * random.magnitude(16) + random.below(7) - 3;
-        break;
-      case 1:  // near those multiples at which the 32/16-bit quotients end
-        wide = std::int64_t{den} * (random.below(2) == 0 ? 128 : 32768) + random.below(7) - 3;
-        break;
-      case 2:  // where the remainder reproduces itself: 2 floor(den / 2) - 1
-        den =
-            random.below(2) == 0 ? std::max(1, (2 << random.below(30)) + random.below(7) - 3) : den;
-        wide = std::int64_t{den} - random.below(6);
-        break;
-      default:  // anywhere
-        break;
-    }
-    num = static_cast<Word32>(std::clamp<std::int64_t>(wide, 0, kMax32));
+std::pair<Word32, Word32> drawQuotient(Random& random) {
+  enum Kind { kAnywhere, kNearAMultiple, kNearTheEnds, kReproducingRemainder };
+  const auto kind = static_cast<Kind>(random.below(4));
+  Word32 den = std::max(1, random.anyMagnitude());
+  std::int64_t num = random.anyMagnitude();
+  if (kind == kNearAMultiple) num = std::int64_t{den} * random.magnitude(16) + random.below(7) - 3;
+  if (kind == kNearTheEnds) {  // of the 32/16-bit quotients
+    num = std::int64_t{den} * (random.below(2) == 0 ? 128 : 32768) + random.below(7) - 3;
   }
-  Random random{2};
-};
-
-// Around 2^30, where the 31 steps cease to give the integer quotient.
-struct QuotientsAroundTheExactLimit {
-  void operator()(std::tuple<Word32, Word32>& operands) {
-    operands = {(1 << 30) + random.below(81) - 40, 1 + random.below(2000)};
+  if (kind ==
+      kReproducingRemainder) {  // 2 floor(den / 2) - 1, for divisors near powers of two, too
+    if (random.below(2) == 0) den = std::max(1, (2 << random.below(30)) + random.below(7) - 3);
+    num = std::int64_t{den} - random.below(6);
   }
-  Random random{3};
-};
+  return {static_cast<Word32>(std::clamp<std::int64_t>(num, 0, kMax32)), den};
+}
 
-// Quotients of at most 1.
-struct Fractions {
-  void operator()(std::tuple<Word32, Word32>& operands) {
-    quotients(operands);
-    auto& [num, den] = operands;
-    if (num > den) num %= den;
-  }
-  void operator()(std::tuple<Word16, Word16>& operands) {
-    const int den = std::max(1, quotients.random.magnitude(15) >> quotients.random.below(14));
-    operands = {quotients.random.below(den + 1), den};
-  }
-  Quotients quotients;
-};
-
-struct Magnitudes {
-  void operator()(std::tuple<Word32>& operand) { operand = random.word32() & kMax32; }
-  Random random{4};
-};
-
-TEST(Arithmetic, EqualsTheReference) {
+TEST(Arithmetic, OperatorsEqualTheReference) {
+  Random random(1);
+  const auto any = [&](auto& operands) {
+    std::apply([&](auto&... operand) { (random.draw(operand), ...); }, operands);
+  };
   expectSameFunctions(
-      200000, Any(), PAIR(VORN_saturate), PAIR(VORN_add), PAIR(VORN_sub), PAIR(VORN_abs_s),
+      200000, any, PAIR(VORN_saturate), PAIR(VORN_add), PAIR(VORN_sub), PAIR(VORN_abs_s),
       PAIR(VORN_negate), PAIR(VORN_extract_h), PAIR(VORN_extract_l), PAIR(VORN_L_mult),
       PAIR(VORN_mult), PAIR(VORN_mult_r), PAIR(VORN_round), PAIR(VORN_L_mac), PAIR(VORN_L_msu),
       PAIR(VORN_L_add), PAIR(VORN_L_sub), PAIR(VORN_L_negate), PAIR(VORN_L_abs),
@@ -99,16 +50,42 @@ TEST(Arithmetic, EqualsTheReference) {
       PAIR(VORN_Mpy_32_16), PAIR(VORN_L_mult32), PAIR(VORN_L_mpy_ll), PAIR(VORN_div_s),
       PAIR(VORN_L_div32), PAIR(WVQE_L_div32), PAIR(WVQE_DIV32_16_Q8), PAIR(WVQE_DIV32_16_Q15),
       PAIR(WVQE_iLog4), PAIR(AGC_norm_l));
+}
+
+TEST(Arithmetic, DivisionsEqualTheReference) {
+  Random random(2);
   const Pair definition = {"the 31 steps", quotientPlain, reference::WVQE_L_div32};
-  expectSameFunctions(1000000, Quotients(), PAIR(WVQE_L_div32), PAIR(WVQE_DIV32_16_Q8),
+  const auto quotients = [&](auto& operands) { operands = drawQuotient(random); };
+  expectSameFunctions(1000000, quotients, PAIR(WVQE_L_div32), PAIR(WVQE_DIV32_16_Q8),
                       PAIR(WVQE_DIV32_16_Q15), definition);
-  expectSameFunctions(200000, QuotientsAroundTheExactLimit(), PAIR(WVQE_L_div32), definition);
-  expectSameFunctions(1000000, Fractions(), PAIR(VORN_L_div32), PAIR(VORN_div_s));
-  expectSameFunctions(65536, From{-32768}, PAIR(WVQE_Exp), PAIR(WVQE_ExpTmp));
-  expectSameFunctions(300000, From{0}, PAIR(WVQE_Sqrt));
-  expectSameFunctions(2000000, Magnitudes(), PAIR(WVQE_Sqrt));
-  expectSameFunctions(400000, From{-3}, PAIR(WVQE_Hypergeom_Gain));
-  expectSameFunctions(70000, From{-3}, PAIR(WVQE_Qcurve));
+  // Around 2^30 the 31 steps cease to give the integer quotient.
+  const auto largest = [&](auto& operands) {
+    operands = {(1 << 30) + random.below(81) - 40, 1 + random.below(2000)};
+  };
+  expectSameFunctions(200000, largest, PAIR(WVQE_L_div32), definition);
+  const auto fractions = [&](auto& operands) {
+    const auto [num, den] = drawQuotient(random);
+    operands = {num > den ? num % den : num, den};
+  };
+  expectSameFunctions(1000000, fractions, PAIR(VORN_L_div32));
+  const auto shortFractions = [&](auto& operands) {
+    const int den = std::max(1, random.magnitude(15) >> random.below(14));
+    operands = {random.below(den + 1), den};
+  };
+  expectSameFunctions(1000000, shortFractions, PAIR(VORN_div_s));
+}
+
+TEST(Arithmetic, FunctionsOfOneNumberEqualTheReference) {
+  Random random(4);
+  const auto magnitudes = [&](auto& operand) { operand = {random.word32() & kMax32}; };
+  const auto from = [](int first) {
+    return [next = first](auto& operand) mutable { std::get<0>(operand) = next++; };
+  };
+  expectSameFunctions(65536, from(-32768), PAIR(WVQE_Exp), PAIR(WVQE_ExpTmp));
+  expectSameFunctions(300000, from(0), PAIR(WVQE_Sqrt));
+  expectSameFunctions(2000000, magnitudes, PAIR(WVQE_Sqrt));
+  expectSameFunctions(400000, from(-3), PAIR(WVQE_Hypergeom_Gain));
+  expectSameFunctions(70000, from(-3), PAIR(WVQE_Qcurve));
 }
 
 // What the reference could get wrong as the library does, and single operands that random ones miss.

@@ -5,6 +5,7 @@
 
 #include <bit>
 #include <limits>
+#include <sstream>
 
 #include "kernels/integer_float.h"
 #include "unit/float_blocks.h"
@@ -48,18 +49,16 @@ void expectSameFloat(float got, float want, const std::string& what) {
 // What stands in for the operations where they take a library routine each, on every processor.
 TEST(IntegerFloat, StandsInForTheOperations) {
   using Limits = std::numeric_limits<float>;
-  std::vector<float> operands = {0.0F,          1.0F,
-                                 0.7F,          32767.0F,
-                                 Limits::max(), Limits::infinity(),
-                                 Limits::min(), Limits::quiet_NaN()};
+  Block operands = {
+      0, 1, 0.7F, 32767, Limits::max(), Limits::infinity(), Limits::min(), Limits::quiet_NaN()};
   // Denormals, and numbers that become denormal by halving.
   for (const std::uint32_t bits : {1U, 5U, 0x800001U, 0xFFFFFFU, 0x1000001U}) {
     operands.push_back(std::bit_cast<float>(bits));
   }
   for (std::size_t i = operands.size(); i-- > 0;) operands.push_back(-operands[i]);
-  const ComplexFloat twiddles[] = {{1.0F, 0.0F},  {1.0F, -0.0F},      {0.0F, -1.00003052F},
-                                   {0.0F, 0.75F}, {-0.0F, 0.5F},      {0.0F, 0.0F},
-                                   {0.75F, 0.0F}, {0.7071F, -0.7071F}};
+  const ComplexFloat twiddles[] = {{1, 0},     {1, -0.0F},         {0, -1.00003052F},
+                                   {0, 0.75F}, {-0.0F, 0.5F},      {0, 0},
+                                   {0.75F, 0}, {0.7071F, -0.7071F}};
   for (const float re : operands) {
     expectSameFloat(half<true>(re), re * 0.5F, "half");
     for (const float im : operands) {
