@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs the tests with the code that link_check.py compiled for Android.
 
 The same object files, linked once more into a library for Debian's ARM port, take the place of the
