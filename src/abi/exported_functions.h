@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The exported names of the numeric functions (arithmetic/). Pure functions, any thread,
-// any operands; meaningful within the ranges stated.
+// The exported names of the numeric functions (arithmetic/). Any thread, any operands;
+// meaningful within the ranges stated. Pure functions, but for the last two, which work in place.
 
 #include "ArvessaTypes.h"
 

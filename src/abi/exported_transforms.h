@@ -37,7 +37,8 @@ ARVESSA_API void VORN_NR_c_ifft_rever_ASM(const Word32* src, Word32* dst, int se
 
 // The other log2(N) - 1 stages, alternating between the blocks, from `a` first. The result lies in
 // `b` for sel 0 and 2, in `a` for sel 1. The starting twiddle position and the pair counter are not
-// read: a transform reads the whole table once, and would read past its end from anything but 0.
+// read: a transform reads the whole table once, and would read past its end from another position
+// than 0.
 ARVESSA_API void VORN_NR_c_fft_COP_ASM(Word32* a, Word32* b, int twiddlePosition, int pairCounter,
                                        int sel);
 ARVESSA_API void VORN_NR_c_ifft_COP_ASM(Word32* a, Word32* b, int twiddlePosition, int pairCounter,

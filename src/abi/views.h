@@ -9,9 +9,10 @@
 
 namespace arvessa {
 
+// Nothing, if n is negative.
 template <class T>
 std::span<T> view(T* from, int n) {
-  return {from, static_cast<std::size_t>(n)};
+  return {from, static_cast<std::size_t>(n < 0 ? 0 : n)};
 }
 
 template <class T>

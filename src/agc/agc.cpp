@@ -20,7 +20,7 @@ struct Layout {
   std::size_t blocks;
 };
 
-// 16 gains a frame, 8 where a tenth of the frame is no longer.
+// 16 blocks, 8 at 80 samples: subframes of 16 or 8 samples.
 Layout layoutOf(std::size_t samples) {
   const std::size_t blocks = std::min<std::size_t>(samples / 10, 16);
   return {samples / blocks, blocks};
@@ -45,8 +45,8 @@ Word32 trackEnvelopes(AgcState& state, std::span<const Word32> peaks) {
   return largest;
 }
 
-// The gain index at the end of the frame: down at once on a louder voice frame, up after 200 voice
-// frames that ask for it.
+// The gain index at the end of the frame: down at once on a louder voice frame, up on the 201st
+// voice frame that asks for it since the gain last fell or rose.
 Word16 decideIndex(AgcState& state, Word16 headroom) {
   const Word16 index = state.agcGainIdx;
   if (state.vadFlag == 0 || index == headroom) return index;

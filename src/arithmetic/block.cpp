@@ -44,9 +44,10 @@ Block normalised(std::span<Word32> words, Word16 headroom) {
   if (shift < 0) {
     shiftRight(words, -shift);
   } else {
-    shiftLeft(words, shift);
+    shiftLeft(words, shift > 31 ? 31 : shift);
   }
-  return {words, bitsBelow(31 - headroom), static_cast<Word16>(shift)};
+  const int left = headroom < 0 ? 31 : headroom > 31 ? 0 : 31 - headroom;
+  return {words, bitsBelow(left), static_cast<Word16>(shift)};
 }
 
 void denormalise(Block& block, Word16 shift) {

@@ -26,7 +26,10 @@ UsedBits usedBits(std::span<const Word32> words);
 constexpr UsedBits bitsBelow(int b) { return (UsedBits{1} << b) - 1; }
 
 // The bound for words of up to twice the size.
-constexpr UsedBits doubled(UsedBits bits) { return (bits << 1 | 1) & kAllBits; }
+constexpr UsedBits doubled(UsedBits bits) {
+  return bits > bitsBelow(30) ? kAllBits : bits << 1 | 1;
+}
+static_assert(doubled(0x40000000) == kAllBits && doubled(0x3FFFFFFF) == kAllBits);
 
 // Words to be written, with their exponent: a word is its value times 2^exponent.
 struct Block {

@@ -38,11 +38,12 @@ constexpr bool cannotSaturate(const Coefficients& b, const Coefficients& a) {
   }
   return forward < kMax32 && forward / 8 + 1 + feedback < kMax32;
 }
+// So the sums below are plain ones.
 static_assert(cannotSaturate(AEC_CONST_LPF_B, AEC_CONST_LPF_A));
 static_assert(cannotSaturate(AEC_CONST_HPF_B, AEC_CONST_HPF_A));
 
 // A filter with its memories laid out in time: the ten values before the block, oldest first, then
-// the block itself. So its sums are plain ones.
+// the block itself.
 template <Word16 kMemoryShift>
 class Filter {
  public:

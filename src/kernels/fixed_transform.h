@@ -185,7 +185,8 @@ void inverseRealTransform(const Word32* spectrum, Word32* out, const TransformTa
 // in the split step the sums stay below 2 sqrt(2) times that: 2^30 for components below 2^28.
 inline bool hasForwardHeadroom(UsedBits bits) { return bits <= bitsBelow(28); }
 
-// The packed spectrum then: components up to twice that of a complex value.
+// The packed spectrum then: sqrt(2) times the largest component, doubled by the split step, and the
+// roundings.
 inline UsedBits boundOfSpectrum(UsedBits bits) { return doubled(doubled(bits)); }
 
 // Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in

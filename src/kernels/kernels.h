@@ -10,9 +10,10 @@
 //
 // A struct that has no better form of a kernel inherits the one before it, so that Vector is
 // complete with whatever it has. All kernels take any operands: the bits of a block say how large
-// its words may be, and a kernel that cannot saturate below some size falls back to Plain above it.
-// A bound that is too wide costs time, one that is too narrow is an error of the caller. Where
-// nothing is known (kAllBits), a kernel that has use for it looks itself.
+// its words may be, and a kernel that cannot saturate below some size falls back to a form before
+// it above. A bound that is too wide costs time, one that is too narrow is an error of the caller.
+// Of a block that they update, smoothPower and updateNoise look themselves where nothing is known
+// (kAllBits); inverseTransform always looks.
 //
 // Blocks do not overlap unless it is said that they may.
 
@@ -64,7 +65,8 @@ struct FilterMemory {
 struct Plain {
   static constexpr const char* kName = "plain";
 
-  // x[i] = floor(x[i] f[i] / 2^15): windows. Returns what bounds the products.
+  // x[i] = floor(x[i] f[i] / 2^15) for factors above -1, such as windows. Returns what bounds the
+  // products.
   static UsedBits multiply(Block x, std::span<const Word16> factors);
 
   // out[n] = x[n] - 0.40327 x[n-1], with `previous` before x[0]. `x` has a multiple of 4 words.

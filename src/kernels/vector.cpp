@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The kernels with four words at a time, for blocks with
-// headroom: where no operation of the definition saturates, these give the same bits. Written once
-// above the operations of the vector unit.
+// The kernels with four words at a time, for blocks with headroom: where no operation of the
+// definition saturates, these give the same bits. Written once above the operations of the vector
+// unit.
 
 #include "kernels/kernels.h"
 

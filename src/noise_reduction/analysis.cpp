@@ -56,7 +56,8 @@ Block framed(const Geometry& geometry, ConstBlock frame, Word16 scaleChange,
             memory.history.begin());
 
   UsedBits bits = Kernels::multiply({windowed, freshBits | usedBits(past)}, geometry.window);
-  // Of a loud frame's history at the scale of a quiet one, the window takes most away.
+  // The transform's fast form takes 28 bits. Of a loud frame's history at the scale of a quiet one,
+  // the window may have taken what is above.
   if (bits > bitsBelow(28)) bits = usedBits(windowed);
   return {time, bits, frame.exponent};
 }

@@ -6,6 +6,7 @@
 #include "arithmetic/operators.h"
 
 namespace arvessa {
+
 void splitBands(std::span<const Word16> in, const FilterMemory& lowMemory,
                 const FilterMemory& highMemory, std::span<Word16> low, std::span<Word16> high) {
   Kernels::lowPassAndDecimate(in, lowMemory, low);

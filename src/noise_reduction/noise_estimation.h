@@ -24,7 +24,7 @@ struct NoiseEstimate {
   ConstBlock noise;  // memory.noise with its bits
 };
 
-// Updates the memory by a frame of K powers, K a multiple of 4 and at least 4, and writes 1 for
+// Updates the memory by a frame of K powers, K at least 4, and writes 1 for
 // speech or 0 for noise to `active`. `frame`: its number since initialisation, 1..32767, already
 // counted.
 NoiseEstimate estimateNoise(ConstBlock power, std::uint16_t frame, const NoiseMemory& memory,

@@ -37,7 +37,7 @@ struct Suppressed {
   ConstBlock spectrum;
 };
 struct Normalised {
-  ConstBlock spectrum;  // for the inverse transform
+  ConstBlock spectrum;  // for the inverse transform, with the exponent of this step alone
 };
 struct Transformed {
   std::span<const Word32> time;  // at the scale of the spectrum
@@ -57,13 +57,12 @@ struct ReducedFrame {
   Word16 meanGain;  // for the band above, Q15
 };
 
-// The spectral chain: N samples of Q15 in and out, which may be the same. `suppress`: otherwise the
-// spectrum is left as it is, and the mean gain is 32767. `wantsMean`: of 128 bins.
 struct ChainSwitches {
-  bool suppress;
-  bool wantsMean;
+  bool suppress;   // or the spectrum is left as it is
+  bool wantsMean;  // of 128 gains; without it, or without suppression, the mean is 32767
 };
 
+// The spectral chain: N samples of Q15 in and out, which may be the same.
 template <class Observer>
 ReducedFrame runSpectralChain(const Geometry& geometry, ChainSwitches switches,
                               std::span<const Word16> in, NoiseReductionState& state,
