@@ -13,14 +13,12 @@ import time
 
 # Only the library and its tests. Warnings are no errors: an operand that a fault leaves unused is
 # not what stops it. Tests of the shared object are linked once, not for every fault.
-SETTINGS = ("-DARVESSA_TOOLS=OFF", "-DARVESSA_BENCH=OFF", "-DARVESSA_TESTS=ON",
+SETTINGS = ("-DARVESSA_APPS=OFF", "-DARVESSA_BENCH=OFF", "-DARVESSA_TESTS=REQUIRED",
             "-DARVESSA_WERROR=OFF", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON")
-LIBRARY = "libArvessa_ANDROID.so"
-LABELS = {"unit", "stream", "reference"}  # of the tests to run; where no test has one, all of them
-ALWAYS = re.compile("library|tables")  # names of tests to run whatever their labels
-NEVER = re.compile("(install|command|mutation)(_|$)")  # tests of something else
-BATCHES = (0.02, 0.2, float("inf"))  # seconds: the quicker a test, the earlier
-SECONDS = 60  # for a batch of tests; what hangs has been noticed
+SHARED = "Arvessa"  # the target that stream tests run with, whatever else they need
+OBJECTS = "libArvessa.a"  # all objects, kernels included that the shared object leaves out
+LABELS = {"unit", "stream", "reference"}  # of the tests to run
+NEVER = "mutation_rules"  # the test of something else
 OUTPUT_BYTES = 64 << 20
 
 
@@ -28,16 +26,25 @@ class BuildFailure(Exception):
     """The library or a test does not build; says why."""
 
 
+def limit_output():
+    resource.setrlimit(resource.RLIMIT_FSIZE, (OUTPUT_BYTES, OUTPUT_BYTES))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
 class Step:
-    """Something to run that notices faults: tests of one program, or a script."""
+    """Something to run that notices faults: the tests of a suite, or a script."""
 
-    def __init__(self, name, command, target, environment, folder):
-        self.name, self.command, self.target = name, command, target
-        self.environment, self.folder = environment, folder
-        self.seconds = 0.0
+    def __init__(self, name, command, properties, folder):
+        self.name, self.command, self.folder = name, command, folder
+        program = os.path.relpath(command[0], folder)
+        self.target = None if program.startswith("..") else program
+        pairs = (pair.split("=", 1) for pair in properties.get("ENVIRONMENT", []))
+        self.environment = {**os.environ, **dict(pairs)}
+        self.seconds = None  # that it takes without a fault
 
-    def failure(self, limit):
-        """The test that fails, or None."""
+    def failure(self):
+        """The test that fails, or None. What hangs has been noticed."""
+        limit = self.seconds and 20 + 10 * self.seconds
         with tempfile.TemporaryFile() as output:
             try:
                 status = subprocess.run(
@@ -53,44 +60,26 @@ class Step:
         return (begun[-1].decode() if begun else self.name) + how
 
 
-def limit_output():
-    resource.setrlimit(resource.RLIMIT_FSIZE, (OUTPUT_BYTES, OUTPUT_BYTES))
-    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-
-
 class Build:
-    def __init__(self, copy, name, preset, settings=(), jobs=2, patience=1):
-        self.copy, self.name, self.preset, self.jobs = copy, name, preset, jobs
-        self.settings, self.limit = settings, SECONDS * patience
-        self.folder = copy / "build" / name
-        self.steps = []
-        self.library = None  # where it lies in the folder
-        self.unchanged = None  # its contents without a fault
-
-    def prepare(self):
+    def __init__(self, copy, name, preset, *settings, jobs):
         """Configures, builds and tests the library as it is."""
-        print(f"{self.name}: builds, and tests without a fault", flush=True)
-        subprocess.run(["cmake", "--preset", self.preset, "-B", self.folder, *SETTINGS,
-                        *self.settings], cwd=self.copy, check=True, stdout=subprocess.DEVNULL)
+        self.name, self.folder, self.jobs = name, copy / "build" / f"mutate-{name.split()[0]}", jobs
+        print(f"{name}: builds, and tests without a fault", flush=True)
+        subprocess.run(["cmake", "--preset", preset, "-B", self.folder, *SETTINGS, *settings],
+                       cwd=copy, check=True, stdout=subprocess.DEVNULL)
         try:
             self.build("all")
         except BuildFailure as failure:
-            raise SystemExit(f"{self.name}, without any fault: {failure}") from failure
-        library = min(self.folder.rglob(LIBRARY), key=lambda path: len(path.parts))
-        self.library = str(library.relative_to(self.folder))
+            raise SystemExit(f"{name}, without any fault: {failure}") from failure
         self.unchanged = self.contents()
-        self.find_steps()
+        self.steps = list(self.found_steps())
         for step in self.steps:
             started = time.monotonic()
-            failure = step.failure(self.limit)
+            failure = step.failure()
             step.seconds = time.monotonic() - started
             if failure:
-                raise SystemExit(f"{self.name}, without any fault: {failure}")
+                raise SystemExit(f"{name}, without any fault: {failure}")
         self.steps.sort(key=lambda step: step.seconds)
-
-    def has_option(self, name):
-        cache = (self.folder / "CMakeCache.txt").read_text(encoding="utf-8")
-        return re.search(f"^{name}:", cache, re.MULTILINE) is not None
 
     def build(self, *targets):
         done = subprocess.run(["ninja", "-C", self.folder, "-j", str(self.jobs), *targets],
@@ -99,72 +88,44 @@ class Build:
             raise BuildFailure(done.stdout)
 
     def contents(self):
-        """A digest of the library without what only names the build."""
-        stripped = self.folder / "stripped_library"
-        subprocess.run(["objcopy", "--strip-all", "--remove-section=.note.gnu.build-id",
-                        self.folder / self.library, stripped], check=True)
+        """A digest of the library's objects without what only debuggers read."""
+        archive = next(self.folder.rglob(OBJECTS))
+        stripped = self.folder / "stripped_objects"
+        subprocess.run(["objcopy", "--strip-debug", archive, stripped], check=True)
         return hashlib.sha256(stripped.read_bytes()).digest()
 
     def changes_library(self):
-        self.build(self.library)
+        self.build("ArvessaStatic")
         return self.contents() != self.unchanged
 
     def failing_test(self):
         """The first test that fails with the sources as they are now, or None."""
-        self.build(self.library)
-        built = set()
+        built = {None}
+        self.build(SHARED)
         for step in self.steps:
-            if step.target and step.target not in built:
+            if step.target not in built:
                 self.build(step.target)
                 built.add(step.target)
-            failure = step.failure(self.limit)
+            failure = step.failure()
             if failure:
                 return failure
         return None
 
-    def find_steps(self):
+    def found_steps(self):
+        """The tests of a suite of a GoogleTest program are one step: they share its start."""
         listing = subprocess.run(["ctest", "--test-dir", self.folder, "--show-only=json-v1"],
                                  check=True, capture_output=True, text=True).stdout
-        tests = [test for test in json.loads(listing)["tests"] if not NEVER.match(test["name"])]
-        for test in tests:
-            test["properties"] = {p["name"]: p["value"] for p in test.get("properties", [])}
-            test["labels"] = set(test["properties"].get("LABELS", []))
-        if any(test["labels"] & LABELS for test in tests):
-            tests = [test for test in tests
-                     if test["labels"] & LABELS or ALWAYS.search(test["name"])]
-        programs = collections.defaultdict(list)
-        for test in tests:
+        suites = collections.defaultdict(list)
+        for test in json.loads(listing)["tests"]:
             command = test["command"]
-            name = command[1].split("=", 1) if len(command) > 1 else [""]
-            if name[0] == "--gtest_filter":
-                programs[command[0]].append((name[1], test["properties"]))
+            properties = {p["name"]: p["value"] for p in test.get("properties", [])}
+            if test["name"] == NEVER or not LABELS.intersection(properties.get("LABELS", [])):
+                continue
+            option, _, cases = command[1].partition("=") if len(command) > 1 else ("", "", "")
+            if option == "--gtest_filter":
+                suites[command[0], cases.split(".")[0]].append(cases)
             else:
-                self.steps.append(self.step(test["name"], command, test["properties"]))
-        for program, cases in programs.items():
-            self.find_batches(program, cases)
-
-    def step(self, name, command, properties):
-        program = os.path.relpath(command[0], self.folder)
-        environment = dict(pair.split("=", 1) for pair in properties.get("ENVIRONMENT", []))
-        return Step(name, command, None if program.startswith("..") else program,
-                    {**os.environ, **environment}, properties.get("WORKING_DIRECTORY", self.folder))
-
-    def find_batches(self, program, cases):
-        """Steps for the tests of a GoogleTest program, those together that take about as long."""
-        with tempfile.TemporaryDirectory() as folder:
-            report = os.path.join(folder, "report.json")
-            names = ":".join(name for name, _ in cases)
-            step = self.step("", [program, f"--gtest_filter={names}",
-                                  f"--gtest_output=json:{report}"], cases[0][1])
-            failure = step.failure(10 * self.limit)
-            if failure:
-                raise SystemExit(f"{self.name}, without any fault: {failure}")
-            suites = json.load(open(report, encoding="utf-8"))["testsuites"]
-        seconds = {f"{test['classname']}.{test['name']}": float(test["time"].rstrip("s"))
-                   for suite in suites for test in suite["testsuite"]}
-        batches = collections.defaultdict(list)
-        for name, _ in cases:
-            batches[next(b for b in BATCHES if seconds.get(name, 0) <= b)].append(name)
-        for names in batches.values():
-            command = [program, f"--gtest_filter={':'.join(names)}", "--gtest_break_on_failure"]
-            self.steps.append(self.step(os.path.basename(program), command, cases[0][1]))
+                yield Step(test["name"], command, properties, self.folder)
+        for (program, suite), cases in suites.items():
+            command = [program, f"--gtest_filter={':'.join(cases)}", "--gtest_break_on_failure"]
+            yield Step(suite, command, {}, self.folder)
