@@ -15,12 +15,12 @@ import time
 # not what stops it. Tests of the shared object are linked once, not for every fault.
 SETTINGS = ("-DARVESSA_APPS=OFF", "-DARVESSA_BENCH=OFF", "-DARVESSA_TESTS=REQUIRED",
             "-DARVESSA_WERROR=OFF", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON")
-SHARED = "Arvessa"  # the target of the shared object
-OBJECTS = "libArvessa.a"  # all objects, kernels included that the shared object leaves out
+SHARED, STATIC = "Arvessa", "ArvessaStatic"  # targets of the library
+ARCHIVE = "src/libArvessa.a"  # all objects, kernels included that the shared object leaves out
 LABELS = {"unit", "stream", "reference"}  # of the tests to run
 NEVER = "mutation_rules"  # the test of something else
-# Links the objects themselves, and its sources include the library's headers: whatever the fault, it
-# has to be built again, and so it comes last.
+# Has to be built again for any fault, as it links the objects and includes their headers, and so
+# comes last.
 REBUILT = "arvessa_unit_tests"
 OUTPUT_BYTES = 64 << 20
 
@@ -35,32 +35,25 @@ def limit_output():
 
 
 class Step:
-    """Something to run that notices faults: the tests of a suite, or a script."""
+    """A command that notices faults: a suite of tests in a program to be built first, or a script."""
 
-    def __init__(self, name, command, properties, folder):
-        self.name, self.command, self.folder = name, command, folder
-        program = os.path.relpath(command[0], folder)
-        self.target = None if program.startswith("..") else program
-        pairs = (pair.split("=", 1) for pair in properties.get("ENVIRONMENT", []))
-        self.environment = {**os.environ, **dict(pairs)}
+    def __init__(self, name, program, command):
+        self.name, self.program, self.command = name, program, command
         self.seconds = None  # that it takes without a fault
 
-    def failure(self):
+    def failure(self, folder):
         """The test that fails, or None. What hangs has been noticed."""
         limit = self.seconds and 20 + 10 * self.seconds
         with tempfile.TemporaryFile() as output:
             try:
-                status = subprocess.run(
-                    self.command, cwd=self.folder, env=self.environment, stdout=output,
-                    stderr=subprocess.STDOUT, timeout=limit, preexec_fn=limit_output).returncode
+                status = subprocess.run(self.command, cwd=folder, stdout=output, timeout=limit,
+                                        stderr=subprocess.STDOUT, preexec_fn=limit_output).returncode
                 how = "" if status >= 0 or status == -5 else f" (signal {-status})"
             except subprocess.TimeoutExpired:
                 status, how = 1, " (time is up)"
-            if status == 0:
-                return None
             output.seek(0)
-            begun = re.findall(rb"\[ RUN      \] (\S+)", output.read(OUTPUT_BYTES))
-        return (begun[-1].decode() if begun else self.name) + how
+            begun = re.findall(rb"\[ RUN      \] (\S+)", output.read())
+        return (begun[-1].decode() if begun else self.name) + how if status else None
 
 
 class Build:
@@ -70,19 +63,15 @@ class Build:
         print(f"{name}: builds, and tests without a fault", flush=True)
         subprocess.run(["cmake", "--preset", preset, "-B", self.folder, *SETTINGS, *settings],
                        cwd=copy, check=True, stdout=subprocess.DEVNULL)
-        try:
-            self.build("all")
-        except BuildFailure as failure:
-            raise SystemExit(f"{name}, without any fault: {failure}") from failure
+        self.build("all")
         self.unchanged = self.contents()
         self.steps = list(self.found_steps())
         for step in self.steps:
             started = time.monotonic()
-            failure = step.failure()
+            if failure := step.failure(self.folder):
+                raise SystemExit(f"{name}: {failure} fails without any fault")
             step.seconds = time.monotonic() - started
-            if failure:
-                raise SystemExit(f"{name}, without any fault: {failure}")
-        self.steps.sort(key=lambda step: (step.command[0].endswith(REBUILT), step.seconds))
+        self.steps.sort(key=lambda step: (step.program.endswith(REBUILT), step.seconds))
 
     def build(self, *targets):
         done = subprocess.run(["ninja", "-C", self.folder, "-j", str(self.jobs), *targets],
@@ -92,43 +81,39 @@ class Build:
 
     def contents(self):
         """A digest of the library's objects without what only debuggers read."""
-        archive = next(self.folder.rglob(OBJECTS))
         stripped = self.folder / "stripped_objects"
-        subprocess.run(["objcopy", "--strip-debug", archive, stripped], check=True)
+        subprocess.run(["objcopy", "--strip-debug", self.folder / ARCHIVE, stripped], check=True)
         return hashlib.sha256(stripped.read_bytes()).digest()
 
     def changes_library(self):
-        self.build("ArvessaStatic")
+        self.build(STATIC)
         return self.contents() != self.unchanged
 
     def failing_test(self):
         """The first test that fails with the sources as they are now, or None."""
-        built = {None}
         self.build(SHARED)
+        built = {""}
         for step in self.steps:
-            if step.target not in built:
-                self.build(step.target)
-                built.add(step.target)
-            failure = step.failure()
-            if failure:
+            if step.program not in built:
+                self.build(step.program)
+                built.add(step.program)
+            if failure := step.failure(self.folder):
                 return failure
         return None
 
     def found_steps(self):
-        """The tests of a suite of a GoogleTest program are one step: they share its start."""
         listing = subprocess.run(["ctest", "--test-dir", self.folder, "--show-only=json-v1"],
                                  check=True, capture_output=True, text=True).stdout
         suites = collections.defaultdict(list)
         for test in json.loads(listing)["tests"]:
-            command = test["command"]
-            properties = {p["name"]: p["value"] for p in test.get("properties", [])}
-            if test["name"] == NEVER or not LABELS.intersection(properties.get("LABELS", [])):
+            properties = {p["name"]: p["value"] for p in test["properties"]}
+            if test["name"] == NEVER or not LABELS.intersection(properties.get("LABELS", ())):
                 continue
-            option, _, cases = command[1].partition("=") if len(command) > 1 else ("", "", "")
+            option, _, cases = test["command"][1].partition("=")
             if option == "--gtest_filter":
-                suites[command[0], cases.split(".")[0]].append(cases)
+                suites[test["command"][0], cases.split(".")[0]].append(cases)
             else:
-                yield Step(test["name"], command, properties, self.folder)
+                yield Step(test["name"], "", test["command"])
         for (program, suite), cases in suites.items():
-            command = [program, f"--gtest_filter={':'.join(cases)}", "--gtest_break_on_failure"]
-            yield Step(suite, command, {}, self.folder)
+            yield Step(suite, os.path.relpath(program, self.folder),
+                       [program, f"--gtest_filter={':'.join(cases)}", "--gtest_break_on_failure"])

@@ -12,13 +12,10 @@ from mutation.rules import RULES
 class Fault:
     """A change of one place: of a file at characters start to end."""
 
-    def __init__(self, path, rule, code, start, end, new, weight=1.0):
+    def __init__(self, path, rule, code, start, end, new):
         self.path, self.rule, self.start, self.end, self.new = path, rule, start, end, new
-        self.weight = weight
-        bare = code.bare
-        first = bare.rfind("\n", 0, start) + 1
-        last = bare.find("\n", max(end, start + 1) - 1)
-        last = len(bare) if last < 0 else last
+        bare = code.bare + "\n"
+        first, last = bare.rfind("\n", 0, start) + 1, bare.index("\n", end)
         self.line = bare.count("\n", 0, start) + 1
         self.before = collapse(bare[first:last])
         self.after = collapse(bare[first:start] + new + bare[end:last])
@@ -37,7 +34,7 @@ class Fault:
         identity = "\0".join(map(str, (seed, *self.key())))
         digest = hashlib.sha256(identity.encode()).digest()
         uniform = (int.from_bytes(digest[:8], "big") + 1) / (2**64 + 1)
-        return -math.log(uniform) / self.weight
+        return -math.log(uniform) / RULES[self.rule].weight
 
     def __str__(self):
         return f"{self.path}:{self.line} [{self.rule}] {self.before}  ->  {self.after}"
@@ -48,15 +45,12 @@ def faults_of(path, text):
     code = Code(text)
     found, places = {}, collections.Counter()
     for i in range(len(code.tokens)):
-        if i in code.fixed:
-            continue
-        for rule, weight in RULES.items():
-            for start, end, new in rule(code, i):
-                fault = Fault(path, rule.__name__, code, start, end, new, weight)
+        for name, rule in RULES.items() if i not in code.fixed else ():
+            for first, last, new in rule.changes(code, i):
+                fault = Fault(path, name, code, *code.span(first, last), new)
                 if fault.before != fault.after:
-                    found.setdefault((start, end, new), fault)
+                    found.setdefault((fault.start, fault.end, new), fault)
     for fault in found.values():
-        same = fault.key()
-        fault.earlier = places[same]
+        fault.earlier = places[same := fault.key()]
         places[same] += 1
     return list(found.values())

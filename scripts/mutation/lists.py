@@ -7,56 +7,47 @@ before it with the same lines if there are any, or `path [hand] what is wrong th
 with # do not count. Old text is found by its content.
 """
 
-import collections
 import re
 import sys
 
 from mutation.code import Code, collapse
 from mutation.faults import Fault
 
+ENTRY = re.compile(r"""(?P<path>\S+)[ ]\[(?P<rule>\w+)\][ ]?(?P<what>.*)\n
+                       (?P<old>(?:-.*\n)+) (?P<new>(?:\+.*\n)*) (?:=.*\n)* \n*""", re.VERBOSE)
+
 
 class Entry:
-    def __init__(self, path, rule, what):
-        self.path, self.rule, self.what = path, rule, what
-        self.lines = collections.defaultdict(list)  # by their marks
+    def __init__(self, match):
+        self.path, self.rule, self.what = match["path"], match["rule"], match["what"]
+        self.old, self.new = (re.sub("^. ?", "", match[part], flags=re.MULTILINE)[:-1]
+                              for part in ("old", "new"))
 
     def __str__(self):
-        what = self.what if self.rule == "hand" else self.text("-")
-        return f"{self.path} [{self.rule}] {what}"
-
-    def text(self, mark):
-        return "\n".join(self.lines[mark])
+        return f"{self.path} [{self.rule}] {self.what} {collapse(self.old)}"
 
     def key(self):
         """What Fault.key() is for the same fault."""
-        before, after = collapse(self.text("-")), collapse(self.text("+"))
-        return self.path, self.rule, before, after, int(self.what or 0)
+        return (self.path, self.rule, collapse(self.old), collapse(self.new), int(self.what or 0))
+
+    def fault(self, root):
+        """The fault made by hand; None if the old text is not in its file exactly once."""
+        file = root / self.path
+        text = file.read_text(encoding="utf-8") if file.is_file() else ""
+        if text.count(self.old) != 1:
+            return None
+        start = text.index(self.old)
+        fault = Fault(self.path, self.rule, Code(text), start, start + len(self.old), self.new)
+        fault.before, fault.after = collapse(self.old), f"({self.what})"
+        return fault
 
 
 def read(file):
+    text = re.sub(r"^#.*\n", "", file.read_text(encoding="utf-8"), flags=re.MULTILINE).lstrip("\n")
     entries = []
-    for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
-        heading = re.fullmatch(r"(\S+) \[(\w+)\] ?(.*)", line)
-        if line[:1] in ("-", "+", "=") and entries:
-            entries[-1].lines[line[0]].append(line[2:])
-        elif heading:
-            entries.append(Entry(*heading.groups()))
-        elif line and not line.startswith("#"):
-            sys.exit(f"{file}:{number}: neither a fault nor a part of one")
+    while text:
+        if not (match := ENTRY.match(text)):
+            sys.exit(f"{file}: neither a fault nor a part of one: {text.splitlines()[0]}")
+        entries.append(Entry(match))
+        text = text[match.end():]
     return entries
-
-
-def faults_by_hand(entries, root):
-    """The faults of a list; and the entries whose old text is not in its file exactly once."""
-    fitting, others = [], []
-    for entry in entries:
-        file, old, new = root / entry.path, entry.text("-"), entry.text("+")
-        text = file.read_text(encoding="utf-8") if file.is_file() else ""
-        if not old or text.count(old) != 1:
-            others.append(entry)
-            continue
-        start = text.index(old)
-        fault = Fault(entry.path, entry.rule, Code(text), start, start + len(old), new)
-        fault.before, fault.after = collapse(old), f"({entry.what})"
-        fitting.append(fault)
-    return fitting, others
