@@ -1,38 +1,36 @@
-// The beamformer without the interface around it.
+// SPDX-License-Identifier: Apache-2.0
+// The beamformer and its transforms in single precision.
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 #include <memory>
+#include <vector>
 
 #include "beamformer/mvdr_beamformer.h"
+#include "beamformer/window_table.h"
 #include "cases.h"
+#include "kernels/float_kernels.h"
 #include "signal.h"
 
 namespace arvessa::bench {
 namespace {
 
-constexpr std::size_t kBlock = 128;  // per microphone: history, new samples, zeros
-
 struct Beam {
   FrameStream speech = noisySpeechOfTwo();
-  ArvessaState state{};
-  Slots<std::array<Word16, 2 * kBlock>> blocks;
+  BeamformerState histories{};
+  BeamformerState state{};
+  Slots<std::array<Word16, kMicrophones * kBeamBlock>> blocks;
   std::array<Word16, kBeamFrame> out{};
 
-  Beam() { state.beamConfirm = 1; }
+  Beam() { initialise(state); }
 
   void prepare(int frame) {
-    for (const std::size_t mic : {0U, 1U}) {
-      Word16* block = &blocks[frame][mic * kBlock];
-      const Word16* last = &speech.frame(std::max(frame, 1) - 1)[mic * kBeamFrame];
-      const Word16* now = &speech.frame(frame)[mic * kBeamFrame];
-      std::copy_n(last + kBeamFrame - kBeamHistory, kBeamHistory, block);
-      std::copy_n(now, kBeamFrame, block + kBeamHistory);
-    }
+    constexpr std::size_t kSamples = kMicrophones * kBeamFrame;
+    buildBlocks(std::span<const Word16, kSamples>(speech.frame(frame), kSamples), histories,
+                blocks[frame]);
   }
   void run(int frame) {
-    MVDR_BeamForming(blocks[frame].data(), out.data(), &state);
+    formBeam(blocks[frame], state, out);
     ++state.frameCount;
   }
 };
@@ -42,10 +40,48 @@ Work beamformer() {
   return {[beam](int i) { beam->prepare(i); }, [beam](int i) { beam->run(i); }};
 }
 
+struct FloatTransform {
+  using Samples = std::array<float, kernels::kFloatBlock>;
+
+  std::vector<Samples> windowed;  // consecutive blocks of one microphone
+  std::vector<kernels::HalfSpectrum> spectra;
+  Samples samples{};
+  kernels::HalfSpectrum spectrum{};
+
+  FloatTransform() {
+    const FrameStream speech = noisySpeech(0);
+    for (int i = 0; i < kWarmUp; ++i) {
+      Samples block{};
+      std::transform(speech.frame(i), speech.frame(i) + kBeamFrame, MVDR_CONST_TABLE_fWIN_8k,
+                     block.begin(), [](Word16 x, float w) { return static_cast<float>(x) * w; });
+      windowed.push_back(block);
+      FloatKernels::forwardTransform(windowed.back(), spectra.emplace_back());
+    }
+  }
+};
+
+Work floatTransform() {
+  auto t = std::make_shared<FloatTransform>();
+  return {{}, [t](int i) {
+            FloatKernels::forwardTransform(t->windowed[static_cast<unsigned>(i) % kWarmUp],
+                                           t->spectrum);
+          }};
+}
+
+Work floatInverse() {
+  auto t = std::make_shared<FloatTransform>();
+  return {{}, [t](int i) {
+            FloatKernels::inverseTransform(t->spectra[static_cast<unsigned>(i) % kWarmUp],
+                                           t->samples);
+          }};
+}
+
 }  // namespace
 
 void addBeamformerCases(std::vector<Case>& cases) {
-  cases.push_back({"MVDR_BeamForming", beamformer});
+  cases.push_back({"beamformer", beamformer});
+  cases.push_back({"float_transform", floatTransform});
+  cases.push_back({"float_inverse", floatInverse});
 }
 
 }  // namespace arvessa::bench

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cases.h"
 
 namespace arvessa::bench {
@@ -7,9 +8,7 @@ const std::vector<Case>& allCases() {
     std::vector<Case> table;
     table.push_back({kEmptyCase, [] { return Work{{}, [](int) {}}; }});
     addBeamformerCases(table);
-    addTransformCases(table);
-    addBandSplitCases(table);
-    addEngineStageCases(table);
+    addNoiseReductionCases(table);
     addAgcCases(table);
     addNumericCases(table);
     addWholeFrameCases(table);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // The table of everything that is measured: one case per stage and switch setting. The programs
 // frame_cost and stages_benchmark share it, so that instructions and nanoseconds are of the same
@@ -36,9 +37,7 @@ const std::vector<Case>& allCases();
 
 // The parts of the table, in the order of the signal path.
 void addBeamformerCases(std::vector<Case>& cases);
-void addTransformCases(std::vector<Case>& cases);
-void addEngineStageCases(std::vector<Case>& cases);
-void addBandSplitCases(std::vector<Case>& cases);
+void addNoiseReductionCases(std::vector<Case>& cases);
 void addAgcCases(std::vector<Case>& cases);
 void addNumericCases(std::vector<Case>& cases);
 void addWholeFrameCases(std::vector<Case>& cases);

@@ -1,59 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
-// What passes between the stages of the engine while it enhances noisy speech: the inputs with
-// which each stage is measured alone.
+// What the stages of the engine meet while it enhances noisy speech: the inputs with which each
+// stage is measured alone.
 
 #include <array>
 #include <vector>
 
-#include "engine/engine_state.h"
+#include "noise_reduction/pipeline.h"
 
 namespace arvessa::bench {
 
-// The tables of a transform size, 8, 16 or 32 kHz by size code.
-struct SizeTables {
-  const Word16* twiddles;
-  const Word16* rearranged;
-  const Word16* window;
-  const Word32* bankLeft;
-  const Word32* bankRight;
-  const Word16* filterLeft;
-  const Word16* filterRight;
+using Words = std::vector<Word32>;
+
+// A block with the bound of its words.
+struct BoundedWords {
+  Words words;
+  UsedBits bits = kAllBits;
+
+  [[nodiscard]] ConstBlock view() const { return {words, bits}; }
 };
-SizeTables sizeTables(int sizeCode);
 
-using FrameWords = std::array<Word32, kMaxFrame>;
-using Block = std::array<Word32, kMaxTransform>;
-using BinPowers = std::array<Word32, kMaxBins>;
-using BandPowers = std::array<Word32, kBands>;
-using BandSnrs = std::array<Word16, kBands>;
-
+// By the stage that takes it.
 struct EngineFrame {
-  FrameWords analysisInput;  // samples in the upper halves
-  Block timeBlock;           // normalised and windowed, before the forward transform
-  Block spectrum;            // after it
-  Word16 inputExp;           // the block's normalising shift
-  BinPowers powerSpec;
-  BandPowers bandPower;
-  BandPowers bandNoise;
-  BandSnrs postSnr;
-  BandSnrs priorSnr;
-  Block suppressed;   // spectrum after the gains
-  Block normalised;   // the same before the inverse transform
-  Block synthesised;  // after it
-  Word16 denormShift;
-  Block restored;  // at the input's scale, before the overlap-add
+  Words samples;  // analysis; in the upper halves
+  Words block;    // forward transform
+  UsedBits blockBits;
+  BoundedWords power;                    // noise estimation, filterbank
+  std::array<Word32, kBands> bandPower;  // SNR estimation and gains
+  std::array<Word32, kBands> bandNoise;
+  std::array<Word16, kBands> posteriorSnr;
+  std::array<Word16, kBands> priorSnr;
+  Words suppressed;         // normalisation
+  BoundedWords normalised;  // inverse transform
+  Words transformed;        // denormalisation
+  Word16 shift;
+  Words restored;  // overlap-add and output filter
 };
 
 struct EngineFrames {
   std::vector<EngineFrame> frames;  // consecutive
-  WvqeState state;                  // after the last of them
+  NoiseReductionState state;        // after the last of them
 
   [[nodiscard]] const EngineFrame& operator[](int frame) const {
     return frames[static_cast<unsigned>(frame) % frames.size()];
   }
 };
 
-// Frames from the middle of the recording, 8, 16 or 32 kHz by size code.
-EngineFrames captureEngineFrames(int sizeCode);
+// Frames from the middle of the recording, at any rate without a band split.
+EngineFrames captureEngineFrames(int rateCode);
 
 }  // namespace arvessa::bench

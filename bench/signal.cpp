@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "signal.h"
 
 #include <algorithm>
@@ -9,7 +10,7 @@
 #include <string>
 #include <utility>
 
-#include "engine/engine_state.h"
+#include "noise_reduction/geometry.h"
 
 namespace arvessa::bench {
 namespace {
@@ -64,7 +65,7 @@ void addNoise(Samples& samples, std::uint64_t seed) {
 }
 
 Samples voiceAt(int rateCode) {
-  return resampled(recording(), std::size_t{100} * static_cast<unsigned>(frameSamples(rateCode)));
+  return resampled(recording(), std::size_t{100} * static_cast<unsigned>(kRates[rateCode].samples));
 }
 
 }  // namespace
@@ -77,7 +78,7 @@ FrameStream::FrameStream(std::vector<Word16> samples, int frameLength)
 FrameStream noisySpeech(int rateCode) {
   Samples samples = voiceAt(rateCode);
   addNoise(samples, 1);
-  return {std::move(samples), frameSamples(rateCode)};
+  return {std::move(samples), kRates[rateCode].samples};
 }
 
 FrameStream noisySpeechOfTwo() {
@@ -86,7 +87,7 @@ FrameStream noisySpeechOfTwo() {
   std::copy(near.begin(), near.end() - 1, far.begin() + 1);
   addNoise(near, 1);
   addNoise(far, 2);
-  const int frame = frameSamples(0);
+  const int frame = kRates[0].samples;
   Samples both;
   const auto whole = static_cast<std::ptrdiff_t>(near.size()) / frame;
   for (std::ptrdiff_t i = 0; i < whole; ++i) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 // Noisy speech for the benchmarks: the recording in the repository with noise added, at any rate of
 // the library. Integer arithmetic only, so that every processor measures the same samples.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A peer for comparison: the preprocessor of the Speex codec's signal processing library, a frame
 // of 10 ms at 8 kHz with its denoiser and its automatic gain control.
 

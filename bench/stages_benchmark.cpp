@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Time per frame of every case, with Google Benchmark. Only the frames themselves are timed: a
 // clock is read before and after each batch of prepared ones.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole frames through the public interface.
 
 #include <array>
@@ -36,10 +37,10 @@ Work frontEnd(bool engine, bool suppress) {
 }
 
 struct Engine {
-  Engine(int rateCode, bool suppress, bool level) : speech(noisySpeech(rateCode)) {
+  Engine(int rateCode, bool suppress, bool agc) : speech(noisySpeech(rateCode)) {
     cfg.rateCode = static_cast<std::uint8_t>(rateCode);
     cfg.nrEnable = suppress ? 1 : 0;
-    cfg.agcEnable = level ? 1 : 0;
+    cfg.agcEnable = agc ? 1 : 0;
     VORN_Init(&cfg);
   }
 
@@ -49,8 +50,8 @@ struct Engine {
   alignas(VORN_STATE_ALIGNMENT) std::array<Word16, VORN_MAX_FRAME_SAMPLES> out{};
 };
 
-Work engine(int rateCode, bool suppress, bool level) {
-  auto e = std::make_shared<Engine>(rateCode, suppress, level);
+Work engine(int rateCode, bool suppress, bool agc) {
+  auto e = std::make_shared<Engine>(rateCode, suppress, agc);
   return {{}, [e](int i) {
             Word16 length = VORN_MAX_FRAME_SAMPLES;
             VORN_Proc(e->speech.frame(i), VORN_MAX_FRAME_SAMPLES, e->out.data(), &length, &e->cfg);
@@ -66,10 +67,10 @@ std::string switches(const char* first, bool firstOn, const char* second, bool s
 void addWholeFrameCases(std::vector<Case>& cases) {
   for (int rate = 0; rate < 4; ++rate) {
     for (const bool suppress : {false, true}) {
-      for (const bool level : {false, true}) {
+      for (const bool agc : {false, true}) {
         cases.push_back(
-            {std::string("VORN_Proc") + rateSuffix(rate) + switches("nr", suppress, "agc", level),
-             [=] { return engine(rate, suppress, level); }});
+            {std::string("VORN_Proc") + rateSuffix(rate) + switches("nr", suppress, "agc", agc),
+             [=] { return engine(rate, suppress, agc); }});
       }
     }
   }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /*
  * A plugin for QEMU's user-mode emulators that counts the instructions executed between two marker
  * functions, by stage:
@@ -13,8 +14,6 @@
  *
  * Conditional instructions that the condition turns off count: they take their place in the
  * pipeline.
- *
- * Part of Arvessa. SPDX-License-Identifier: Apache-2.0
  */
 #include <stdbool.h>
 #include <stddef.h>

@@ -129,8 +129,7 @@ void WVQE_Noise_Vad(WvqeState* state, int K, const Word32* powerSpec, unsigned c
 
 void VORN_WVQE_Noise_Vad1_ASM(Word32* psdSmooth, const Word32* powerSpec, int K) {
   using namespace arvessa;
-  const auto smooth = view(psdSmooth, K);
-  Kernels::smoothPower({smooth, usedBits(smooth)}, scanned(powerSpec, K));
+  Kernels::smoothPower({view(psdSmooth, K)}, scanned(powerSpec, K));
 }
 
 void VORN_WVQE_Noise_Vad2_ASM(const Word32* psdSmooth, const Word32* psdMin,
@@ -145,8 +144,7 @@ void VORN_WVQE_Noise_Vad2_ASM(const Word32* psdSmooth, const Word32* psdMin,
 void VORN_WVQE_Noise_Vad3_ASM(const Word32* powerSpec, Word32* noisePsd,
                               const unsigned char* binActive, Word16 alpha, Word16 K) {
   using namespace arvessa;
-  const auto noise = view(noisePsd, K);
-  Kernels::updateNoise({noise, usedBits(noise)}, scanned(powerSpec, K), view(binActive, K), alpha);
+  Kernels::updateNoise({view(noisePsd, K)}, scanned(powerSpec, K), view(binActive, K), alpha);
 }
 
 void WVQE_PostAndPriorSNR(Word16* postSnr, Word16* priorSnr, Word32* bandSnrState,

@@ -50,8 +50,9 @@ Block normalised(std::span<Word32> words, Word16 headroom) {
 }
 
 void denormalise(Block& block, Word16 shift) {
+  if (shift == 0) return;
   block.exponent = static_cast<Word16>(block.exponent - shift);
-  if (shift >= 0) {
+  if (shift > 0) {
     shiftRight(block.words, shift);
     block.bits >>= shift > 31 ? 31 : shift;
     return;

@@ -15,7 +15,7 @@ namespace arvessa {
 // The bits that the words of a block use: x, or ~x if x is negative, of all words ORed, or a bound
 // of that. With b bits every word lies in -2^b .. 2^b - 1.
 using UsedBits = std::uint32_t;
-inline constexpr UsedBits kAllBits = 0x7FFFFFFF;  // nothing is known
+inline constexpr UsedBits kAllBits = 0x7FFFFFFF;  // any word, or nothing is known
 
 constexpr UsedBits usedBits(Word32 word) { return static_cast<UsedBits>(word ^ (word >> 31)); }
 
@@ -47,6 +47,11 @@ struct ConstBlock {
   UsedBits bits;
   Word16 exponent;
 };
+
+// What is known of the words, or, if that is nothing, what a look at them tells.
+inline UsedBits boundOf(const ConstBlock& block) {
+  return block.bits == kAllBits ? usedBits(block.words) : block.bits;
+}
 
 // Shifts `words` in place, left or flooring right, so that the largest magnitude lies in
 // 2^(30 - headroom) .. 2^(31 - headroom). The exponent is the left shift: -headroom for a block of

@@ -42,6 +42,7 @@ struct Scalar {
   using A = Arithmetic;
 
   // b w, or with kInverse b w*.
+  // NOLINTBEGIN(clang-analyzer-core.CallAndMessage): the first stage has written all of b
   template <bool kInverse>
   static Complex rotated(const Word32* b, Word16 c, Word16 s) {
     if constexpr (kInverse) {
@@ -52,6 +53,7 @@ struct Scalar {
               A::add(A::multiply(b[0], s), A::multiply(b[1], c))};
     }
   }
+  // NOLINTEND(clang-analyzer-core.CallAndMessage)
 
   template <bool kInverse>
   static void butterfly(const Word32* a, Complex t, Word32* sum, Word32* difference) {

@@ -11,7 +11,8 @@
 // A struct that has no better form of a kernel inherits the one before it, so that Vector is
 // complete with whatever it has. All kernels take any operands: the bits of a block say how large
 // its words may be, and a kernel that cannot saturate below some size falls back to Plain above it.
-// A bound that is too wide costs time, one that is too narrow is an error of the caller.
+// A bound that is too wide costs time, one that is too narrow is an error of the caller. Where
+// nothing is known (kAllBits), a kernel that has use for it looks itself.
 //
 // Blocks do not overlap unless it is said that they may.
 

@@ -148,7 +148,7 @@ void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterban
 }
 
 UsedBits Vector::smoothPower(Block smooth, ConstBlock power) {
-  if ((smooth.bits | power.bits) > kFactorBits) return Portable::smoothPower(smooth, power);
+  if ((boundOf(smooth) | power.bits) > kFactorBits) return Portable::smoothPower(smooth, power);
   Word32* const s = smooth.words.data();
   const Word32* const p = power.words.data();
   const std::size_t last = smooth.words.size() - 1;
@@ -192,7 +192,7 @@ UsedBits Vector::updateNoise(Block noise, ConstBlock power, std::span<const unsi
                              Word16 alpha) {
   // No shift saturates, and the sum has headroom for any weights.
   const std::size_t bins = noise.words.size();
-  if (power.bits > bitsBelow(22) || noise.bits > bitsBelow(29) || bins % 4 != 0) {
+  if (power.bits > bitsBelow(22) || boundOf(noise) > bitsBelow(29) || bins % 4 != 0) {
     return Plain::updateNoise(noise, power, active, alpha);
   }
   const Factors fresh = splatFactor(alpha);

@@ -92,14 +92,17 @@ struct TwoAtATime {
   // Bit reversal of k + 1 is that of k, which is even, plus half the range.
   template <bool kInverse>
   static void firstStage(const Word32* from, Word32* to, const TransformTables& tables) {
-    const int half = tables.points / 2;
+    const int points = tables.points;
+    const int half = points / 2;
+    const unsigned char* const reversedBits = tables.reversedBits;
+    const int unused = 8 - tables.stages;  // bits of a byte
     const Factors one = splatFactor(tables.twiddles[0]);
     for (int k = 0; k < half; k += 2) {
-      const Word32* even = from + 2 * (tables.reversedBits[k] >> (8 - tables.stages));
+      const Word32* even = from + 2 * (reversedBits[k] >> unused);
       const Word32* odd = even + half;
       const Words a = joinPairs(even, odd);
-      const Words b = joinPairs(even + tables.points, odd + tables.points);
-      butterfly<kInverse>(a, mulQ15(b, one), to + 2 * k, to + tables.points + 2 * k);
+      const Words b = joinPairs(even + points, odd + points);
+      butterfly<kInverse>(a, mulQ15(b, one), to + 2 * k, to + points + 2 * k);
     }
   }
 
@@ -138,9 +141,11 @@ struct TwoAtATime {
   // Bins k and k + 1 with their mirror images at a time. Returns the first bin that is left over.
   template <bool kInverse>
   static int splitPairs(const Word32* z, Word32* out, const TransformTables& tables) {
+    const int points = tables.points;
+    const Word16* const twiddles = tables.twiddles;
     int k = 1;
-    for (; k + 1 < tables.points / 2; k += 2) {
-      const int m = tables.points - k;
+    for (; k + 1 < points / 2; k += 2) {
+      const int m = points - k;
       const Words zk = load(z + 2 * k);
       const Words pair = load(z + 2 * (m - 1));
       const Words zm = __builtin_shufflevector(pair, pair, 2, 3, 0, 1);
@@ -151,8 +156,8 @@ struct TwoAtATime {
       // (b, d), of opposite sign in the inverse.
       const Words bd = kInverse ? negateImags(minusBd) : negateReals(minusBd);
       const Words db = swapParts(bd);
-      const Twiddles wk = loadTwiddles(tables.twiddles + 2 * k);
-      const Twiddles wm = loadTwiddlesReversed(tables.twiddles + 2 * (m - 1));
+      const Twiddles wk = loadTwiddles(twiddles + 2 * k);
+      const Twiddles wm = loadTwiddlesReversed(twiddles + 2 * (m - 1));
       const Words cosK = mulQ15(db, wk.cosine);
       const Words sinK = mulQ15(bd, wk.sine);
       const Words cosM = mulQ15(db, wm.cosine);

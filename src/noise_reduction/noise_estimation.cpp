@@ -51,12 +51,11 @@ NoiseEstimate estimateNoise(ConstBlock power, std::uint16_t frame, const NoiseMe
                             std::span<unsigned char> active) {
   // The running mean of the first 99 frames, an exponential average after them.
   const auto alpha = static_cast<Word16>(std::max(quotient(kMax16, frame), Word32{kMinAlpha}));
-  Block smooth = {memory.smooth, usedBits(memory.smooth)};
+  Block smooth = {memory.smooth};
   smooth.bits = Kernels::smoothPower(smooth, power);
   const ConstBlock minimum = trackMinima(memory, frame);
   Kernels::findActiveBins(smooth, minimum, active);
-  const Block noise = {memory.noise, usedBits(memory.noise)};
-  const UsedBits noiseBits = Kernels::updateNoise(noise, power, active, alpha);
+  const UsedBits noiseBits = Kernels::updateNoise({memory.noise}, power, active, alpha);
   return {isVoice(smooth, minimum), {memory.noise, noiseBits}};
 }
 
