@@ -35,7 +35,7 @@ def limit_output():
 
 
 class Step:
-    """A command that notices faults: a suite of tests in a program to be built first, or a script."""
+    """A command that notices faults: tests of a program that is built first, or a script."""
 
     def __init__(self, name, program, command):
         self.name, self.program, self.command = name, program, command
@@ -46,8 +46,8 @@ class Step:
         limit = self.seconds and 20 + 10 * self.seconds
         with tempfile.TemporaryFile() as output:
             try:
-                status = subprocess.run(self.command, cwd=folder, stdout=output, timeout=limit,
-                                        stderr=subprocess.STDOUT, preexec_fn=limit_output).returncode
+                status = subprocess.run(self.command, cwd=folder, timeout=limit, stdout=output,
+                                        stderr=output, preexec_fn=limit_output).returncode
                 how = "" if status >= 0 or status == -5 else f" (signal {-status})"
             except subprocess.TimeoutExpired:
                 status, how = 1, " (time is up)"

@@ -7,6 +7,7 @@ a binary operator stands between spaces, and neither a template's bracket nor a 
 """
 
 import collections
+import itertools
 import re
 
 TOKEN = re.compile(r"""
@@ -23,7 +24,6 @@ KEYWORDS = ("if", "for", "while", "switch", "sizeof", "return", "do")
 TABLE = 4  # numbers in an initialiser make it one
 
 Token = collections.namedtuple("Token", "kind text start end")
-NOTHING = Token("", "", 0, 0)  # beyond the ends
 
 
 class Code:
@@ -61,14 +61,11 @@ class Code:
             last = next(j for j in range(i, len(self.tokens)) if self.at(j) in (";", "{"))
         return range(i, last + 1)
 
-    def token(self, i):
-        return self.tokens[i] if 0 <= i < len(self.tokens) else NOTHING
-
     def at(self, i):
-        return self.token(i).text
+        return self.tokens[i].text if 0 <= i < len(self.tokens) else ""
 
     def kind(self, i):
-        return self.token(i).kind
+        return self.tokens[i].kind if 0 <= i < len(self.tokens) else ""
 
     def partner(self, i):
         """From a bracket to the other one of its pair, from anything else to itself."""
@@ -82,7 +79,8 @@ class Code:
         return self.text[slice(*self.span(first, last))]
 
     def spaced(self, i):
-        return self.text[self.token(i).start - 1].isspace() and self.text[self.token(i).end].isspace()
+        start, end = self.span(i)
+        return self.text[start - 1].isspace() and self.text[end].isspace()
 
     def around(self, i):
         """The open brackets that a token is in, innermost first."""
@@ -94,14 +92,9 @@ class Code:
 
     def in_table(self, i):
         """Whether a token is in the initialiser of a table."""
-        first = None
-        for j in self.around(i):
-            if self.at(j) != "{":
-                break
-            if self.at(j - 1) in ("=", "{", ","):
-                first = j
-        inside = () if first is None else range(first, self.partner(first))
-        return sum(self.kind(j) == "number" for j in inside) >= TABLE
+        braces = itertools.takewhile(lambda j: self.at(j) == "{", self.around(i))
+        first = min((j for j in braces if self.at(j - 1) in ("=", "{", ",")), default=i)
+        return sum(self.kind(j) == "number" for j in range(first, self.partner(first))) >= TABLE
 
     def arguments(self, opening):
         """First and last tokens of the arguments in a pair of brackets."""
@@ -121,8 +114,8 @@ class Code:
         while self.at(i - 1) == "::":
             i -= 2
         declared = self.kind(i - 1) == "word" and self.at(i - 1) not in ("return", "else")
-        pointer = (self.at(i - 1) in ("*", "&", ">")
-                   and self.token(i - 2).end == self.token(i - 1).start)
+        pointer = self.at(i - 1) in ("*", "&", ">") and not self.text[
+            self.tokens[i - 1].start - 1].isspace()
         return not declared and not pointer
 
     def is_binary(self, i):

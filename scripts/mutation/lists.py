@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """The two lists beside the rules: faults that no input can show, and faults made by hand.
 
-An entry is a heading and lines that begin with `- ` for the old text, `+ ` for the new one and `= `
-for the reason why nothing can show it. The heading is `path [rule]`, followed by the number of places
-before it with the same lines if there are any, or `path [hand] what is wrong then`. Lines that begin
+An entry is a heading and lines that begin with `- ` for the old text, `+ ` for the new one and
+`= ` for the reason why nothing can show it. The heading is `path [rule]`, with the number of places
+before it that have the same lines, if any; or `path [hand] what is wrong then`. Lines that begin
 with # do not count. Old text is found by its content.
 """
 

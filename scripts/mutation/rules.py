@@ -30,41 +30,36 @@ CONDITION_STARTS = ("(", "[", "{", ";", ",", "?", ":", "=", "return", "")
 OPERAND_STARTS = (*LOGIC, *CONDITION_STARTS)
 # A saturating function as the plain operation, of its arguments.
 PLAIN = {
-    "saturate16": "Word16({0})",
-    "saturate32": "Word32({0})",
-    "add": "Word16(({0}) + ({1}))",
-    "sub": "Word16(({0}) - ({1}))",
-    "negate": "Word16(-({0}))",
+    "saturate16": "Word16({0})", "saturate32": "Word32({0})",
+    "add": "Word16(({0}) + ({1}))", "sub": "Word16(({0}) - ({1}))", "negate": "Word16(-({0}))",
     "absolute": "Word16(({0}) < 0 ? -({0}) : ({0}))",
-    "mult": "Word16((({0}) * ({1})) >> 15)",
-    "multRound": "Word16((({0}) * ({1}) + 16384) >> 15)",
-    "shl": "Word16(({0}) << ({1}))",
+    "mult": "Word16((({0}) * ({1})) >> 15)", "multRound": "Word16((({0}) * ({1}) + 16384) >> 15)",
+    "shl": "Word16(({0}) << ({1}))", "lShl": "Word32(({0}) << ({1}))",
     "lAdd": "Word32(std::uint32_t({0}) + std::uint32_t({1}))",
     "lSub": "Word32(std::uint32_t({0}) - std::uint32_t({1}))",
-    "lNegate": "Word32(0U - std::uint32_t({0}))",
-    "lMult": "Word32(({0}) * ({1}) * 2U)",
+    "lNegate": "Word32(0U - std::uint32_t({0}))", "lMult": "Word32(({0}) * ({1}) * 2U)",
     "lMac": "Word32(std::uint32_t({0}) + ({1}) * ({2}) * 2U)",
     "lMsu": "Word32(std::uint32_t({0}) - ({1}) * ({2}) * 2U)",
-    "lShl": "Word32(({0}) << ({1}))",
     "min": "({0})", "max": "({0})", "clamp": "({0})"}
 
 
 def changed_number(text, negative=True):
     """A number plus and minus one, doubled and negated; a float in its last digit."""
     whole = re.fullmatch(r"(0[xX][\da-fA-F']+|\d[\d']*)([uUlL]*)", text)
+    mantissa = re.fullmatch(r"([\d']*\.?[\d']*?)(\d)(\.?)((?:[eE][+-]?\d+)?[fFlL]?)", text)
     if whole:
         value, suffix = int(whole[1].replace("'", ""), 0), whole[2]
         write = "0x{:X}" if text[:2] in ("0x", "0X") else "{}"
         results = [value + 1, value - 1] + [2 * value] * (value > 1)
-        signs = [f"(-{text})"] if negative and value > 0 and not suffix else []
-        return [write.format(v) + suffix if v >= 0 else f"({v})" for v in results] + signs
-    part = re.fullmatch(r"([\d']*\.?[\d']*)((?:[eE][+-]?\d+)?[fFlL]?)", text)
-    if not part:
+        results = [write.format(v) + suffix if v >= 0 else f"({v})" for v in results]
+        negative = negative and value > 0 and not suffix
+    elif mantissa:
+        before, digit, point, exponent = mantissa.groups()
+        results = [f"{before}{(int(digit) + 1) % 10}{point}{exponent}", f"(2 * {text})"]
+        negative = negative and float(before + digit) != 0
+    else:
         return []
-    last = max(i for i, c in enumerate(part[1]) if c.isdigit())
-    digit = (int(part[1][last]) + 1) % 10
-    results = [f"{part[1][:last]}{digit}{part[1][last + 1:]}{part[2]}", f"(2 * {text})"]
-    return results + ([f"(-{text})"] if negative and float(part[1]) != 0 else [])
+    return results + [f"(-{text})"] * negative
 
 
 def last_before(code, i, step, ends):
