@@ -7,31 +7,29 @@ import json
 import os
 import re
 import resource
+import signal
 import subprocess
-import tempfile
 import time
 
 # Only the library and its tests. Warnings are no errors: an operand that a fault leaves unused is
 # not what stops it. Tests of the shared object are linked once, not for every fault.
 SETTINGS = ("-DARVESSA_APPS=OFF", "-DARVESSA_BENCH=OFF", "-DARVESSA_TESTS=REQUIRED",
             "-DARVESSA_WERROR=OFF", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON")
-SHARED, STATIC = "Arvessa", "ArvessaStatic"  # targets of the library
 ARCHIVE = "src/libArvessa.a"  # all objects, kernels included that the shared object leaves out
 LABELS = {"unit", "stream", "reference"}  # of the tests to run
 NEVER = "mutation_rules"  # the test of something else
 # Has to be built again for any fault, as it links the objects and includes their headers, and so
 # comes last.
 REBUILT = "arvessa_unit_tests"
-OUTPUT_BYTES = 64 << 20
+resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
 class BuildFailure(Exception):
     """The library or a test does not build; says why."""
 
 
-def limit_output():
-    resource.setrlimit(resource.RLIMIT_FSIZE, (OUTPUT_BYTES, OUTPUT_BYTES))
-    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+def run(command, **options):
+    return subprocess.run(command, capture_output=True, text=True, errors="replace", **options)
 
 
 class Step:
@@ -43,17 +41,13 @@ class Step:
 
     def failure(self, folder):
         """The test that fails, or None. What hangs has been noticed."""
-        limit = self.seconds and 20 + 10 * self.seconds
-        with tempfile.TemporaryFile() as output:
-            try:
-                status = subprocess.run(self.command, cwd=folder, timeout=limit, stdout=output,
-                                        stderr=output, preexec_fn=limit_output).returncode
-                how = "" if status >= 0 or status == -5 else f" (signal {-status})"
-            except subprocess.TimeoutExpired:
-                status, how = 1, " (time is up)"
-            output.seek(0)
-            begun = re.findall(rb"\[ RUN      \] (\S+)", output.read())
-        return (begun[-1].decode() if begun else self.name) + how if status else None
+        try:
+            done = run(self.command, cwd=folder, timeout=self.seconds and 20 + 10 * self.seconds)
+        except subprocess.TimeoutExpired:
+            return f"{self.name} (time is up)"
+        name = [self.name, *re.findall(r"\[ RUN      \] (\S+)", done.stdout)][-1]
+        crashed = done.returncode < 0 and done.returncode != -signal.SIGTRAP  # GoogleTest's own
+        return name + " (crashes)" * crashed if done.returncode else None
 
 
 class Build:
@@ -74,8 +68,7 @@ class Build:
         self.steps.sort(key=lambda step: (step.program.endswith(REBUILT), step.seconds))
 
     def build(self, *targets):
-        done = subprocess.run(["ninja", "-C", self.folder, "-j", str(self.jobs), *targets],
-                              capture_output=True, text=True, errors="replace")
+        done = run(["ninja", "-C", self.folder, "-j", str(self.jobs), *targets])
         if done.returncode != 0:
             raise BuildFailure(done.stdout)
 
@@ -86,12 +79,12 @@ class Build:
         return hashlib.sha256(stripped.read_bytes()).digest()
 
     def changes_library(self):
-        self.build(STATIC)
+        self.build("ArvessaStatic")
         return self.contents() != self.unchanged
 
     def failing_test(self):
         """The first test that fails with the sources as they are now, or None."""
-        self.build(SHARED)
+        self.build("Arvessa")
         built = {""}
         for step in self.steps:
             if step.program not in built:
@@ -102,8 +95,7 @@ class Build:
         return None
 
     def found_steps(self):
-        listing = subprocess.run(["ctest", "--test-dir", self.folder, "--show-only=json-v1"],
-                                 check=True, capture_output=True, text=True).stdout
+        listing = run(["ctest", "--test-dir", self.folder, "--show-only=json-v1"]).stdout
         suites = collections.defaultdict(list)
         for test in json.loads(listing)["tests"]:
             properties = {p["name"]: p["value"] for p in test["properties"]}

@@ -27,13 +27,13 @@ Token = collections.namedtuple("Token", "kind text start end")
 
 
 class Code:
-    """Tokens are named by their indices. `outer` leads from a token to the bracket that it is
-    directly in, or to None."""
+    """Tokens are named by their indices. `around` has the brackets that a token is in, innermost
+    first."""
 
     def __init__(self, text):
         self.text = self.bare = text  # bare: without comments, characters in their places
-        self.tokens, self.outer, self._partner = [], [], {}
-        open_brackets = []
+        self.tokens, self.around, self._partner = [], [], {}
+        brackets = ()
         for match in TOKEN.finditer(text):
             kind, (start, end) = match.lastgroup, match.span()
             if kind == "comment":
@@ -42,13 +42,13 @@ class Code:
             if kind in ("space", "comment", "line"):
                 continue
             i = len(self.tokens)
-            if match[0] in ")]}" and open_brackets:
-                opening = open_brackets.pop()
+            if match[0] in ")]}" and brackets:
+                opening, *brackets = brackets
                 self._partner[opening], self._partner[i] = i, opening
             self.tokens.append(Token(kind, match[0], start, end))
-            self.outer.append(open_brackets[-1] if open_brackets else None)
+            self.around.append(brackets)
             if match[0] in "([{":
-                open_brackets.append(i)
+                brackets = (i, *brackets)
         self.fixed = {j for i in range(len(self.tokens)) for j in self._fixed_from(i)}
 
     def _fixed_from(self, i):
@@ -82,17 +82,16 @@ class Code:
         start, end = self.span(i)
         return self.text[start - 1].isspace() and self.text[end].isspace()
 
-    def around(self, i):
-        """The open brackets that a token is in, innermost first."""
-        while (i := self.outer[i]) is not None:
-            yield i
+    def outer(self, i):
+        """The bracket that a token is directly in, or None."""
+        return next(iter(self.around[i]), None)
 
     def in_loop_head(self, i):
-        return any(self.at(j - 1) == "for" for j in self.around(i))
+        return any(self.at(j - 1) == "for" for j in self.around[i])
 
     def in_table(self, i):
         """Whether a token is in the initialiser of a table."""
-        braces = itertools.takewhile(lambda j: self.at(j) == "{", self.around(i))
+        braces = itertools.takewhile(lambda j: self.at(j) == "{", self.around[i])
         first = min((j for j in braces if self.at(j - 1) in ("=", "{", ",")), default=i)
         return sum(self.kind(j) == "number" for j in range(first, self.partner(first))) >= TABLE
 
@@ -100,7 +99,7 @@ class Code:
         """First and last tokens of the arguments in a pair of brackets."""
         closing = self.partner(opening)
         commas = [j for j in range(opening + 1, closing)
-                  if self.at(j) == "," and self.outer[j] == opening]
+                  if self.at(j) == "," and self.outer(j) == opening]
         edges = [opening, *commas, closing]
         return [(a + 1, b - 1) for a, b in zip(edges, edges[1:]) if a + 1 < b]
 

@@ -27,7 +27,6 @@ LOGIC = ("&&", "||")
 BY_ONE = (" + 1", " - 1")
 OPERAND_ENDS = (*LOGIC, ")", "]", "}", ";", ",", "?", ":", "")
 CONDITION_STARTS = ("(", "[", "{", ";", ",", "?", ":", "=", "return", "")
-OPERAND_STARTS = (*LOGIC, *CONDITION_STARTS)
 # A saturating function as the plain operation, of its arguments.
 PLAIN = {
     "saturate16": "Word16({0})", "saturate32": "Word32({0})",
@@ -124,7 +123,7 @@ def operator(code, i):
 def loop(code, i):
     """The bounds of a for loop and its step."""
     semicolons = [j for j in range(i + 2, code.partner(i + 1))
-                  if code.at(j) == ";" and code.outer[j] == i + 1]
+                  if code.at(j) == ";" and code.outer(j) == i + 1]
     if code.at(i) != "for" or len(semicolons) != 2:
         return
     first, second = semicolons
@@ -151,7 +150,7 @@ def condition(code, i):
     """A condition of several without one of them."""
     if code.at(i) in LOGIC and code.is_binary(i):
         yield i, last_before(code, i, 1, OPERAND_ENDS), ""
-        first = last_before(code, i, -1, OPERAND_STARTS)
+        first = last_before(code, i, -1, (*LOGIC, *CONDITION_STARTS))
         if code.at(first - 1) not in LOGIC:
             yield first, i, ""
 
@@ -159,7 +158,7 @@ def condition(code, i):
 def conversion(code, i):
     if code.at(i) == "static_cast":
         first, last = i + 2, next((j for j in range(i, i + 8) if code.at(j) == ">"), i) - 1
-    elif code.kind(i) == "word" and code.at(i + 1) == "{" and code.outer[i] is not None:
+    elif code.kind(i) == "word" and code.at(i + 1) == "{" and code.outer(i) is not None:
         first, last = i - 2 if code.at(i - 1) == "::" else i, i
     else:
         return
@@ -198,7 +197,7 @@ def index(code, i):
 
 def statement(code, i):
     """A statement left out: an assignment, a call, a step."""
-    before, bracket = code.at(i - 1), code.outer[i]
+    before, bracket = code.at(i - 1), code.outer(i)
     begins = before in (";", "{", "}", "else") or (
         before == ")" and code.at(code.partner(i - 1) - 1) in ("if", "for", "while", "constexpr"))
     if (not begins or bracket is None or code.at(bracket) != "{"
