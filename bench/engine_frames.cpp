@@ -23,6 +23,7 @@ struct Capture {
     frame.power = copyOf(analysed.power);
     std::ranges::copy(analysed.bandPower, frame.bandPower.begin());
   }
+  void operator()(const NoiseEstimated& /*estimate*/) const {}
   void operator()(const GainsFound& found) const {
     std::ranges::copy(found.power.noise, frame.bandNoise.begin());
     std::ranges::copy(found.snr.posterior, frame.posteriorSnr.begin());

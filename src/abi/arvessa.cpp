@@ -12,7 +12,6 @@ namespace {
 constexpr intptr_t kBadPointer = -1;
 constexpr intptr_t kBadValue = -2;
 constexpr intptr_t kVersion = 100;
-constexpr std::uint8_t kEngineGainTable = 4;  // up to 18.4 dB
 
 }  // namespace
 }  // namespace arvessa
@@ -36,7 +35,7 @@ intptr_t Arvessa_Init(ArvessaConfig* cfg) {
   engine->rateCode = cfg->rateCode;
   engine->nrEnable = cfg->nrEnable;
   engine->agcEnable = cfg->engineEnable;
-  engine->agcTableSel = kEngineGainTable;
+  engine->agcTableSel = kFrontEndGainTable;
   return VORN_Init(engine);
 }
 

@@ -13,13 +13,6 @@
 
 namespace arvessa {
 
-inline bool isGainTable(int selector) { return selector >= 2 && selector <= 4; }
-
-inline std::span<const Word32, kGains> gainTable(int selector) {
-  return std::span<const Word32, kGains>(
-      selector == 2 ? WVQE_AGC_GAIN_TABLE_5_9 : WVQE_AGC_GAIN_TABLE_15_9, kGains);
-}
-
 // As VORN_Proc.
 template <class Observer>
 Word16 engineFrame(const Word16* in, int length, Word16* out, Word16* lengthWord,

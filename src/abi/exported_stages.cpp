@@ -42,7 +42,7 @@ void WVQE_NR_Proc(const Word16* in, Word16* out, const VornConfig* cfg, WvqeStat
 void WVQE_MainProcess(const Word16* in, WvqeState* state, int /*N*/, int /*K*/, Word16 /*L*/,
                       Word16 rateCode, unsigned char nrEnable, Word16* out) {
   using namespace arvessa;
-  const Rate& rate = kRates[rateCode & (kRateCodes - 1)];
+  const Rate& rate = rateOf(rateCode);
   NoObserver nobody;
   const bool voice = reduceNoise(rate, nrEnable == 1, view(in, rate.samples), state->noiseReduction,
                                  view(out, rate.samples), nobody);

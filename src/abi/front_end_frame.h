@@ -11,6 +11,8 @@
 
 namespace arvessa {
 
+inline constexpr std::uint8_t kFrontEndGainTable = 4;  // up to 18.4 dB
+
 // As Arvessa; an observer sees the stages of the engine's noise reduction.
 template <class Observer>
 intptr_t frontEndFrame(const Word16* in, Word16* out, const ArvessaConfig* cfg, Observer& observe) {

@@ -11,8 +11,6 @@
 
 namespace arvessa::kernels {
 
-inline constexpr int kMaxTransform = 512;  // words, at 32 kHz
-
 // Arithmetic for any input.
 struct Saturating {
   static Word32 add(Word32 a, Word32 b) { return lAdd(a, b); }

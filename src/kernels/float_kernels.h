@@ -48,15 +48,15 @@ struct SoftwareFloat : PlainFloat {
   static void inverseTransform(const HalfSpectrum& spectrum, std::span<float, kFloatBlock> block);
 };
 
-using FloatBackends = std::tuple<PlainFloat, SplitFloat, SoftwareFloat>;
+using FloatForms = std::tuple<PlainFloat, SplitFloat, SoftwareFloat>;
 
 // What the library is built with.
 #if defined(ARVESSA_KERNELS_PLAIN)
-using ActiveFloat = PlainFloat;
+using ActiveFloatForm = PlainFloat;
 #elif defined(__SOFTFP__) || defined(ARVESSA_KERNELS_SOFTWARE_FLOAT)
-using ActiveFloat = SoftwareFloat;
+using ActiveFloatForm = SoftwareFloat;
 #else
-using ActiveFloat = SplitFloat;
+using ActiveFloatForm = SplitFloat;
 #endif
 
 // The plain transform of any size, as it is exported. n: floats of a block, 4..128; half: n/2;
@@ -82,5 +82,5 @@ void packPairs(const float* spectrum, const FloatTransform& transform, float* pa
 }  // namespace arvessa::kernels
 
 namespace arvessa {
-using FloatKernels = kernels::ActiveFloat;
+using FloatKernels = kernels::ActiveFloatForm;
 }

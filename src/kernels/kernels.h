@@ -29,7 +29,8 @@
 
 namespace arvessa::kernels {
 
-inline constexpr int kBands = 24;  // of the filterbank, at every rate
+inline constexpr int kBands = 24;          // of the filterbank, at every rate
+inline constexpr int kMaxTransform = 512;  // words of a block, at 32 kHz
 
 // A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15.
 struct TransformTables {
@@ -82,7 +83,7 @@ struct Plain {
                                std::span<Word32> out);
 
   // power[k] = 2 (re^2 + im^2) of the rounded upper halves of a packed spectrum, saturated; bin 0
-  // without the bin N that shares its slot. Returns the bits of the powers.
+  // without the bin N that shares its slot. A multiple of 64 bins. Returns the bits of the powers.
   static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
 
   // The 24 sums of the bins' shares, saturating in the order of the bins.
@@ -109,8 +110,8 @@ struct Plain {
   static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
                               Word16 alpha);
 
-  // Both parts of bin k of a packed spectrum by gains[k], Q15; bin N, packed with bin 0, by
-  // gains[0].
+  // Both parts of bin k of a packed spectrum by gains[k], Q15; bin N, packed with bin 0 and
+  // zero since the analysis, by gains[0].
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
 
   // y[n] = x[n] + 0.40327 y[n-1] with y[-1] in `memory`; out[n] is twice the rounded upper half of
@@ -186,22 +187,22 @@ struct Vector : Portable {
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
   static void amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y);
 };
-using Backends = std::tuple<Plain, Portable, Vector>;
+using Forms = std::tuple<Plain, Portable, Vector>;
 #else
-using Backends = std::tuple<Plain, Portable>;
+using Forms = std::tuple<Plain, Portable>;
 #endif
 
 // What the library is built with.
 #if defined(ARVESSA_KERNELS_PLAIN)
-using Active = Plain;
+using ActiveForm = Plain;
 #elif defined(ARVESSA_KERNELS_PORTABLE)
-using Active = Portable;
+using ActiveForm = Portable;
 #else
-using Active = std::tuple_element_t<std::tuple_size_v<Backends> - 1, Backends>;
+using ActiveForm = std::tuple_element_t<std::tuple_size_v<Forms> - 1, Forms>;
 #endif
 
 }  // namespace arvessa::kernels
 
 namespace arvessa {
-using Kernels = kernels::Active;
+using Kernels = kernels::ActiveForm;
 }

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: Apache-2.0 Fewer steps than the definitions on any processor: sums that
+// SPDX-License-Identifier: Apache-2.0
+// Fewer steps than the definitions on any processor: sums that
 // cannot saturate are plain ones, and what neighbours share is kept.
 
 #include <algorithm>

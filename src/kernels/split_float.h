@@ -14,11 +14,19 @@ namespace arvessa::kernels {
 inline constexpr int kQuarter = kFloatBins / 4;
 inline constexpr int kMiddle = kFloatBins / 2;
 
+// A twiddle for each of the butterflies of a row.
+struct TwiddleRow {
+  const float* cosine;
+  const float* sine;
+};
+
 // n butterflies of neighbouring elements, each with its own twiddle.
 template <bool kInverse, bool kSoftware>
 inline void butterflies(float* __restrict upperRe, float* __restrict upperIm,
-                        float* __restrict lowerRe, float* __restrict lowerIm, const float* cosine,
-                        const float* sine, int n) {
+                        float* __restrict lowerRe, float* __restrict lowerIm, const TwiddleRow& row,
+                        int n) {
+  const float* const cosine = row.cosine;
+  const float* const sine = row.sine;
   for (int i = 0; i < n; ++i) {
     const float xRe = lowerRe[i];
     const float xIm = lowerIm[i];
@@ -49,8 +57,8 @@ inline void quarters(HalfSpectrum& block, int upper, int lower, int angle) {
     sine[i] = kTwiddleSine[angle];
   }
   butterflies<kInverse, kSoftware>(block.re + upper * kQuarter, block.im + upper * kQuarter,
-                                   block.re + lower * kQuarter, block.im + lower * kQuarter, cosine,
-                                   sine, kQuarter);
+                                   block.re + lower * kQuarter, block.im + lower * kQuarter,
+                                   {cosine, sine}, kQuarter);
 }
 
 // In bit-reversed order, place 4 a + b holds the element 16 rev(b) + rev(a): the first two stages,
@@ -78,8 +86,8 @@ void transform(HalfSpectrum& block) {
   for (int span = 4; span < kFloatBins; span *= 2) {
     for (int group = 0; group < kFloatBins; group += 2 * span) {
       butterflies<kInverse, kSoftware>(ordered.re + group, ordered.im + group,
-                                       ordered.re + group + span, ordered.im + group + span, cosine,
-                                       sine, span);
+                                       ordered.re + group + span, ordered.im + group + span,
+                                       {cosine, sine}, span);
     }
     cosine += span;
     sine += span;

@@ -89,7 +89,7 @@ inline Twiddles loadTwiddlesReversed(const Word16* from) {
   return spreadTwiddles(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(0, 0, 1, 1)));
 }
 
-// Words that may be multiplied by mulQ15.
+// Words that may be multiplied by mulQ15: |x| < 2^31 - 2^16, a little less than its limit.
 inline constexpr UsedBits kFactorBits = 0x7FFEFFFF;
 
 // floor(x f / 2^15) for |x| < 2^31 - 2^15. With x = 65536 h + l, both halves signed: 2 h f +

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: Apache-2.0 The kernels with four words at a time, for blocks with
+// SPDX-License-Identifier: Apache-2.0
+// The kernels with four words at a time, for blocks with
 // headroom: where no operation of the definition saturates, these give the same bits. Written once
 // above the operations of the vector unit.
 
@@ -10,7 +11,7 @@
 
 #include "arithmetic/operators.h"
 #include "kernels/coefficients.h"
-#include "kernels/sse2.h"
+#include "kernels/vector_unit.h"
 
 namespace arvessa::kernels {
 namespace {

@@ -6,7 +6,7 @@
 #ifdef ARVESSA_VECTOR_UNIT
 
 #include "kernels/fixed_transform.h"
-#include "kernels/sse2.h"
+#include "kernels/vector_unit.h"
 
 namespace arvessa::kernels {
 namespace {

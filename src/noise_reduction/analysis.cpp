@@ -14,6 +14,7 @@ constexpr Word16 kAnalysisHeadroom = 6;  // bits
 // value of the pairs' spectrum is their mean, turned, and no larger where sums saturate; the split
 // step adds a factor of sqrt(2) at most: below 0.42 x 2^31.
 constexpr UsedBits kSpectrumBits = bitsBelow(30);
+static_assert(16 * kSmallestHistory == 3 * 2 * kSmallestBins);
 
 }  // namespace
 

@@ -54,9 +54,9 @@ Geometry geometryOf(int sizeCode) {
   const int size = sizeCode == 0 || sizeCode == 1 ? sizeCode : 2;
   const Tables t = tablesOf(size);
   Geometry g;
-  g.frame = 80 << size;
-  g.bins = 64 << size;
-  g.history = 24 << size;
+  g.frame = kSmallestFrame << size;
+  g.bins = kSmallestBins << size;
+  g.history = kSmallestHistory << size;
   g.transform.points = g.bins;
   g.transform.stages = 5 + size;
   g.transform.twiddles = t.twiddles;

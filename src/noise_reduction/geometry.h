@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// What follows from the rate: frame, transform, history and tables. Nothing else looks at a rate
-// code.
+// What follows from the rate: frame, transform, history and tables. No stage looks at a rate code.
 
 #include <span>
 
@@ -12,10 +11,16 @@ namespace arvessa {
 using kernels::kBands;
 using kernels::kFilterOrder;
 using kernels::kMaxLowFrame;
+using kernels::kMaxTransform;
+
+// At 8 kHz; each size code doubles them.
+inline constexpr int kSmallestFrame = 80;
+inline constexpr int kSmallestBins = 64;
+inline constexpr int kSmallestHistory = 24;
+static_assert(2 * kSmallestBins == kSmallestFrame + 2 * kSmallestHistory);
 
 inline constexpr int kMaxBins = 256;           // at 32 kHz
 inline constexpr int kMaxFrame = 320;          // samples through the spectral chain, at 32 kHz
-inline constexpr int kMaxTransform = 512;      // words of a block, at 32 kHz
 inline constexpr int kMaxHistory = 96;         // at 32 kHz
 inline constexpr int kMaxOverlap = 192;        // at 32 kHz
 inline constexpr int kMaxFullbandFrame = 480;  // at 48 kHz
@@ -33,7 +38,8 @@ struct Geometry {
   kernels::Filterbank bank;
 };
 
-// By size code 0, 1 and 2: 64, 128 and 256 bins, for 8, 16 and 32 kHz. Another code counts as 2.
+// By size code 0, 1 and 2: 64, 128 and 256 bins, for 8, 16 and 32 kHz. Another code counts as 2. A
+// transform size has one geometry only: the exported stages know it by the size.
 Geometry geometryOf(int sizeCode);
 
 // The size code of blocks of `words` words. Another size counts as 512.
@@ -48,5 +54,8 @@ struct Rate {
 };
 inline constexpr Rate kRates[kRateCodes] = {
     {80, 0, false}, {160, 1, false}, {320, 2, false}, {480, 1, true}};
+
+// Of a rate code, whose other bits do not count.
+constexpr const Rate& rateOf(int code) { return kRates[code & (kRateCodes - 1)]; }
 
 }  // namespace arvessa

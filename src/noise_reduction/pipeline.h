@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// One frame of noise reduction: the stages in their order, and nothing else writes that order.
+// One frame of noise reduction: the stages in their order, and nothing else writes that order. What
+// comes before and behind, the beamformer and the AGC, is in abi/front_end_frame.h and
+// abi/engine_frame.h.
 //
-// An observer is called with what each stage leaves, as one of the records below. NoObserver is
-// that of the product and costs nothing.
+// An observer is called with what the stages of the spectral chain leave, as the records below in
+// their order; without suppression, GainsFound and Suppressed do not come. NoObserver is that of
+// the product and costs nothing. bench/engine_frames.cpp has another.
 
 #include <algorithm>
 #include <span>
@@ -20,6 +23,10 @@ struct Analysed {
   ConstBlock spectrum;
   ConstBlock power;
   std::span<const Word32, kBands> bandPower;
+};
+struct NoiseEstimated {
+  ConstBlock noise;  // by bin, 7 fraction bits
+  bool voice;
 };
 struct GainsFound {
   BandPowers power;
@@ -83,6 +90,7 @@ ReducedFrame runSpectralChain(const Geometry& geometry, ChainSwitches switches,
     spectrum = analysis.spectrum;
     estimate = estimateNoise(analysis.power, state.frameCountSat, noiseMemory(state, geometry.bins),
                              std::span(active).first(bins));
+    observe(NoiseEstimated{estimate.noise, estimate.voice});
   }
 
   Word16 meanGain = kMax16;

@@ -1,49 +1,37 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Builds the library by a preset for Android, without the NDK, and reads what came out.
 
 toolchain.cmake takes the NDK's place. Clang compiles for the platform; the link is against stand-ins
 of the platform's libraries that hold nothing but the names in libc.txt, libm.txt and liblog.txt, so
 any other name fails it.
 
-Environment: ARVESSA_ANDROID_PRESET, ARVESSA_ANDROID_WORK (directory to build in).
+Environment: ARVESSA_ANDROID_PRESET, ARVESSA_ANDROID_WORK (directory to build in), PYTHONPATH with
+built_library.py.
 """
 
+import collections
 import json
 import os
 import pathlib
 import re
 import shutil
-import subprocess
 import unittest
 
+from built_library import EXPORTS, LOG_FUNCTION, SOURCE, BuiltLibrary, run
+
 HERE = pathlib.Path(__file__).resolve().parent
-SOURCE = HERE.parent.parent
 PLATFORM_LIBRARIES = ("libc", "libm", "liblog")
-LOG_FUNCTION = "__android_log_print"
+SOURCES = set((SOURCE / "src").rglob("*.cpp"))
 
-
-class Abi:
-    def __init__(self, target, debian, machine, page):
-        self.target = target
-        self.debian = debian  # whose headers and compiler runtime stand in for the NDK's
-        self.machine = machine
-        self.page = page
-
-
+# The port of Debian lends its headers and compiler runtime in place of the NDK's.
+Abi = collections.namedtuple("Abi", "target debian machine page")
+ARM = Abi("armv7a-linux-androideabi21", "arm-linux-gnueabi", "ARM", 0x1000)
 ABIS = {  # by preset
-    "android-armeabi-v7a": Abi("armv7a-linux-androideabi21", "arm-linux-gnueabi", "ARM", 0x1000),
-    "android-armeabi-v7a-soft": Abi("armv7a-linux-androideabi21", "arm-linux-gnueabi", "ARM",
-                                    0x1000),
+    "android-armeabi-v7a": ARM,
+    "android-armeabi-v7a-soft": ARM,
     "android-arm64-v8a": Abi("aarch64-linux-android21", "aarch64-linux-gnu", "AArch64", 0x4000),
 }
-
-
-def run(*command):
-    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT, text=True)
-    if done.returncode != 0:
-        raise RuntimeError(" ".join(map(str, command)) + "\n" + done.stdout)
-    return done.stdout
 
 
 def names_in(path):
@@ -59,19 +47,6 @@ def make_stub(abi, name, directory):
     source.write_text(".text\n" + "".join(labels))
     run("clang", f"--target={abi.target}", "-shared", "-nostdlib", "-fuse-ld=lld",
         f"-Wl,-soname,{name}.so", source, "-o", directory / f"{name}.so")
-
-
-def dynamic_symbols(library):
-    """Names by whether the library defines them."""
-    defined, undefined = set(), set()
-    for line in run("readelf", "--dyn-syms", "--wide", library).splitlines():
-        fields = line.split()
-        if len(fields) < 8 or not fields[0].rstrip(":").isdigit():
-            continue
-        binding, section, name = fields[4], fields[6], fields[7].split("@")[0]
-        if binding != "LOCAL":
-            (undefined if section == "UND" else defined).add(name)
-    return defined, undefined
 
 
 class AndroidLibrary(unittest.TestCase):
@@ -102,17 +77,16 @@ class AndroidLibrary(unittest.TestCase):
             cls.build, f"-DARVESSA_STUBS={stubs}", f"-DARVESSA_LIBGCC={runtime}",
             f"-DARVESSA_HEADERS={abi.debian}")
         run("cmake", "--build", cls.build)
-        cls.library = cls.build / "src" / "libArvessa_ANDROID.so"
-        cls.dynamic = run("readelf", "--dynamic", "--wide", cls.library)
-        cls.defined, cls.undefined = dynamic_symbols(cls.library)
+        cls.library = BuiltLibrary(cls.build / "src" / "libArvessa_ANDROID.so")
 
-    def entries(self, tag):
-        return re.findall(rf"\({tag}\).*\[(.*)\]", self.dynamic)
+    def code(self):
+        return run(f"{self.abi.debian}-objdump", "--disassemble", "--no-show-raw-insn",
+                   self.library.path)
 
     def test_every_source_is_in_it(self):
         commands = json.loads((self.build / "compile_commands.json").read_text())
         compiled = {pathlib.Path(entry["file"]) for entry in commands}
-        self.assertEqual(compiled, set((SOURCE / "src").rglob("*.cpp")))
+        self.assertEqual(compiled, SOURCES)
         for entry in commands:
             self.assertIn(f"--target={self.abi.target}", entry["command"])
 
@@ -120,48 +94,37 @@ class AndroidLibrary(unittest.TestCase):
         commands = (self.build / "compile_commands.json").read_text()
         soft = self.preset.endswith("-soft")
         self.assertEqual("-mfloat-abi=soft " in commands, soft)
-        code = run(f"{self.abi.debian}-objdump", "--disassemble", "--no-show-raw-insn",
-                   self.library)
-        self.assertEqual("__aeabi_fmul" in code, soft)
+        self.assertEqual("__aeabi_fmul" in self.code(), soft)
 
-    def test_machine(self):
-        header = run("readelf", "--file-header", "--wide", self.library)
+    def test_machine_and_names(self):
+        header = self.library.readelf("--file-header")
         self.assertRegex(header, rf"Machine: +{self.abi.machine}\n")
         self.assertRegex(header, r"Type: +DYN ")
+        self.assertEqual(self.library.entries("SONAME"), ["libArvessa_ANDROID.so"])
+        self.assertEqual(sorted(self.library.entries("NEEDED")), ["libc.so", "liblog.so"])
 
-    def test_names(self):
-        self.assertEqual(self.entries("SONAME"), ["libArvessa_ANDROID.so"])
-        self.assertEqual(sorted(self.entries("NEEDED")), ["libc.so", "liblog.so"])
+    def test_exports_and_calls_nothing_but_what_is_allowed(self):
+        """Exports: without the stand-in for the log function that it has elsewhere."""
+        self.assertEqual(set(self.library.symbols(defined=True)), EXPORTS)
+        undefined = set(self.library.symbols(defined=False))
+        allowed = (names_in(HERE / f"{library}.txt") for library in PLATFORM_LIBRARIES)
+        self.assertLessEqual(undefined, set().union(*allowed))
+        self.assertIn(LOG_FUNCTION, undefined)
 
-    def test_exports_are_the_committed_list(self):
-        """Without the stand-in for the log function that it has elsewhere."""
-        wanted = set((HERE.parent.parent / "src/abi/exports.txt").read_text().split())
-        self.assertGreater(len(wanted), 50)
-        self.assertEqual(self.defined, wanted)
-
-    def test_calls_nothing_but_what_is_allowed(self):
-        allowed = {name for library in PLATFORM_LIBRARIES
-                   for name in names_in(HERE / f"{library}.txt")}
-        self.assertLessEqual(self.undefined, allowed)
-        self.assertIn(LOG_FUNCTION, self.undefined)
-
-    def test_runs_nothing_when_loaded_and_writes_nothing(self):
-        self.assertNotRegex(self.dynamic, r"TEXTREL|\((INIT|FINI|INIT_ARRAY|FINI_ARRAY)\)")
-        sections = run("readelf", "--sections", "--wide", self.library)
-        self.assertIn(" .text ", sections)
-        for name, size in re.findall(r"\] (\.t?data|\.t?bss)\s+\w+\s+\w+ \w+ (\w+)", sections):
-            self.assertEqual(int(size, 16), 0, name)
+    def test_runs_nothing_when_loaded_and_has_no_writable_data(self):
+        self.assertEqual(self.library.loading_code(), [])
+        self.assertLessEqual(set(self.library.writable_sections()), {".data.rel.ro"})
 
     def test_no_object_asks_for_the_unwinder(self):
         """The NDK's linker would find one, and it allocates."""
         objects = list(self.build.rglob("*.cpp.o"))
-        self.assertEqual(len(objects), len(list((SOURCE / "src").rglob("*.cpp"))))
+        self.assertEqual(len(objects), len(SOURCES))
         for path in objects:
             symbols = run("readelf", "--symbols", "--wide", path)
             self.assertNotRegex(symbols, r"(?i)unwind|personality", path)
 
     def test_segments_suit_the_page(self):
-        segments = run("readelf", "--program-headers", "--wide", self.library)
+        segments = self.library.readelf("--program-headers")
         loads = re.findall(r"^ +LOAD .* (0x\w+)$", segments, re.MULTILINE)
         self.assertGreaterEqual(len(loads), 2)
         for alignment in loads:
@@ -173,8 +136,7 @@ class AndroidLibrary(unittest.TestCase):
         that names f32 is one."""
         if self.abi.machine != "ARM":
             return
-        code = run(f"{self.abi.debian}-objdump", "--disassemble", "--no-show-raw-insn",
-                   self.library)
+        code = self.code()
         self.assertIn("MVDR_BeamForming", code)
         self.assertEqual(re.findall(r"\sv\w+\.f32(?:\.\w+)?\s+[qd]\d+.*", code), [])
 

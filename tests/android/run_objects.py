@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs the tests with the code that link_check.py compiled for Android.
 
 The same object files, linked once more into a library for Debian's ARM port, take the place of the
@@ -28,7 +29,7 @@ def link_for_debian(work):
     library.parent.mkdir(exist_ok=True)
     log = library.parent / "log.o"  # the platform's log function, which Debian has not
     subprocess.run([f"{TARGET}-g++", "-std=c++20", "-fPIC", "-I", SOURCE / "src", "-c",
-                    SOURCE / "src/interface/android_log.cpp", "-o", log], check=True)
+                    SOURCE / "src/abi/android_log.cpp", "-o", log], check=True)
     subprocess.run([f"{TARGET}-gcc", "-shared", "-nostartfiles", f"-Wl,-soname,{LIBRARY}",
                     "-Wl,-z,defs", "-Wl,-Bsymbolic",
                     f"-Wl,--dynamic-list={SOURCE / 'cmake/interposable_symbols.txt'}",

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Stands where the NDK has its own toolchain file, so that the presets for Android find this one when
 # ANDROID_NDK names a directory of link_check.py. Clang compiles for the platform with the options
 # that the NDK uses, and links against stand-ins of the platform's libraries. Given:

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Installs the library into an empty folder and builds programs from what is there.
 
-Environment: ARVESSA_BUILD, the build directory; ARVESSA_SOURCE, the project.
+Environment: ARVESSA_BUILD, the build directory; PYTHONPATH with built_library.py.
 """
 
 import os
@@ -11,15 +11,9 @@ import subprocess
 import tempfile
 import unittest
 
+from built_library import SOURCE, run
+
 BUILD = os.environ["ARVESSA_BUILD"]
-SOURCE = os.environ["ARVESSA_SOURCE"]
-
-
-def run(*command, **options):
-    done = subprocess.run(command, text=True, capture_output=True, **options)
-    if done.returncode != 0:
-        raise AssertionError(f"{' '.join(command)}\n{done.stdout}{done.stderr}")
-    return done.stdout
 
 
 class Installed(unittest.TestCase):

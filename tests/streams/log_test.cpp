@@ -8,17 +8,7 @@
 
 #include "Arvessa.h"
 
-namespace {
-
-struct Line {
-  int priority = -1;
-  std::string tag;
-  std::string format;
-  std::string text;
-};
-Line line;
-
-}  // namespace
+static std::string logged;
 
 extern "C" __attribute__((visibility("default"))) int __android_log_print(int priority,
                                                                           const char* tag,
@@ -28,7 +18,7 @@ extern "C" __attribute__((visibility("default"))) int __android_log_print(int pr
   va_start(arguments, format);
   std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
-  line = {priority, tag, format, text};
+  logged += std::to_string(priority) + '|' + tag + '|' + format + '|' + text;
   return 1;
 }
 
@@ -36,8 +26,5 @@ TEST(Log, ProgramsOwnFunctionIsCalled) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(Arvessa_GetVer(), 100);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-  EXPECT_EQ(line.priority, 3);
-  EXPECT_EQ(line.tag, "Arvessa");
-  EXPECT_EQ(line.format, "Arvessa_GetVer:%d!\n");
-  EXPECT_EQ(line.text, "Arvessa_GetVer:100!\n");
+  EXPECT_EQ(logged, "3|Arvessa|Arvessa_GetVer:%d!\n|Arvessa_GetVer:100!\n");
 }

@@ -16,27 +16,19 @@ struct Recording {
 
 // Samples from `next`, of the time in seconds; 100 frames to the second.
 template <class Next>
-Recording record(int rateCode, int nr, int agc, int frames, Next next) {
+Recording record(std::uint8_t rateCode, std::uint8_t nr, std::uint8_t agc, int frames, Next next) {
   const int n = rateCode == 0 ? 80 : 160 * rateCode;
   alignas(4) unsigned char state[VORN_STATE_BYTES];
-  VornConfig cfg = {state,
-                    VORN_STATE_BYTES,
-                    VORN_CHECK_VALUE,
-                    static_cast<std::uint8_t>(rateCode),
-                    static_cast<std::uint8_t>(nr),
-                    static_cast<std::uint8_t>(agc),
-                    2};
+  VornConfig cfg = {state, VORN_STATE_BYTES, VORN_CHECK_VALUE, rateCode, nr, agc, 2};
   EXPECT_EQ(VORN_Init(&cfg), 0);
   Recording r;
-  for (int frame = 0; frame < frames; ++frame) {
-    alignas(4) Word16 in[480];
-    alignas(4) Word16 out[480];
+  r.out = inFrames(frames, [&](int frame, Word16* in, Word16* out) {
     for (int i = 0; i < n; ++i) in[i] = next((frame + 1.0 * i / n) / 100);
+    r.in.insert(r.in.end(), in, in + n);
     auto length = static_cast<Word16>(n);
     EXPECT_EQ(VORN_Proc(in, n, out, &length, &cfg), 0);
-    r.in.insert(r.in.end(), in, in + n);
-    r.out.insert(r.out.end(), out, out + n);
-  }
+    return n;
+  });
   return r;
 }
 

@@ -6,6 +6,7 @@
 // written from the definitions of the chain by a second developer who had not seen the library's
 // code: EqualTheReference repeats that confirmation. They change only when the output changes; a
 // release that changes one says so in the change log.
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -20,18 +21,14 @@ namespace arvessa::test {
 namespace {
 
 struct Switches {
-  int rateCode;
-  int nr;
-  int agc;
-  int table;
+  int rateCode, nr, agc, table;
 };
 enum class Plan { kFixed, kToggle, kChangeRate };
 
 // What a stream is made of. A front-end stream has rate code -1.
 struct Stream {
   const char* name;
-  Signal signal;
-  Signal second;  // of the second microphone
+  Signal signal, second;  // of the two microphones
   int frames;
   Switches switches;
   Plan plan;
@@ -70,23 +67,19 @@ Samples runEngine(const Stream& s) {
   cfg.checkValue = VORN_CHECK_VALUE;
   EXPECT_EQ(Engine::kInit(&cfg), 0);
   Source source(s.signal, s.switches.rateCode == 0 ? 2 : 1, 1);
-  Samples all;
-  for (int frame = 0; frame < s.frames; ++frame) {
+  return inFrames(s.frames, [&](int frame, Word16* in, Word16* out) {
     const Switches now = switchesAt(s, frame);
     cfg.rateCode = static_cast<std::uint8_t>(now.rateCode);
     cfg.nrEnable = static_cast<std::uint8_t>(now.nr);
     cfg.agcEnable = static_cast<std::uint8_t>(now.agc);
     cfg.agcTableSel = static_cast<std::uint8_t>(now.table);
     const int n = now.rateCode == 0 ? 80 : 160 * now.rateCode;
-    alignas(4) Word16 in[480];
-    alignas(4) Word16 out[480];
-    for (int i = 0; i < n; ++i) in[i] = source.next();
+    std::generate_n(in, n, [&] { return source.next(); });
     Word16 length = 480;
     EXPECT_EQ(Engine::kProc(in, n, out, &length, &cfg), 0);
     EXPECT_EQ(length, n);
-    all.insert(all.end(), out, out + n);
-  }
-  return all;
+    return n;
+  });
 }
 
 template <class Init, class Process, class Config>
@@ -95,19 +88,14 @@ Samples runFrontEnd(const Stream& s, Config cfg, Init init, Process process) {
   cfg.nrEnable = static_cast<std::uint8_t>(s.switches.nr);
   cfg.engineEnable = static_cast<std::uint8_t>(s.switches.agc);
   EXPECT_EQ(init(&cfg), 0);
-  Source first(s.signal, 2, 1);
-  Source second(s.second, 2, 2);
-  Samples all;
-  for (int frame = 0; frame < s.frames; ++frame) {
+  Source first(s.signal, 2, 1), second(s.second, 2, 2);
+  return inFrames(s.frames, [&](int frame, Word16* in, Word16* out) {
     if (s.plan == Plan::kToggle) cfg.engineEnable = static_cast<std::uint8_t>(frame / 37 % 3);
-    alignas(4) Word16 in[160];
-    alignas(4) Word16 out[80];
-    for (int i = 0; i < 80; ++i) in[i] = first.next();
-    for (int i = 0; i < 80; ++i) in[80 + i] = second.next();
+    std::generate_n(in, 80, [&] { return first.next(); });
+    std::generate_n(in + 80, 80, [&] { return second.next(); });
     EXPECT_EQ(process(in, out, &cfg), 0);
-    all.insert(all.end(), out, out + 80);
-  }
-  return all;
+    return 80;
+  });
 }
 
 Samples runLibrary(const Stream& s) {

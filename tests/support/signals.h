@@ -79,4 +79,17 @@ class Source {
   std::size_t time_ = 0;
 };
 
+// The output of a stream: process(frame, in, out) reads and writes samples, and says how many it wrote.
+template <class Process>
+Samples inFrames(int frames, Process process) {
+  Samples all;
+  for (int frame = 0; frame < frames; ++frame) {
+    alignas(4) Word16 in[480];
+    alignas(4) Word16 out[480];
+    const int written = process(frame, in, out);
+    all.insert(all.end(), out, out + written);
+  }
+  return all;
+}
+
 }  // namespace arvessa::test

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Random operands and comparisons for tests against the reference.
+// Random operands, rounds of them, and comparisons.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,9 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <sstream>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "ArvessaTypes.h"
@@ -29,15 +27,13 @@ class Random {
   }
   int below(int bound) { return static_cast<int>((next() >> 33) % static_cast<unsigned>(bound)); }
 
-  // Every magnitude is as likely as every other; the ends of the range and repetitions are frequent.
+  // Every magnitude is as likely as every other; the ends of the range, powers of two and their
+  // neighbours, and repetitions are frequent.
   Word32 word32() {
     const int kind = below(8);
-    if (kind == 0) {
-      last_ = static_cast<Word32>(static_cast<std::uint32_t>(kEnds[below(kEnds.size())]) +
-                                  static_cast<std::uint32_t>(below(5) - 2));
-    } else if (kind > 1) {
-      last_ = static_cast<Word32>(next() >> 32) >> below(32);
-    }
+    if (kind == 0) last_ = neighbourOf(kEnds[below(kEnds.size())]);
+    if (kind == 1) last_ = neighbourOf(1 << below(31));
+    if (kind > 2) last_ = static_cast<Word32>(next() >> 32) >> below(32);
     return last_;
   }
   Word16 word16() {
@@ -55,42 +51,31 @@ class Random {
     for (std::size_t i = 0; i < n; ++i) block[i] = wordOf(bits);
   }
 
-  template <class T>
-  T draw();
+  void draw(Word16& word) { word = word16(); }
+  void draw(Word32& word) { word = word32(); }
+  void draw(std::uint32_t& word) { word = static_cast<std::uint32_t>(word32()); }
 
  private:
   static constexpr std::array<Word32, 8> kEnds = {2147483647,  -2147483647 - 1, 0,     0x40000000,
                                                   -0x40000000, 0x7FFF0000,      65536, -65536};
+
+  Word32 neighbourOf(Word32 word) {
+    return static_cast<Word32>(static_cast<std::uint32_t>(word) +
+                               static_cast<std::uint32_t>(below(5) - 2));
+  }
+
   std::uint64_t state_;
   Word32 last_ = 0;
 };
 
-template <>
-inline Word32 Random::draw<Word32>() {
-  return word32();
-}
-template <>
-inline Word16 Random::draw<Word16>() {
-  return word16();
-}
-template <>
-inline std::uint32_t Random::draw<std::uint32_t>() {
-  return static_cast<std::uint32_t>(word32());
-}
-
-// Calls a library function and its reference with the same random operands.
-template <class Result, class... Args>
-void expectSameFunction(const char* name, Result (*library)(Args...), Result (*reference)(Args...),
-                        int rounds = 200000) {
-  Random random(std::strlen(name));
-  for (int i = 0; i < rounds; ++i) {
-    const std::tuple<Args...> args{random.draw<Args>()...};
-    const Result got = std::apply(library, args);
-    const Result want = std::apply(reference, args);
-    if (got != want) {
-      std::ostringstream operands;
-      std::apply([&](auto... a) { ((operands << ' ' << a), ...); }, args);
-      FAIL() << name << operands.str() << ": " << got << ", reference " << want;
+// Rounds of all kinds until one of them fails.
+template <class Kind, class Body>
+void forEach(std::initializer_list<Kind> kinds, int rounds, Body body) {
+  for (const Kind kind : kinds) {
+    for (int round = 0; round < rounds; ++round) {
+      SCOPED_TRACE(testing::Message() << "kind " << kind << ", round " << round);
+      body(kind);
+      if (testing::Test::HasFailure()) return;
     }
   }
 }

@@ -71,35 +71,37 @@ TEST(BeamDesign, ValuesThatEveryConstantMoves) {
   EXPECT_EQ(stored(2, 63, 1), Complex(0.61551F, -1.3699F));
 }
 
-TEST(BeamDesign, WaveFromTheLookDirectionComesThroughWithTheTiltAlone) {
-  constexpr std::array<double, kBeams> kLook{0.0, 90.0, 180.0};
+constexpr std::array<double, kBeams> kLook{0.0, 90.0, 180.0};  // azimuth of each beam
+
+template <class Check>
+void forEachBeamAndBin(Check check) {
   for (int s = 0; s < kBeams; ++s) {
     for (int k = 0; k < kBins; ++k) {
-      const double azimuth = kLook[static_cast<std::size_t>(s)];
-      const Complex y = stored(s, k, 0) * std::polar(1.0, lead(0, azimuth, k)) +
-                        stored(s, k, 1) * std::polar(1.0, lead(1, azimuth, k));
-      // The fifth digit of a value of 1 or more is 1e-4: 5e-5 each in four parts, 1.42e-4 at worst.
-      EXPECT_LT(std::abs(y - (33.0 + k) / 32.0), 1.5e-4) << "beam " << s << " bin " << k;
+      SCOPED_TRACE(testing::Message() << "beam " << s << ", bin " << k);
+      check({stored(s, k, 0), stored(s, k, 1)}, kLook[static_cast<std::size_t>(s)], k);
     }
   }
 }
 
+TEST(BeamDesign, WaveFromTheLookDirectionComesThroughWithTheTiltAlone) {
+  forEachBeamAndBin([](const MicrophoneVector& w, double azimuth, int k) {
+    const Complex y =
+        w[0] * std::polar(1.0, lead(0, azimuth, k)) + w[1] * std::polar(1.0, lead(1, azimuth, k));
+    // The fifth digit of a value of 1 or more is 1e-4: 5e-5 each in four parts, 1.42e-4 at worst.
+    EXPECT_LT(std::abs(y - (33.0 + k) / 32.0), 1.5e-4);
+  });
+}
+
 TEST(BeamDesign, NoOtherDistortionlessBeamPassesLessNoise) {
-  constexpr std::array<double, kBeams> kLook{0.0, 90.0, 180.0};
-  for (int s = 0; s < kBeams; ++s) {
-    for (int k = 0; k < kBins; ++k) {
-      const double azimuth = kLook[static_cast<std::size_t>(s)];
-      const MicrophoneVector w{stored(s, k, 0), stored(s, k, 1)};
-      const double least = noisePower(w, k);
-      for (const double phase : {0.0, 90.0, 180.0, 270.0}) {
-        // A step that leaves the response in the look direction as it is.
-        const Complex step = std::polar(0.01, phase * std::numbers::pi / 180.0);
-        const MicrophoneVector other{w[0] + step * std::polar(1.0, -lead(0, azimuth, k)),
-                                     w[1] - step * std::polar(1.0, -lead(1, azimuth, k))};
-        EXPECT_LT(least, noisePower(other, k)) << "beam " << s << " bin " << k;
-      }
+  forEachBeamAndBin([](const MicrophoneVector& w, double azimuth, int k) {
+    for (const double phase : {0.0, 90.0, 180.0, 270.0}) {
+      // A step that leaves the response in the look direction as it is.
+      const Complex step = std::polar(0.01, phase * std::numbers::pi / 180.0);
+      const MicrophoneVector other{w[0] + step * std::polar(1.0, -lead(0, azimuth, k)),
+                                   w[1] - step * std::polar(1.0, -lead(1, azimuth, k))};
+      EXPECT_LT(noisePower(w, k), noisePower(other, k));
     }
-  }
+  });
 }
 
 }  // namespace

@@ -18,8 +18,8 @@ enum Kind {
   kFewNumbers,       // among zeros of both signs
   kMostlyMinusZeros  // a sum is -0 only where all that is added is
 };
-inline constexpr Kind kKinds[] = {kAnyAmplitude, kDenormals,  kFewUnits,
-                                  kSomeZeros,    kFewNumbers, kMostlyMinusZeros};
+inline constexpr std::initializer_list<Kind> kKinds = {
+    kAnyAmplitude, kDenormals, kFewUnits, kSomeZeros, kFewNumbers, kMostlyMinusZeros};
 
 inline Block drawBlock(Kind kind, Random& random, int n) {
   Block block(static_cast<std::size_t>(n));

@@ -1,157 +1,101 @@
 // SPDX-License-Identifier: Apache-2.0
-// Noise estimation, SNR and suppression gain against the reference on random powers and states, the
-// gain curves over their domains and the floor's controller.
-#include "unit/stages.h"
+// Noise estimation, SNR and suppression gain against the reference on random powers and states, and
+// the floor's controller.
+#include "unit/engine_states.h"
 
 namespace arvessa::test {
 namespace {
 
-struct Activity {
-  alignas(2) unsigned char bins[256] = {};
-  Word16 voice = 7;
-  bool operator==(const Activity&) const = default;
-};
-
-void expectSameEstimate(States& s, const Word32* power, int K) {
-  Activity got, want;
-  s.copy();
-  WVQE_Noise_Vad(&s.library, K, power, got.bins);
-  reference::WVQE_Noise_Vad(&s.wanted, K, power, want.bins);
-  EXPECT_EQ(got, want);
-  s.expectSame("noise estimation");
-}
-
 TEST(NoiseEstimation, EqualsTheReference) {
   enum Kind { kAnyPower, kNearThresholds, kPowerAtMinimum, kWindowEdges };
   Random random(22);
-  for (const Kind kind : {kAnyPower, kNearThresholds, kPowerAtMinimum, kWindowEdges}) {
-    for (int round = 0; round < 750; ++round) {
-      SCOPED_TRACE(testing::Message() << "kind " << kind << ' ' << round);
-      States s(random);
-      Word32 power[256];
-      for (int k = 0; k < 256; ++k) {
-        power[k] =
-            kind == kPowerAtMinimum ? s.library.noiseReduction.psdMin[k] : random.anyMagnitude();
-        if (kind == kNearThresholds || kind == kPowerAtMinimum) {
-          s.library.noiseReduction.psdSmooth[k] =
-              std::min(s.library.noiseReduction.psdMin[k], 600000000) / 10 * 32;
-        }
+  forEach({kAnyPower, kNearThresholds, kPowerAtMinimum, kWindowEdges}, 750, [&](Kind kind) {
+    const int bins = 64 << random.below(3);
+    States s(random);
+    NoiseReductionState& state = s.library.noiseReduction;
+    Both<Word32> power(bins, [&] { return random.anyMagnitude(); });
+    for (int k = 0; k < bins; ++k) {
+      if (kind == kPowerAtMinimum) power.put(k, state.psdMin[k]);
+      if (kind == kNearThresholds || kind == kPowerAtMinimum) {
+        state.psdSmooth[k] = std::min(state.psdMin[k], 600000000) / 10 * 32;
       }
-      if (kind == kWindowEdges) {  // of the search windows and of the averaging weight
-        constexpr std::uint16_t kFrames[] = {1, 2, 99, 100, 101, 999, 1000, 32767};
-        constexpr std::uint32_t kCounts[] = {30, 31, 80, 81, 150, 151, 0, 0x80000000U};
-        s.library.noiseReduction.frameCountSat = kFrames[random.below(8)];
-        s.library.noiseReduction.minWinCount = kCounts[random.below(8)];
-      }
-      expectSameEstimate(s, power, 64 << (round % 3));
-      if (HasFailure()) return;
     }
-  }
+    if (kind == kWindowEdges) {  // of the search windows and of the averaging weight
+      constexpr std::uint16_t kFrames[] = {1, 2, 99, 100, 101, 999, 1000, 32767};
+      constexpr std::uint32_t kCounts[] = {30, 31, 80, 81, 150, 151, 0, 0x80000000U};
+      state.frameCountSat = kFrames[random.below(8)];
+      state.minWinCount = kCounts[random.below(8)];
+    }
+    s.copy();
+    Both<unsigned char> active(bins);
+    EXPECT_SAME(WVQE_Noise_Vad, s, bins, power, active);
+  });
 }
 
 // The three routines alone, far outside the powers of a frame.
 TEST(NoiseEstimation, RoutinesEqualTheReference) {
-  enum Kind { kAnyWords, kSmall, kLevels, kLevelOverNoise, kVoiceThreshold };
+  enum Kind { kAnyWords, kSmall, kLevels, kVoiceThreshold };
   Random random(18);
-  for (const Kind kind : {kAnyWords, kSmall, kLevels, kLevelOverNoise, kVoiceThreshold}) {
-    for (int round = 0; round < 600; ++round) {
-      SCOPED_TRACE(testing::Message() << "kind " << kind << ' ' << round);
-      const auto K = static_cast<Word16>(64 << (round % 3));
-      const Word32 levels[2] = {2147483647 >> random.below(31), 2147483647 >> random.below(31)};
-      Both<Word32, 256> psd;
-      Word32 power[256];
-      psd.set([&] {
-        return kind == kAnyWords ? random.word32() : kind == kSmall ? random.wordOf(28) : levels[0];
-      });
-      for (Word32& x : power) {
-        x = kind == kAnyWords ? random.word32() : kind == kLevels ? levels[1] : random.wordOf(22);
-      }
-      if (kind == kVoiceThreshold) {  // the totals, from one word each
-        psd.set([] { return 0; });
-        psd.library[1] = psd.wanted[1] = random.anyMagnitude();
-        std::fill(power, power + 256, 0);
-        power[2] =
-            static_cast<Word32>((std::int64_t{psd.library[1]} * 2000) >> 15) - 20 - random.below(2);
-      }
-      Activity got, want;
-      VORN_WVQE_Noise_Vad2_ASM(psd.library, power, got.bins, &got.voice, K);
-      reference::VORN_WVQE_Noise_Vad2_ASM(psd.wanted, power, want.bins, &want.voice, K);
-      EXPECT_EQ(got, want);
-      const Word16 alpha = random.word16();
-      VORN_WVQE_Noise_Vad3_ASM(power, psd.library, got.bins, alpha, K);
-      reference::VORN_WVQE_Noise_Vad3_ASM(power, psd.wanted, got.bins, alpha, K);
-      psd.expectSame("noisePsd");
-      VORN_WVQE_Noise_Vad1_ASM(psd.library, power, K);
-      reference::VORN_WVQE_Noise_Vad1_ASM(psd.wanted, power, K);
-      psd.expectSame("psdSmooth");
-      if (HasFailure()) return;
+  forEach({kAnyWords, kSmall, kLevels, kVoiceThreshold}, 600, [&](Kind kind) {
+    const int bins = 64 << random.below(3);
+    const Word32 level = kMax32 >> random.below(31);
+    const auto word = [&] {
+      return kind == kAnyWords ? random.word32() : kind == kSmall ? random.wordOf(28) : level;
+    };
+    Both<Word32> psd(bins, word), power(bins, word);
+    if (kind == kVoiceThreshold) {  // the totals, from one word each
+      const Word32 total = random.anyMagnitude();
+      psd = power = Both<Word32>(bins);
+      psd.put(1, total);
+      power.put(2, static_cast<Word32>((std::int64_t{total} * 2000) >> 15) - 20 - random.below(2));
     }
-  }
+    Both<unsigned char> active(bins);
+    Both<Word16> voice(1);
+    EXPECT_SAME(VORN_WVQE_Noise_Vad2_ASM, psd, power, active, voice, bins);
+    EXPECT_SAME(VORN_WVQE_Noise_Vad3_ASM, power, psd, active, random.word16(), bins);
+    EXPECT_SAME(VORN_WVQE_Noise_Vad1_ASM, psd, power, bins);
+  });
 }
 
 TEST(SuppressionGain, EqualsTheReferenceAndNeverAmplifies) {
   // Few bits: the quotients' guards and reductions. Few bands: speech is unlikely as a whole.
   enum Kind { kBandPowers, kFewBits, kAnySnr, kFewBands };
   Random random(23);
-  for (const Kind kind : {kBandPowers, kFewBits, kAnySnr, kFewBands}) {
-    for (int round = 0; round < 1500; ++round) {
-      SCOPED_TRACE(testing::Message() << "kind " << kind << ' ' << round);
-      States s(random);
-      const auto K = static_cast<Word16>(64 << (round % 3));
-      const Bank b = bankOf(K);
-      Word32 power[24];
-      Word32 noise[24];
-      for (Word32& x : power) x = random.anyMagnitude() >> (kind == kFewBits ? 24 : 0);
-      for (Word32& x : noise) {
-        x = random.below(8) == 0 ? 2147483647 - random.below(1000)
-                                 : random.anyMagnitude() >> random.below(25);
-      }
-      Both<Word16, 24> post, prior;
-      const auto frame = static_cast<Word16>(s.library.noiseReduction.frameCountSat);
-      WVQE_PostAndPriorSNR(post.library, prior.library, s.library.noiseReduction.bandSnrState,
-                           power, noise, frame);
-      reference::WVQE_PostAndPriorSNR(post.wanted, prior.wanted, s.wanted.bandSnrState, power,
-                                      noise, frame);
-      post.expectSame("postSnr");
-      prior.expectSame("priorSnr");
-      s.expectSame("SNR estimation");
-      if (kind == kAnySnr || kind == kFewBands) {
-        const auto few = [&] { return kind == kFewBands && random.below(24) != 0 ? 12 : 0; };
-        post.set([&] { return random.from(-256, 25600) >> random.below(14); });
-        prior.set([&] { return random.from(0, 25600) >> std::max(few(), random.below(14)); });
-        for (Word16& x : s.library.noiseReduction.bandSmooth) x >>= few();
-        s.copy();
-      }
-      Both<Word16, 256> gain;
-      WVQE_Gain_Proc(&s.library, post.library, prior.library, noise, power, b.left, b.filterLeft,
-                     b.right, b.filterRight, 1, K, gain.library);
-      reference::WVQE_Gain_Proc(&s.wanted, post.wanted, prior.wanted, noise, power, b.left,
-                                b.filterLeft, b.right, b.filterRight, 1, K, gain.wanted);
-      gain.expectSame("binGain", K);
-      s.expectSame("suppression gain");
-      EXPECT_GE(*std::min_element(gain.library, gain.library + K), 0);  // and at most 32767
-      if (HasFailure()) return;
+  forEach({kBandPowers, kFewBits, kAnySnr, kFewBands}, 1500, [&](Kind kind) {
+    const int bins = 64 << random.below(3);
+    const Bank b = bankOf(bins);
+    States s(random);
+    Word32* const state = s.library.noiseReduction.bandSnrState;
+    Both<Word32> speech(std::vector<Word32>(state, state + 24));
+    Both<Word32> power(24, [&] { return random.anyMagnitude() >> (kind == kFewBits ? 24 : 0); });
+    Both<Word32> noise(24, [&] {
+      return random.below(8) == 0 ? kMax32 - random.below(1000)
+                                  : random.anyMagnitude() >> random.below(25);
+    });
+    Both<Word16> post(24), prior(24), gain(bins);
+    EXPECT_SAME(WVQE_PostAndPriorSNR, post, prior, speech, power, noise,
+                random.from(1, random.below(3) == 0 ? 2 : 32767));
+    if (kind == kAnySnr || kind == kFewBands) {
+      const auto few = [&] { return kind == kFewBands && random.below(24) != 0 ? 12 : 0; };
+      post = Both<Word16>(24, [&] { return random.from(-256, 25600) >> random.below(14); });
+      prior = Both<Word16>(
+          24, [&] { return random.from(0, 25600) >> std::max(few(), random.below(14)); });
+      for (Word16& x : s.library.noiseReduction.bandSmooth) x >>= few();
+      s.copy();
     }
-  }
-}
+    EXPECT_SAME(WVQE_Gain_Proc, s, post, prior, noise, power, b.left, b.filterLeft, b.right,
+                b.filterRight, random.below(8) == 0 ? 0 : 1, bins, gain);
+    EXPECT_GE(*std::min_element(gain.library.begin(), gain.library.end()), 0);  // at most 32767
 
-TEST(SuppressionGain, IsOneWhenItIsOff) {
-  ::WvqeState state{};
-  Word16 gain[65] = {};
-  WVQE_Gain_Proc(&state, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, 0,
-                 64, gain);
-  EXPECT_EQ(std::count(gain, gain + 64, 32767), 64);
-  EXPECT_EQ(gain[64], 0);
-}
-
-TEST(GainCurves, EqualTheReferenceOverTheirDomains) {
-  for (Word32 v = -3; v < 400000; ++v) {
-    ASSERT_EQ(WVQE_Hypergeom_Gain(v), reference::WVQE_Hypergeom_Gain(v)) << v;
-  }
-  for (Word32 x = -3; x < 70000; ++x) ASSERT_EQ(WVQE_Qcurve(x), reference::WVQE_Qcurve(x)) << x;
-  EXPECT_EQ(WVQE_Hypergeom_Gain(0), 2722432);
-  EXPECT_EQ(WVQE_Hypergeom_Gain(20480), 33191);
-  EXPECT_EQ(WVQE_Qcurve(256), 28531);
+    Both<Word16> smooth(24, [&] { return random.from(0, 25600); });
+    Both<Word16> gainH1(24), probability(24), bandGain(24);
+    Both<Word32> sum(1);
+    EXPECT_SAME(VORN_NR_Gain_Proc1_ASM, smooth, prior, sum);
+    EXPECT_SAME(VORN_NR_Gain_Proc2_ASM, prior, power, gainH1, speech, post, smooth, probability,
+                random.from(4024, 32734));
+    EXPECT_SAME(VORN_NR_Gain_Proc3_ASM, noise, gainH1, probability, bandGain,
+                random.from(0, 32767));
+  });
 }
 
 // The floor follows a rising total at once, one decibel a frame, and a falling one beyond 3 dB.
@@ -186,27 +130,23 @@ TEST(Floor, FollowsTheNoiseWithHysteresis) {
 // at the scale of the new frame, and around the highest frame count.
 TEST(NoiseReduction, FramesEqualTheReference) {
   Random random(28);
-  for (int round = 0; round < 400; ++round) {
-    SCOPED_TRACE(round);
+  forEach({0, 1, 2, 3}, 100, [&](int rateCode) {
+    const auto rate = static_cast<std::uint8_t>(rateCode);
+    const ::VornConfig cfg = {nullptr, 0, 0, rate, 1, 0, 4};
+    const reference::VornConfig same = {nullptr, 0, 0, rate, 1, 0, 4};
     States s(random);
     if (random.below(8) == 0) s.library.noiseReduction.frameCountSat = random.from(32764, 32767);
     s.copy();
     for (int frame = 0; frame < 4; ++frame) {
-      Word16 in[480];
       const int shift = random.below(2) == 0 ? 0 : random.below(17);
-      for (Word16& x : in) x = random.wordOf(15) >> shift;
-      if (random.below(4) == 0) std::fill(in, in + 480, random.word16());
-      const auto rate = static_cast<uint8_t>(round % 4);
-      const VornConfig cfg = {nullptr, 0, 0, rate, 1, 0, 4};
-      const reference::VornConfig same = {nullptr, 0, 0, rate, 1, 0, 4};
-      Both<Word16, 480> out;
-      WVQE_NR_Proc(in, out.library, &cfg, &s.library);
-      reference::WVQE_NR_Proc(in, out.wanted, &same, &s.wanted);
-      out.expectSame("frame");
-      s.expectSame("noise reduction");
+      Both<Word16> in(480, [&] { return random.wordOf(15) >> shift; }), out(480);
+      if (random.below(4) == 0) in = Both(std::vector<Word16>(480, random.word16()));
+      expectSame(
+          "WVQE_NR_Proc", [&](auto* x, auto* y, auto* state) { WVQE_NR_Proc(x, y, &cfg, state); },
+          [&](auto* x, auto* y, auto* state) { reference::WVQE_NR_Proc(x, y, &same, state); }, in,
+          out, s);
     }
-    if (HasFailure()) return;
-  }
+  });
 }
 
 }  // namespace

@@ -30,7 +30,8 @@ void TracedFrontEnd::process(std::span<const Word16> in, std::size_t filled,
     level.add(in.subspan(microphone * ARVESSA_FRAME_SAMPLES, filled));
   }
   const WvqeState& engine = state().engine;
-  const double gain = WVQE_AGC_GAIN_TABLE_15_9[engine.agc.agcGainIdx] / 65536.0;
+  const auto index = static_cast<std::size_t>(engine.agc.agcGainIdx);
+  const double gain = gainTable(kFrontEndGainTable)[index] / 65536.0;
   decisions_.push_back({level.level(), state().beamformer.beamSelected, engine.agc.vadFlag,
                         engine.agc.agcGainIdx, decibels(gain * gain),
                         -static_cast<double>(engine.noiseReduction.floorLevel),

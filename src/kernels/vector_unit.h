@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+// The operations of the vector unit that ARVESSA_VECTOR_UNIT names (kernels.h): the only place that
+// chooses them. A unit is a header of the types and functions of sse2.h, under the same names and with
+// the same results.
+
+#include "kernels/sse2.h"
