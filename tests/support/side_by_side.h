@@ -70,6 +70,8 @@ struct Pair {
   Result (*library)(Args...);
   Result (*wanted)(Args...);
 };
+template <class Result, class... Args>
+Pair(const char*, Result (*)(Args...), Result (*)(Args...)) -> Pair<Result, Args...>;
 #define PAIR(name) \
   Pair { #name, ::name, reference::name }
 

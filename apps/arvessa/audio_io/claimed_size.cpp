@@ -20,19 +20,19 @@ struct ChunkFormat {
   std::string_view beginning;  // of the file
   std::string_view samples;    // name of the chunk that holds them
   std::int64_t firstChunk;     // where it begins, bytes
+  std::int64_t alignment;      // of every chunk, bytes
   int nameBytes;
   int sizeBytes;
-  bool sizeHasHeader;      // the size counts name and size as well
-  std::int64_t alignment;  // of every chunk, bytes
   Order order;
+  bool sizeHasHeader;  // the size counts name and size as well
 };
 
 constexpr ChunkFormat kChunkFormats[] = {
-    {"RIFF", "data", 12, 4, 4, false, 2, Order::kLittle},
-    {"RIFX", "data", 12, 4, 4, false, 2, Order::kBig},
-    {"FORM", "SSND", 12, 4, 4, false, 2, Order::kBig},
-    {"riff", "data", 40, 16, 8, true, 8, Order::kLittle},  // W64
-    {"caff", "data", 8, 4, 8, false, 1, Order::kBig},
+    {"RIFF", "data", 12, 2, 4, 4, Order::kLittle, false},
+    {"RIFX", "data", 12, 2, 4, 4, Order::kBig, false},
+    {"FORM", "SSND", 12, 2, 4, 4, Order::kBig, false},
+    {"riff", "data", 40, 8, 16, 8, Order::kLittle, true},  // W64
+    {"caff", "data", 8, 1, 4, 8, Order::kBig, false},
 };
 
 // A few bytes of a file; zeros beyond its end.

@@ -55,6 +55,7 @@ std::string summary(const Job& job, const Record& record) {
 std::vector<Record> recordsOf(const std::vector<Job>& jobs, int atOnce, bool quiet,
                               const Work& work) {
   std::vector<std::string> inputs;
+  inputs.reserve(jobs.size());
   for (const Job& job : jobs) inputs.push_back(job.input);
   std::vector<Record> records(jobs.size());
   Progress progress(jobs.size(), quiet);
