@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "arithmetic/operators.h"
 #include "kernels/kernels.h"
@@ -72,7 +73,12 @@ void ramp(std::span<const Word16> x, std::span<Word16> y, Word32 from, Word32 to
 
 }  // namespace
 
-void initialise(AgcState& state) { state = {100000000, 100000000, 10, 0, 0}; }
+void initialise(AgcState& state) {
+  std::memset(&state, 0, sizeof state);  // bytes behind the fields, too
+  state.agcEnvFast = 100000000;
+  state.agcEnvSlow = 100000000;
+  state.agcGainIdx = 10;
+}
 
 void controlGain(AgcState& state, std::span<const Word32, kGains> table, std::span<const Word16> x,
                  std::span<Word16> y) {

@@ -105,7 +105,7 @@ void buildBlock(const Word16* samples, Word16* history, Word16* block) {
 }  // namespace
 
 void initialise(BeamformerState& state) {
-  state = BeamformerState{};
+  std::memset(&state, 0, sizeof state);
   state.beamConfirm = 1;
 }
 

@@ -3,6 +3,7 @@
 // automatic gain control, and the state behind them.
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #include "reference/agc.h"
 #include "reference/engine.h"
@@ -124,7 +125,7 @@ Word16 VORN_Init(VornConfig* cfg) {
 }
 
 Word16 VQE_Init(WvqeState* state) {
-  *state = WvqeState{};
+  std::memset(state, 0, sizeof *state);
   std::fill(state->noisePsd, state->noisePsd + 256, 128);
   std::fill(state->bandSnrState, state->bandSnrState + kBands, 1);
   state->floorLevel = 7;
