@@ -20,8 +20,7 @@ Word16 WVQE_Block_Norm(Word32* x, Word16 n, Word16 headroom) {
   return arvessa::normalised(arvessa::view(x, n), headroom).exponent;
 }
 void WVQE_Block_Denorm(Word32* x, Word16 n, Word16 shift) {
-  arvessa::Block block = {arvessa::view(x, n)};
-  arvessa::denormalise(block, shift);
+  arvessa::denormalise({arvessa::view(x, n)}, shift);
 }
 
 }  // extern "C"

@@ -50,24 +50,22 @@ Block normalised(std::span<Word32> words, Word16 headroom) {
   return {words, bitsBelow(left), static_cast<Word16>(shift)};
 }
 
-void denormalise(Block& block, Word16 shift) {
+void denormalise(const Block& block, Word16 shift) {
   if (shift == 0) return;
-  block.exponent = static_cast<Word16>(block.exponent - shift);
   if (shift > 0) {
     shiftRight(block.words, shift);
-    block.bits >>= shift > 31 ? 31 : shift;
     return;
   }
   const int left = -shift;
-  if (left < 31 && block.bits > bitsBelow(31 - left)) block.bits = usedBits(block.words);
-  if (left < 31 && block.bits <= bitsBelow(31 - left)) {
-    shiftLeft(block.words, left);
-    block.bits = block.bits << left | bitsBelow(left);
-    return;
+  if (left < 31) {
+    const UsedBits fitting = bitsBelow(31 - left);
+    if (block.bits <= fitting || usedBits(block.words) <= fitting) {
+      shiftLeft(block.words, left);
+      return;
+    }
   }
   const auto bounded = static_cast<Word16>(left > 32 ? 32 : left);
   for (Word32& word : block.words) word = lShl(word, bounded);
-  block.bits = kAllBits;
 }
 
 }  // namespace arvessa

@@ -62,6 +62,6 @@ inline UsedBits boundOf(const ConstBlock& block) {
 Block normalised(std::span<Word32> words, Word16 headroom);
 
 // Takes 2^shift out of the words: shifts them right, flooring, or left by -shift, saturating.
-void denormalise(Block& block, Word16 shift);
+void denormalise(const Block& block, Word16 shift);
 
 }  // namespace arvessa

@@ -30,9 +30,8 @@ Analysis analyse(const Geometry& geometry, std::span<Word32> frame, const Analys
   std::fill_n(spectrum.words.begin(), 4, 0);  // bins 0, K and 1
 
   std::copy(spectrum.words.begin(), spectrum.words.end(), blocks.unscaled.begin());
-  Block unscaled = {blocks.unscaled, spectrum.bits, spectrum.exponent};
-  denormalise(unscaled, unscaled.exponent);
-  const ConstBlock power(blocks.power, Kernels::powers(unscaled.words, blocks.power));
+  denormalise({blocks.unscaled, spectrum.bits}, spectrum.exponent);
+  const ConstBlock power(blocks.power, Kernels::powers(blocks.unscaled, blocks.power));
   Kernels::sumIntoBands(power, geometry.bank, blocks.bandPower);
   return {spectrum, power};
 }

@@ -116,8 +116,7 @@ ReducedFrame runSpectralChain(const Geometry& geometry, ChainSwitches switches,
   // Half the scale of the input, which the output filter doubles: the overlapping sum has headroom.
   const Word16 shift = low16(spectrum.exponent + 1 + scaled.exponent);
   observe(Transformed{time, shift});
-  Block restored = {time, kAllBits, shift};
-  denormalise(restored, shift);
+  denormalise({time}, shift);
   observe(Restored{time});
   const auto overlap = std::span(state.olaBuffer).first(2 * bins - in.size());
   synthesise(time, overlap, state.deemphMem, out);

@@ -84,5 +84,17 @@ TEST(FixedFft, IsTheDftAndItsInverse) {
   }
 }
 
+// As another number of words counts as the largest.
+TEST(FixedFft, AnotherSelectorCountsAsTheLargest) {
+  Random random(13);
+  Word32 block[512], got[512], want[512];
+  random.fill(block, 512, 28);
+  for (const int selector : {3, -1}) {
+    VORN_NR_c_fft_rever_ASM(block, got, selector);
+    VORN_NR_c_fft_rever_ASM(block, want, 2);
+    expectSameArray(got, want, 512, "first stage");
+  }
+}
+
 }  // namespace
 }  // namespace arvessa::test
