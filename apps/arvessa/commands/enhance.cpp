@@ -7,7 +7,8 @@
 #include "audio_io/open.h"
 #include "commands/batch.h"
 #include "commands/commands.h"
-#include "commands/front_end.h"
+#include "commands/front_end_processor.h"
+#include "commands/two_microphones.h"
 
 namespace arvessa::app {
 namespace {
@@ -20,8 +21,8 @@ struct Options {
 
 Outcome enhance(const Options& options, const Job& job,
                 const std::function<void(double)>& advance) {
-  const auto source = openFrontEndSource(job.input);
-  FrontEnd frontEnd(options.frontEnd);
+  const auto source = openTwoMicrophones(job.input);
+  FrontEndProcessor frontEnd(options.frontEnd, {0, 90, 180});
   const auto sink = openSink(job.output, ARVESSA_SAMPLE_RATE, 1);
   const StreamResult result = runStream(*source, frontEnd, *sink, options.keepDelay, advance);
   sink->finish();

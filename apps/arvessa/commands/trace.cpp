@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -14,8 +15,9 @@
 #include "audio_io/pending_file.h"
 #include "commands/batch.h"
 #include "commands/commands.h"
+#include "commands/front_end_processor.h"
 #include "commands/text.h"
-#include "commands/traced_front_end.h"
+#include "commands/two_microphones.h"
 
 namespace arvessa::app {
 namespace {
@@ -34,9 +36,15 @@ constexpr char kHeading[] =
 // they are there.
 class TableSink : public Sink {
  public:
-  TableSink(TracedFrontEnd& frontEnd, int fd, std::string name)
-      : frontEnd_(frontEnd), fd_(fd), name_(std::move(name)) {
-    put(kHeading);
+  TableSink(int fd, std::string name) : fd_(fd), name_(std::move(name)) { put(kHeading); }
+
+  // Of the next frame. The output comes later, by the latency.
+  void addDecision(std::span<const Word16> in, std::size_t filled, const Decision& decision) {
+    LevelMeter level;
+    for (const std::size_t microphone : {0U, 1U}) {
+      level.add(in.subspan(microphone * ARVESSA_FRAME_SAMPLES, filled));
+    }
+    decisions_.push_back({level.level(), decision});
   }
   void write(std::span<const Word16> samples) override {
     collected_.insert(collected_.end(), samples.begin(), samples.end());
@@ -48,12 +56,18 @@ class TableSink : public Sink {
   std::int64_t lines() const { return lines_; }
 
  private:
+  struct Decided {
+    double inputLevel;  // dBFS
+    Decision decision;
+  };
+
   void addLine(std::size_t samples) {
     LevelMeter level;
     level.add(std::span(collected_).first(samples));
     collected_.erase(collected_.begin(), collected_.begin() + static_cast<std::ptrdiff_t>(samples));
-    const Decision d = frontEnd_.nextDecision();
-    put(fixed(static_cast<double>(lines_++) / 100, 2) + ',' + fixed(d.inputLevel, 2) + ',' +
+    const auto [inputLevel, d] = decisions_.front();
+    decisions_.pop_front();
+    put(fixed(static_cast<double>(lines_++) / 100, 2) + ',' + fixed(inputLevel, 2) + ',' +
         fixed(level.level(), 2) + ',' + std::to_string(d.beam) + ',' + std::to_string(d.voice) +
         ',' + std::to_string(d.agcIndex) + ',' + fixed(d.agcGain, 2) + ',' + fixed(d.floor, 0) +
         ',' + fixed(d.meanSuppression, 2) + '\n');
@@ -63,20 +77,20 @@ class TableSink : public Sink {
     if (error != 0) throw Failure(name_, std::generic_category().message(error));
   }
 
-  TracedFrontEnd& frontEnd_;
   int fd_;
   std::string name_;
+  std::deque<Decided> decisions_;
   std::vector<Word16> collected_;
   std::int64_t lines_ = 0;
 };
 
 Outcome trace(const Options& options, const Job& job, const std::function<void(double)>& advance) {
-  const auto source = openFrontEndSource(job.input);
-  TracedFrontEnd frontEnd(options.swap);
+  const auto source = openTwoMicrophones(job.input);
   std::optional<PendingFile> file;
   if (job.output != "-") file.emplace(job.output);
-  TableSink table(frontEnd, file ? file->fd() : STDOUT_FILENO,
-                  file ? job.output : "standard output");
+  TableSink table(file ? file->fd() : STDOUT_FILENO, file ? job.output : "standard output");
+  FrontEndProcessor frontEnd({.swap = options.swap}, {0, 90, 180},
+                             std::bind_front(&TableSink::addDecision, &table));
   const StreamResult result = runStream(*source, frontEnd, table, false, advance);
   table.finish();
   if (file) file->commit();
