@@ -16,11 +16,12 @@ struct Options {
   BatchOptions batch;
   FrontEndSettings frontEnd;
   bool keepDelay = false;
+  bool raw = false;
 };
 
 Outcome enhance(const Options& options, const Job& job,
                 const std::function<void(double)>& advance) {
-  const auto source = openFrontEndSource(job.input);
+  const auto source = openFrontEndSource(job.input, options.raw);
   FrontEnd frontEnd(options.frontEnd);
   const auto sink = openSink(job.output, ARVESSA_SAMPLE_RATE, 1);
   const StreamResult result = runStream(*source, frontEnd, *sink, options.keepDelay, advance);
@@ -53,6 +54,7 @@ void addEnhance(CLI::App& app, Run& run) {
   command->add_flag("--swap", options->frontEnd.swap, "exchange the microphones");
   command->add_flag("--keep-delay", options->keepDelay,
                     "keep the latency of 3 ms (beamformer) or 6 ms (with the engine)");
+  command->add_flag("--raw", options->raw, kRawHelp);
   command->footer(
       "Raw samples (-) are 16-bit little-endian: two channels at 8 kHz in, one out, frame by\n"
       "frame.\n\n"

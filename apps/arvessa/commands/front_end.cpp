@@ -44,8 +44,8 @@ std::string FrontEnd::beamShares() const {
   return "beams at 0/90/180 degrees " + share(0) + "/" + share(1) + "/" + share(2) + " %";
 }
 
-std::unique_ptr<Source> openFrontEndSource(const std::string& path) {
-  auto source = openSource(path, ARVESSA_SAMPLE_RATE, 2);
+std::unique_ptr<Source> openFrontEndSource(const std::string& path, bool raw) {
+  auto source = openSource(path, {ARVESSA_SAMPLE_RATE, 2, raw});
   if (source->channels != 2) {
     throw Failure(source->name, "has " + std::to_string(source->channels) + " channel" +
                                     (source->channels == 1 ? "" : "s") +

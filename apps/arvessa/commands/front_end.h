@@ -38,7 +38,8 @@ class FrontEnd : public FrameProcessor {
   std::array<std::int64_t, kBeams> framesOfBeam_{};
 };
 
-// The recording of both microphones at `path` ("-" for raw samples), at the front end's rate.
-std::unique_ptr<Source> openFrontEndSource(const std::string& path);
+// The recording of both microphones at `path` at the front end's rate; `raw`: standard input is raw
+// samples whatever it begins like.
+std::unique_ptr<Source> openFrontEndSource(const std::string& path, bool raw);
 
 }  // namespace arvessa::app

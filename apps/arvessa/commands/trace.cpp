@@ -23,6 +23,7 @@ namespace {
 struct Options {
   Job job;
   bool swap = false;
+  bool raw = false;
   bool quiet = false;
 };
 
@@ -71,7 +72,7 @@ class TableSink : public Sink {
 };
 
 Outcome trace(const Options& options, const Job& job, const std::function<void(double)>& advance) {
-  const auto source = openFrontEndSource(job.input);
+  const auto source = openFrontEndSource(job.input, options.raw);
   TracedFrontEnd frontEnd(options.swap);
   std::optional<PendingFile> file;
   if (job.output != "-") file.emplace(job.output);
@@ -97,6 +98,7 @@ void addTrace(CLI::App& app, Run& run) {
   command->add_option("-o,--output", options->job.output, "CSV file to write; - is standard output")
       ->required();
   command->add_flag("--swap", options->swap, "exchange the microphones");
+  command->add_flag("--raw", options->raw, kRawHelp);
   command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
   command->footer(
       "One line for every 10 ms of the input, beginning at time_s: the level of both microphones,\n"
