@@ -33,6 +33,7 @@ Run readCommandLine(int argc, char** argv) {
   addEngine(app, run);
   addScene(app, run);
   addTrace(app, run);
+  addBeams(app, run);
   addInfo(app, run);
   try {
     app.parse(argc, argv);

@@ -3,7 +3,6 @@
 #include "scene/scene.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <cmath>
 #include <iostream>
 #include <memory>
@@ -27,14 +26,6 @@ struct Options {
   std::string output;
   bool quiet = false;
 };
-
-// Whether all of `text` is a number of the type of `value`.
-template <typename Number>
-bool parses(std::string_view text, Number& value) {
-  if (text.starts_with('+')) text.remove_prefix(1);
-  const auto [last, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && last == text.data() + text.size();
-}
 
 // A finite number; CLI::Range lets what is no number through.
 CLI::Validator within(double least, double most) {
