@@ -2,7 +2,6 @@
 #include "scene/fir.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <numbers>
@@ -11,17 +10,21 @@
 namespace arvessa::app {
 namespace {
 
-// Outputs whose sums are kept in registers together.
-constexpr std::size_t kAtOnce = 16;
+// Outputs that stay in the cache for all taps.
+constexpr std::size_t kBlock = 512;
 
-template <std::size_t kOutputs>
-void filter(std::span<const float> taps, const float* x, float* y) {
-  std::array<float, kOutputs> sums{};
-  for (const float tap : taps) {
-    for (std::size_t n = 0; n < kOutputs; ++n) sums[n] += tap * x[n];
-    ++x;
+// Taps that are worked off together, so that sums are loaded and stored less often.
+constexpr std::size_t kTogether = 4;
+
+// Adds what four taps and x[0 .. size + 2] contribute to y.
+void addFour(const float* taps, const float* x, std::span<float> y) {
+  const float a = taps[0];
+  const float b = taps[1];
+  const float c = taps[2];
+  const float d = taps[3];
+  for (std::size_t n = 0; n < y.size(); ++n) {
+    y[n] = y[n] + a * x[n] + b * x[n + 1] + c * x[n + 2] + d * x[n + 3];
   }
-  std::ranges::copy(sums, y);
 }
 
 // Ideal interpolation at a distance of `t` samples, faded out towards +-kDelayReach.
@@ -36,19 +39,23 @@ double kernel(double t) {
 
 }  // namespace
 
-Fir::Fir(std::vector<float> taps) : reversed_(std::move(taps)), line_(reversed_.size() - 1) {
+Fir::Fir(std::vector<float> taps) : reversed_(std::move(taps)) {
+  while (reversed_.size() % kTogether != 0) reversed_.push_back(0);
   std::ranges::reverse(reversed_);
+  line_.resize(reversed_.size() - 1);
 }
 
 void Fir::process(std::span<const float> x, std::span<float> y) {
   const std::size_t past = reversed_.size() - 1;
   line_.resize(past + x.size());
   std::ranges::copy(x, line_.begin() + static_cast<std::ptrdiff_t>(past));
-  std::size_t n = 0;
-  for (; n + kAtOnce <= y.size(); n += kAtOnce) {
-    filter<kAtOnce>(reversed_, line_.data() + n, y.data() + n);
+  std::ranges::fill(y, 0.0F);
+  for (std::size_t n = 0; n < y.size(); n += kBlock) {
+    const std::span<float> block = y.subspan(n, std::min(kBlock, y.size() - n));
+    for (std::size_t k = 0; k < reversed_.size(); k += kTogether) {
+      addFour(reversed_.data() + k, line_.data() + n + k, block);
+    }
   }
-  for (; n < y.size(); ++n) filter<1>(reversed_, line_.data() + n, y.data() + n);
   std::copy(line_.end() - static_cast<std::ptrdiff_t>(past), line_.end(), line_.begin());
 }
 
