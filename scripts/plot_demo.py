@@ -149,6 +149,15 @@ def draw_decisions(axes, trace):
     axes.set_xlabel("seconds")
 
 
+def explain_beginning(axes, trace):
+    """Says under the enhanced spectrogram why its first second is loud."""
+    voiced = np.flatnonzero(trace["voice"] > 0)
+    until = f", at {trace['time_s'][voiced[0]]:.1f} s" if len(voiced) > 0 else ""
+    axes.set_xlabel(f"The beginning is loud: the AGC starts at {trace['agc_gain_db'][0]:+.0f} dB "
+                    f"and stays there until the first frame with voice{until}", loc="left",
+                    fontsize=9)
+
+
 def draw(path, noisy, enhanced, rate, trace, measured):
     figure, axes = plt.subplots(
         5, 1, figsize=(12, 9.2), sharex=True,
@@ -159,6 +168,7 @@ def draw(path, noisy, enhanced, rate, trace, measured):
     draw_spectrogram(axes[1], enhanced, rate,
                      f"What comes out: the noise between the words is {lower:.1f} dB lower, the "
                      f"speech stands {clearer(measured):.1f} dB clearer above it")
+    explain_beginning(axes[1], trace)
     draw_levels(axes[2], trace)
     draw_gains(axes[3], trace)
     draw_decisions(axes[4], trace)
