@@ -23,8 +23,6 @@
 namespace arvessa::app {
 namespace {
 
-constexpr std::string_view kNoises[] = {"fan", "white", "babble", "none"};
-
 struct Options {
   SceneSettings scene;
   std::string output;
@@ -51,7 +49,7 @@ std::string checkSeed(const std::string& text) {
 void checkNoise(const std::string& noise) {
   std::error_code error;
   if (!isRecordedNoise(noise) || std::filesystem::exists(noise, error)) return;
-  const std::string meant = closest(noise, kNoises);
+  const std::string meant = closest(noise, {"fan", "white", "babble", "none"});
   throw UsageError("--noise " + noise + ": neither fan, white, babble or none nor a recording" +
                    (meant.empty() ? "" : "; did you mean " + meant + "?"));
 }
