@@ -7,14 +7,15 @@
 #include <memory>
 
 #include "audio_io/errors.h"
-#include "audio_io/file_source.h"
 #include "audio_io/level.h"
+#include "audio_io/open.h"
 #include "audio_io/resampled.h"
 
 namespace arvessa::app {
 namespace {
 
-constexpr double kBabbleSpeedSpread = 0.15;  // voices from a lower to a higher one
+constexpr RawFormat kRawSpeech = {16000, 1};  // on standard input
+constexpr double kBabbleSpeedSpread = 0.15;   // voices from a lower to a higher one
 
 std::vector<float> readAt(std::unique_ptr<Source> source, int rate) {
   source = resampled(std::move(source), rate);
@@ -24,7 +25,7 @@ std::vector<float> readAt(std::unique_ptr<Source> source, int rate) {
 }
 
 std::vector<float> readSpeech(const SceneSettings& settings, int& rate) {
-  std::unique_ptr<Source> source = std::make_unique<FileSource>(settings.speech);
+  std::unique_ptr<Source> source = openSource(settings.speech, kRawSpeech);
   if (source->channels != 1) {
     throw Failure(source->name, "has " + std::to_string(source->channels) +
                                     " channels; the speech of one talker is needed, in one");
@@ -37,7 +38,7 @@ NoiseMaker makeNoise(const SceneSettings& settings, const std::vector<float>& sp
   if (settings.noise == "fan") return fanNoise(rate);
   if (settings.noise == "white") return whiteNoise();
   if (settings.noise == "babble") return pieces(speech, kBabbleSpeedSpread);
-  return pieces(readAt(std::make_unique<FileSource>(settings.noise), rate), 0);
+  return pieces(readAt(openSource(settings.noise, kRawSpeech), rate), 0);
 }
 
 void scale(TwoChannels& channels, double factor) {
