@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "audio_io/errors.h"
-#include "audio_io/file_source.h"
+#include "audio_io/open.h"
 #include "audio_io/resampled.h"
 
 namespace arvessa::app {
@@ -20,7 +20,7 @@ std::shared_ptr<const Material> materialOf(const SceneSettings& settings, const 
   std::unique_ptr<Source> source;
   if (settings.noise == "babble") source = speech.open();
   if (isRecordedNoise(settings.noise)) {
-    source = resampled(std::make_unique<FileSource>(settings.noise), speech.rate());
+    source = resampled(openSource(settings.noise, {speech.rate(), 1}), speech.rate());
   }
   if (source == nullptr) return nullptr;
   auto material = std::make_shared<const Material>(*source);
