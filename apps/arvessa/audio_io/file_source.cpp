@@ -32,16 +32,15 @@ SoundFile openSound(InputDevice& device, SF_INFO& info) {
 
 FileSource::Opened FileSource::open(std::unique_ptr<InputDevice> device) {
   const Beginning beginning = recognise(*device);
-  const bool mpegFrames = beginsWithMpegFrames(*device);
+  const int frames = mpegFrames(*device);
   Opened opened;
   opened.cutShort = isCutShort(*device);
   if (beginning == Beginning::kMpeg) silenceLibraries();
-  opened.file = openSound(*device, opened.info);
-  const bool isMpeg = (opened.info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG;
-  if (opened.file == nullptr || (isMpeg && !mpegFrames)) {
-    throw Failure(device->name(), beginning == Beginning::kAudioFile
-                                      ? "is damaged, or not readable as audio"
-                                      : "is not readable as audio");
+  if (frames != 1) opened.file = openSound(*device, opened.info);
+  if (opened.file == nullptr) {
+    const bool isDamaged = beginning == Beginning::kAudioFile;
+    throw Failure(device->name(),
+                  isDamaged ? "is damaged, or not readable as audio" : "is not readable as audio");
   }
   opened.device = std::move(device);
   return opened;
