@@ -30,7 +30,7 @@ Outcome enhance(const Options& options, const Job& job,
       job.input, {options.rawRate.value_or(8000), options.rawChannels.value_or(1), options.raw});
   const int rate = source->rate;
   const int channels = source->channels;
-  const int engineRate = EngineBank::rateFor(rate);
+  const int engineRate = engineRateFor(rate);
   source = resampled(std::move(source), engineRate);
   EngineBank bank(options.engine, engineRate, channels);
   const auto sink = resampled(openSink(job.output, rate, channels), rate, engineRate, channels,
