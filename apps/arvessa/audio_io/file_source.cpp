@@ -34,7 +34,8 @@ FileSource::Opened FileSource::open(std::unique_ptr<InputDevice> device) {
   const Beginning beginning = recognise(*device);
   const int frames = mpegFrames(*device);
   Opened opened;
-  opened.cutShort = isCutShort(*device);
+  opened.cutShort = isCutOgg(*device);
+  device->claim(claimedSize(*device));
   if (beginning == Beginning::kMpeg) silenceLibraries();
   if (frames != 1) opened.file = openSound(*device, opened.info);
   if (opened.file == nullptr) {
@@ -109,7 +110,8 @@ std::string FileSource::whatIsMissing() const {
            " samples";
   }
   if (cutShort_) {
-    return "truncated: ends after " + std::to_string(frames_) + " samples, before its own end";
+    return "truncated: ends after " + std::to_string(frames_) +
+           " samples, without the mark of its end";
   }
   const std::int64_t stray = frameBytes_ == 0 ? 0 : device_->position() % frameBytes_;
   if (stray == 0 || unfinished_) return {};
@@ -130,7 +132,7 @@ std::string FileSource::remedy() const {
 }
 
 std::string FileSource::remark() const {
-  if (!unfinished_) return {};
+  if (!unfinished_ || isLive()) return {};
   return "its sizes are 0, as a recorder leaves them that was ended; read to the end";
 }
 
