@@ -62,7 +62,7 @@ PendingFile::PendingFile(const std::string& path) : path_(path) {
   if (exists) {
     if (S_ISDIR(status.st_mode)) fail(path, EISDIR);
     if (!S_ISREG(status.st_mode)) {
-      throw Failure(path, "is not a regular file; \"-\" writes raw samples to standard output");
+      throw Failure(path, "is not a regular file; \"-\" writes to standard output");
     }
     if (access(target_.c_str(), W_OK) != 0) fail(path, errno);
     mode = status.st_mode & 0777;

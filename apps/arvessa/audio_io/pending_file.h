@@ -17,7 +17,6 @@ class PendingFile {
   ~PendingFile();
 
   int fd() const { return fd_; }
-  const std::string& path() const { return path_; }  // as given
   void commit();
 
  private:

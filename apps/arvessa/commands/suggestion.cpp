@@ -25,11 +25,11 @@ std::size_t changes(std::string_view from, std::string_view to) {
 
 }  // namespace
 
-std::string closest(std::string_view word, std::span<const std::string_view> choices) {
+std::string closest(std::string_view word, const std::vector<std::string>& choices) {
   constexpr std::size_t kMost = 2;
   std::size_t fewest = std::min(kMost + 1, (word.size() + 1) / 2);
   std::string_view nearest;
-  for (const std::string_view choice : choices) {
+  for (const std::string& choice : choices) {
     const std::size_t needed = changes(word, choice);
     if (needed >= fewest) continue;
     fewest = needed;

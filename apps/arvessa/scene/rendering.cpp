@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "audio_io/errors.h"
-#include "audio_io/file_source.h"
+#include "audio_io/open.h"
 #include "audio_io/resampled.h"
 
 namespace arvessa::app {
@@ -21,7 +21,7 @@ std::shared_ptr<const Material> materialOf(const SceneSettings& settings, const 
   std::unique_ptr<Source> source;
   if (settings.noise == "babble") source = speech.open();
   if (isRecordedNoise(settings.noise)) {
-    source = resampled(std::make_unique<FileSource>(settings.noise), speech.rate());
+    source = resampled(openSource(settings.noise, {speech.rate(), 1}), speech.rate());
   }
   if (source == nullptr) return nullptr;
   auto material = std::make_shared<const Material>(*source);
@@ -50,14 +50,14 @@ Ingredients::Ingredients(const SceneSettings& sceneSettings, Speech talkersSpeec
 
 Rendering::Rendering(const Ingredients& ingredients)
     : speech_(ingredients.speech.open()),
-      talker_(ingredients.settings.array, ingredients.settings.talker, speech_->rate),
+      talker_(ingredients.settings.microphones, ingredients.settings.talker, speech_->rate),
       latency_(talker_.latency()) {
   const SceneSettings& settings = ingredients.settings;
   if (settings.noise == "none") return;
-  field_.emplace(settings.array, speech_->rate,
+  field_.emplace(settings.microphones, speech_->rate,
                  std::array{noiseOf(ingredients, 0), noiseOf(ingredients, 1)});
   if (settings.noiseFrom) {
-    point_.emplace(settings.array, *settings.noiseFrom, speech_->rate,
+    point_.emplace(settings.microphones, *settings.noiseFrom, speech_->rate,
                    noiseOf(ingredients, kPointStream));
   }
 }

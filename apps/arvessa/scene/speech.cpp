@@ -6,11 +6,13 @@
 #include <span>
 
 #include "audio_io/errors.h"
-#include "audio_io/file_source.h"
+#include "audio_io/open.h"
 #include "audio_io/resampled.h"
 
 namespace arvessa::app {
 namespace {
+
+constexpr RawFormat kRawSpeech = {16000, 1};  // on standard input
 
 class MemorySource : public Source {
  public:
@@ -46,19 +48,19 @@ std::vector<float> readAll(Source& source) {
 }  // namespace
 
 Speech::Speech(const std::string& path, std::optional<int> rate) : path_(path) {
-  FileSource source(path);
-  if (source.channels != 1) {
-    throw Failure(path, "has " + std::to_string(source.channels) +
-                            " channels; the speech of one talker is needed, in one");
+  const std::unique_ptr<Source> source = openSource(path, kRawSpeech);
+  if (source->channels != 1) {
+    throw Failure(source->name, "has " + std::to_string(source->channels) +
+                                    " channels; the speech of one talker is needed, in one");
   }
-  ownRate_ = source.rate;
-  rate_ = rate.value_or(source.rate);
+  ownRate_ = source->rate;
+  rate_ = rate.value_or(source->rate);
   std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) kept_ = readAll(source);
+  if (!std::filesystem::is_regular_file(path, error)) kept_ = readAll(*source);
 }
 
 std::unique_ptr<Source> Speech::open() const {
-  if (kept_.empty()) return resampled(std::make_unique<FileSource>(path_), rate_);
+  if (kept_.empty()) return resampled(openSource(path_, kRawSpeech), rate_);
   return resampled(std::make_unique<MemorySource>(path_, ownRate_, kept_), rate_);
 }
 
