@@ -42,8 +42,8 @@ SF_VIRTUAL_IO FileSink::deviceFunctions() {
   return io;
 }
 
-FileSink::FileSink(const std::string& path, int rate, int channels)
-    : pending_(path), format_(formatOf(path)), channels_(channels), device_{pending_.fd(), 0} {
+FileSink::FileSink(const std::string& path, int rate, int channels, int format)
+    : pending_(path), format_(format), channels_(channels), device_{pending_.fd(), 0} {
   SF_INFO info{};
   info.samplerate = rate;
   info.channels = channels;

@@ -11,10 +11,10 @@
 
 namespace arvessa::app {
 
-// A 16-bit file of the format that the extension of its name stands for; it appears in finish().
+// A file of libsndfile's `format`; it appears in finish().
 class FileSink : public Sink {
  public:
-  FileSink(const std::string& path, int rate, int channels);
+  FileSink(const std::string& path, int rate, int channels, int format);
   void write(std::span<const Word16> interleaved) override;
   void finish() override;
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "audio_io/file_format.h"
 #include "audio_io/file_sink.h"
 #include "audio_io/file_source.h"
 #include "audio_io/raw_stream.h"
@@ -17,14 +18,14 @@ bool statusOf(const std::string& path, int standardStream, struct stat& status) 
 
 }  // namespace
 
-std::unique_ptr<Source> openSource(const std::string& path, int rawRate, int rawChannels) {
-  if (path == "-") return std::make_unique<RawSource>(rawRate, rawChannels);
+std::unique_ptr<Source> openSource(const std::string& path, const RawFormat& raw) {
+  if (path == "-") return std::make_unique<RawSource>(raw.rate, raw.channels);
   return std::make_unique<FileSource>(path);
 }
 
-std::unique_ptr<Sink> openSink(const std::string& path, int rate, int channels) {
+std::unique_ptr<Sink> openSink(const std::string& path, int rate, int channels, int format) {
   if (path == "-") return std::make_unique<RawSink>();
-  return std::make_unique<FileSink>(path, rate, channels);
+  return std::make_unique<FileSink>(path, rate, channels, format == 0 ? formatOf(path) : format);
 }
 
 bool isSameFile(const std::string& input, const std::string& output) {

@@ -13,20 +13,18 @@ namespace {
 // A frame of 10 ms at a time, so that a live stream is not kept waiting for more.
 std::size_t blockFrames(int rate) { return static_cast<std::size_t>(std::max(rate / 100, 1)); }
 
-class ResampledSource : public Source {
+class ResampledSource : public DerivedSource {
  public:
-  ResampledSource(std::unique_ptr<Source> inner, int toRate)
-      : Source(inner->name, toRate, inner->channels,
-               inner->length < 0 ? kUnknownLength : inner->length * toRate / inner->rate),
-        inner_(std::move(inner)),
-        resampler_(channels, inner_->rate, toRate),
-        block_(blockFrames(inner_->rate) * static_cast<std::size_t>(channels)) {}
+  ResampledSource(std::unique_ptr<Source>&& from, int toRate)
+      : DerivedSource(std::move(from), toRate, from->channels),
+        resampler_(channels, inner().rate, toRate),
+        block_(blockFrames(inner().rate) * static_cast<std::size_t>(channels)) {}
 
   std::size_t read(std::span<float> to) override {
     while (ready_.size() - taken_ < to.size() && !ended_) {
       ready_.erase(ready_.begin(), ready_.begin() + static_cast<std::ptrdiff_t>(taken_));
       taken_ = 0;
-      const std::size_t frames = inner_->read(block_);
+      const std::size_t frames = inner().read(block_);
       const std::size_t samples = frames * static_cast<std::size_t>(channels);
       ended_ = samples < block_.size();
       resampler_.process(std::span(block_).first(samples), ended_, ready_);
@@ -37,11 +35,7 @@ class ResampledSource : public Source {
     return count / static_cast<std::size_t>(channels);
   }
 
-  std::int64_t framesRead() const override { return inner_->framesRead(); }
-  std::string complaint() const override { return inner_->complaint(); }
-
  private:
-  std::unique_ptr<Source> inner_;
   Resampler resampler_;
   std::vector<float> block_;
   std::vector<float> ready_;

@@ -11,6 +11,8 @@
 
 namespace arvessa::app {
 
+inline constexpr char kRawHelp[] = "standard input is raw samples, whatever it begins like";
+
 struct Outcome {
   StreamResult result;
   double seconds = 0;     // of audio

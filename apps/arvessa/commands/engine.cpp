@@ -21,15 +21,16 @@ struct Options {
   std::optional<int> rawRate;
   std::optional<int> rawChannels;
   bool keepDelay = false;
+  bool raw = false;
 };
 
 Outcome enhance(const Options& options, const Job& job,
                 const std::function<void(double)>& advance) {
-  auto source =
-      openSource(job.input, options.rawRate.value_or(8000), options.rawChannels.value_or(1));
+  auto source = openSource(
+      job.input, {options.rawRate.value_or(8000), options.rawChannels.value_or(1), options.raw});
   const int rate = source->rate;
   const int channels = source->channels;
-  const int engineRate = EngineBank::rateFor(rate);
+  const int engineRate = engineRateFor(rate);
   source = resampled(std::move(source), engineRate);
   EngineBank bank(options.engine, engineRate, channels);
   const auto sink = resampled(openSink(job.output, rate, channels), rate, engineRate, channels,
@@ -71,6 +72,7 @@ void addEngine(CLI::App& app, Run& run) {
       ->check(CLI::Range(2, 4))
       ->capture_default_str();
   command->add_flag("--keep-delay", options->keepDelay, "keep the latency of the engine (3 ms)");
+  command->add_flag("--raw", options->raw, kRawHelp);
   command->footer(
       "The engine works at 8, 16, 32 and 48 kHz; other rates are converted to the next higher of\n"
       "these and back. Raw samples (-) are 16-bit little-endian, interleaved. They are answered\n"

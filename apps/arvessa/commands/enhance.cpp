@@ -7,21 +7,21 @@
 #include "audio_io/open.h"
 #include "commands/batch.h"
 #include "commands/commands.h"
-#include "commands/front_end.h"
+#include "commands/two_microphones.h"
 
 namespace arvessa::app {
 namespace {
 
 struct Options {
   BatchOptions batch;
-  FrontEndSettings frontEnd;
+  TwoMicrophoneOptions microphones;
   bool keepDelay = false;
 };
 
-Outcome enhance(const Options& options, const Job& job,
+Outcome enhance(const Options& options, const TwoMicrophones& microphones, const Job& job,
                 const std::function<void(double)>& advance) {
-  const auto source = openFrontEndSource(job.input);
-  FrontEnd frontEnd(options.frontEnd);
+  const auto source = microphones.open(job.input);
+  FrontEndProcessor frontEnd = microphones.processor();
   const auto sink = openSink(job.output, ARVESSA_SAMPLE_RATE, 1);
   const StreamResult result = runStream(*source, frontEnd, *sink, options.keepDelay, advance);
   sink->finish();
@@ -31,8 +31,9 @@ Outcome enhance(const Options& options, const Job& job,
 }
 
 int runEnhance(const Options& options) {
+  const TwoMicrophones microphones(options.microphones);
   return runJobs(planJobs(options.batch), options.batch.jobs, options.batch.quiet,
-                 std::bind_front(enhance, std::cref(options)));
+                 std::bind_front(enhance, std::cref(options), std::cref(microphones)));
 }
 
 }  // namespace
@@ -43,14 +44,7 @@ void addEnhance(CLI::App& app, Run& run) {
       "enhance",
       "Two-microphone recordings (channel 1 = microphone 1) to clean speech, 8 kHz mono");
   addBatchOptions(*command, options->batch);
-  auto* noEngine = command->add_flag_callback(
-      "--no-engine", [options] { options->frontEnd.engine = false; }, "the beamformer alone");
-  command
-      ->add_flag_callback(
-          "--no-nr", [options] { options->frontEnd.noiseReduction = false; },
-          "AGC without noise reduction")
-      ->excludes(noEngine);
-  command->add_flag("--swap", options->frontEnd.swap, "exchange the microphones");
+  addTwoMicrophoneOptions(*command, options->microphones);
   command->add_flag("--keep-delay", options->keepDelay,
                     "keep the latency of 3 ms (beamformer) or 6 ms (with the engine)");
   command->footer(

@@ -9,6 +9,7 @@
 namespace arvessa::app {
 
 std::string fixed(double value, int decimals);
+std::string shortest(double value);  // as many decimals as it takes
 
 // "44.76 s in 0.12 s (373 x real time)"
 std::string speedText(double audioSeconds, double elapsedSeconds);
