@@ -3,7 +3,7 @@
 // numbers across the border. Samples go through buffers whose addresses JavaScript asks for.
 #include "front_end/front_end.h"
 
-#include <algorithm>
+#include <array>
 #include <optional>
 
 #include "front_end/engine.h"
@@ -12,17 +12,22 @@
 
 // There is no platform's log here.
 // NOLINTNEXTLINE: the platform's name
-extern "C" int __android_log_print(int, const char*, const char*, ...) { return 0; }
+extern "C" int __android_log_print(int /*priority*/, const char* /*tag*/, const char* /*format*/,
+                                   ...) {
+  return 0;
+}
 
 namespace arvessa::app {
 namespace {
 
 alignas(ARVESSA_WORK_ALIGNMENT) std::array<Word16, VORN_MAX_FRAME_SAMPLES> input;
 alignas(ARVESSA_WORK_ALIGNMENT) std::array<Word16, VORN_MAX_FRAME_SAMPLES> output;
-FrontEndSettings settings;
-std::optional<FrontEnd> frontEnd;  // or
-std::optional<Engine> engine;
-std::size_t frameSamples;
+std::array<float, std::size_t{kBeams} * kBeamBlock> real;
+std::array<float, real.size()> imaginary;
+
+std::optional<FrontEnd> frontEnd;
+std::optional<Engine> engine;  // where there is no front end
+std::size_t engineFrame;
 Decision decision;
 
 }  // namespace
@@ -30,26 +35,25 @@ Decision decision;
 ARVESSA_WEB(input) void* inputSamples() { return input.data(); }
 ARVESSA_WEB(output) void* outputSamples() { return output.data(); }
 
-// Other beams, before the start: 384 real parts, 384 imaginary ones, at [beam][bin][microphone].
-ARVESSA_WEB(beamsReal) void* beamsReal() { return settings.beams.re.data(); }
-ARVESSA_WEB(beamsImaginary) void* beamsImaginary() { return settings.beams.im.data(); }
+// Where other beams go before the start: 384 weights, at [beam][bin][microphone].
+ARVESSA_WEB(realWeights) void* realWeights() { return real.data(); }
+ARVESSA_WEB(imaginaryWeights) void* imaginaryWeights() { return imaginary.data(); }
 
-// Two microphones at 8 kHz, one after the other in the input. `heldBeam` is -1 where none is held.
+// Two microphones at 8 kHz, one after the other in the input. No beam is held if `heldBeam` is -1.
 ARVESSA_WEB(startFrontEnd)
-void startFrontEnd(bool engineOn, bool noiseReduction, bool agc, bool swap, int heldBeam) {
-  settings.engine = engineOn;
-  settings.noiseReduction = noiseReduction;
-  settings.agc = agc;
-  settings.swap = swap;
+void startFrontEnd(bool engineOn, bool noiseReduction, bool agc, bool swap, int heldBeam,
+                   bool otherBeams) {
+  FrontEndSettings settings = {
+      .engine = engineOn, .noiseReduction = noiseReduction, .agc = agc, .swap = swap};
   if (heldBeam >= 0) settings.heldBeam = heldBeam;
+  if (otherBeams) settings.beams = {real.data(), imaginary.data()};
   frontEnd.emplace(settings);
-  frameSamples = ARVESSA_FRAME_SAMPLES;
 }
 
 // One channel at one of the engine's rates.
 ARVESSA_WEB(startEngine) void startEngine(int rate, bool noiseReduction, bool agc) {
   engine.emplace(EngineSettings{.noiseReduction = noiseReduction, .agc = agc}, rate);
-  frameSamples = static_cast<std::size_t>(rate) / 100;
+  engineFrame = static_cast<std::size_t>(rate) / 100;
 }
 
 ARVESSA_WEB(frame) void frame() {
@@ -57,16 +61,18 @@ ARVESSA_WEB(frame) void frame() {
     decision = frontEnd->process(std::span(input).first<2 * ARVESSA_FRAME_SAMPLES>(),
                                  std::span(output).first<ARVESSA_FRAME_SAMPLES>());
   } else {
-    engine->process(std::span(input).first(frameSamples), std::span(output).first(frameSamples));
+    decision =
+        engine->process(std::span(input).first(engineFrame), std::span(output).first(engineFrame));
   }
 }
 
+// Samples by which the output lags, and what was decided in the last frame.
 ARVESSA_WEB(latency) int latency() { return frontEnd ? frontEnd->latency() : engine->latency(); }
 ARVESSA_WEB(beam) int beam() { return decision.beam; }
 ARVESSA_WEB(voice) int voice() { return decision.voice; }
 ARVESSA_WEB(agcIndex) int agcIndex() { return decision.agcIndex; }
 ARVESSA_WEB(agcGain) double agcGain() { return decision.agcGain; }
-ARVESSA_WEB(floor) double floorLevel() { return decision.floor; }
+ARVESSA_WEB(floorLevel) double floorLevel() { return decision.floor; }
 ARVESSA_WEB(meanSuppression) double meanSuppression() { return decision.meanSuppression; }
 
 }  // namespace arvessa::app

@@ -9,10 +9,10 @@ class Processor {
     this.frame = rate / 100;
     if (channels === 2) {
       if (beams) {
-        new Float32Array(library.memory.buffer, library.beamsReal(), 384).set(beams.real);
-        new Float32Array(library.memory.buffer, library.beamsImaginary(), 384).set(beams.imaginary);
+        new Float32Array(library.memory.buffer, library.realWeights(), 384).set(beams.real);
+        new Float32Array(library.memory.buffer, library.imaginaryWeights(), 384).set(beams.imaginary);
       }
-      library.startFrontEnd(engine, noiseReduction, agc, swap, heldBeam);
+      library.startFrontEnd(engine, noiseReduction, agc, swap, heldBeam, Boolean(beams));
     } else {
       library.startEngine(rate, noiseReduction, agc);
     }
@@ -24,7 +24,7 @@ class Processor {
 }
 
 // What is known about each frame, by the names in the table that the command writes.
-const DECISIONS = ['beam', 'voice', 'agcIndex', 'agcGain', 'floor', 'meanSuppression'];
+const DECISIONS = ['beam', 'voice', 'agcIndex', 'agcGain', 'floorLevel', 'meanSuppression'];
 
 // Mean level of samples, dBFS, not below -100.
 function levelOf(samples) {
