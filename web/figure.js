@@ -61,13 +61,17 @@ class Figure {
   layOut() {
     const { before, after, decisions, directions, names } = this.content;
     const image = (picture) => (row) => this.drawSpectrogram(row, picture);
-    const high = this.canvas.clientHeight - 22 - 6 * HEAD;
+    const high = this.canvas.clientHeight - 22 - 6 * HEAD - 6;
     const share = (part) => Math.round(high * part);
+    const beam = directions
+      ? [{ name: 'Beam', height: share(0.1),
+           draw: (row) => this.drawBeam(row, decisions, directions) }]
+      : [];
     const rows = [
       { name: names.before, height: share(0.35), picture: before, draw: image(before) },
       { name: names.after, height: share(0.35), picture: after, draw: image(after) },
       { name: 'Voice', height: share(0.04), draw: (row) => this.drawVoice(row, decisions.voice) },
-      { name: 'Beam', height: share(0.1), draw: (row) => this.drawBeam(row, decisions, directions) },
+      ...beam,
       { name: 'AGC gain, dB', height: share(0.08),
         draw: (row) => this.drawLine(row, decisions.agcGain, 0, 20) },
       { name: 'Mean suppression, dB', height: share(0.08),
@@ -100,8 +104,9 @@ class Figure {
       const image = new ImageData(columns, bins);
       for (let x = 0; x < columns; ++x) {
         for (let k = 0; k < bins; ++k) {
-          const colour = colourOf((levels[x * bins + k] - LOWEST) / (HIGHEST - LOWEST));
-          image.data.set([...colour, 255], 4 * ((bins - 1 - k) * columns + x));
+          const at = 4 * ((bins - 1 - k) * columns + x);
+          image.data.set(colourOf(levels[x * bins + k]), at);
+          image.data[at + 3] = 255;
         }
       }
       const bitmap = Object.assign(document.createElement('canvas'), { width: columns, height: bins });
@@ -114,9 +119,11 @@ class Figure {
   // Calls `put(x, width, from, to)` for each column of pixels that frames from..to - 1 share.
   eachColumn(frames, put) {
     const columns = Math.min(frames, Math.round(this.width * devicePixelRatio));
+    const snapped = (x) => Math.round(x * devicePixelRatio) / devicePixelRatio;
     for (let c = 0; c < columns; ++c) {
       const [from, to] = [c, c + 1].map((edge) => Math.round((edge * frames) / columns));
-      put(LEFT + (from / frames) * this.width, ((to - from) / frames) * this.width, from, to);
+      const [x, end] = [from, to].map((frame) => snapped(LEFT + (frame / frames) * this.width));
+      put(x, end - x, from, to);
     }
   }
 
@@ -175,7 +182,7 @@ class Figure {
     pen.fillText(`${HIGHEST} dBFS`.replace('-', '\u2212'), right, HEAD / 2 + 1);
     const end = right - pen.measureText('\u2212000 dBFS').width;
     for (let x = 0; x < wide; ++x) {
-      pen.fillStyle = `rgb(${colourOf(x / wide).map(Math.round)})`;
+      pen.fillStyle = `rgb(${colourOf(LOWEST + (x / wide) * (HIGHEST - LOWEST))})`;
       pen.fillRect(end - wide + x, HEAD / 2 - 5, 1.5, 10);
     }
     pen.fillStyle = this.colour('quiet');

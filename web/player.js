@@ -30,6 +30,7 @@ class Player {
     const goOn = same && this.playing;
     this.pause();
     this.buffers = { before, after };
+    this.audio = {};
     this.offset = at;
     if (goOn) this.play();
   }
@@ -40,17 +41,24 @@ class Player {
     this.context.resume();
     this.started = this.context.currentTime + 0.01;
     this.voices = {};
-    for (const [name, { channels, rate }] of Object.entries(this.buffers)) {
-      const buffer = this.context.createBuffer(channels.length, channels[0].length, rate);
-      channels.forEach((channel, c) => {
-        buffer.copyToChannel(Float32Array.from(channel, (sample) => sample / 32768), c);
-      });
+    for (const name of Object.keys(this.buffers)) {
+      const buffer = (this.audio[name] ??= Player.audioOf(this.buffers[name]));
       const source = new AudioBufferSourceNode(this.context, { buffer, loop: true });
       const gain = new GainNode(this.context, { gain: name === this.heard ? 1 : 0 });
       source.connect(gain).connect(this.context.destination);
       source.start(this.started, this.offset);
       this.voices[name] = { source, gain };
     }
+  }
+
+  static audioOf({ channels, rate }) {
+    const { length } = channels[0];
+    const buffer = new AudioBuffer({ length, numberOfChannels: channels.length, sampleRate: rate });
+    channels.forEach((channel, c) => {
+      const samples = buffer.getChannelData(c);
+      for (let n = 0; n < length; ++n) samples[n] = channel[n] / 32768;
+    });
+    return buffer;
   }
 
   pause() {

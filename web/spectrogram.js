@@ -63,12 +63,15 @@ function spectrogram(samples, rate) {
 const MAGMA = ('000004 090720 1c1044 341069 4f127b 681c81 812581 9b2e7f b5367a cf4070 e55064 ' +
   'f4695c fb8761 fea571 fec287 fde0a1 fcfdbf').split(' ').map((c) => parseInt(c, 16));
 
-// [red, green, blue] of a level between 0 and 1.
-function colourOf(part) {
-  const at = Math.max(0, Math.min(1, part)) * (MAGMA.length - 1);
-  const index = Math.min(MAGMA.length - 2, Math.floor(at));
+const COLOURS = Array.from({ length: 256 }, (_, i) => {
+  const at = (i / 256) * (MAGMA.length - 1);
+  const index = Math.floor(at);
   return [16, 8, 0].map((shift) => {
     const [a, b] = [MAGMA[index], MAGMA[index + 1]].map((c) => (c >> shift) & 255);
-    return a + (b - a) * (at - index);
+    return Math.round(a + (b - a) * (at - index));
   });
-}
+});
+
+// [red, green, blue] of a level.
+const colourOf = (level) =>
+  COLOURS[Math.max(0, Math.min(255, Math.floor((256 * (level - LOWEST)) / (HIGHEST - LOWEST))))];

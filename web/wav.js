@@ -25,13 +25,13 @@ function readWav(bytes) {
       if (!format || !format.channels || !format.rate) throw new Error('its header is damaged');
       if (format.code !== 1 || format.bits !== 16) return { rate: format.rate };
       const length = Math.floor(size / (2 * format.channels));
-      const channels = Array.from({ length: format.channels }, () => new Int16Array(length));
-      for (let i = 0, from = begin; i < length; ++i) {
-        for (const channel of channels) {
-          channel[i] = view.getInt16(from, true);
-          from += 2;
+      const channels = Array.from({ length: format.channels }, (_, c) => {
+        const samples = new Int16Array(length);
+        for (let i = 0; i < length; ++i) {
+          samples[i] = view.getInt16(begin + 2 * (i * format.channels + c), true);
         }
-      }
+        return samples;
+      });
       return { rate: format.rate, channels };
     }
     at = begin + size + (size % 2);

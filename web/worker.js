@@ -43,7 +43,7 @@ onmessage = ({ data }) => {
   try {
     if (data.task === 'convert') {
       const channels = data.channels.map((channel) => resample(channel, data.from, data.to));
-      postMessage({ result: { channels } });
+      postMessage({ result: channels });
     } else {
       postMessage({
         result: data.task === 'enhance' ? enhance(data) : spectrogram(data.samples, data.rate),
