@@ -92,8 +92,9 @@ class Live {
       for (let n = rate / 4; n < (3 * rate) / 4; n += 3) sum += sent[n] * heard[n + lag];
       if (sum > best.sum) best = { lag, sum };
     }
-    const { baseLatency, outputLatency } = this.context;
-    return { worklet: best.lag / rate, browser: (baseLatency ?? 0) + (outputLatency ?? 0) };
+    const { baseLatency = 0, outputLatency = 0 } = this.context;
+    const { latency = 0 } = this.stream.getAudioTracks()[0].getSettings();
+    return { worklet: best.lag / rate, browser: baseLatency + outputLatency + latency };
   }
 
   bypass(on) {

@@ -92,6 +92,7 @@ function show() {
   for (const id of ['play', 'save-voice', 'save-decisions']) element(id).disabled = false;
   element('seek').max = player.duration;
   showTime();
+  performance.mark('result');
 }
 
 function save(content, ending, type) {

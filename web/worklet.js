@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // The live microphone through the engine. The browser hands over blocks of 128 samples, the engine
 // takes frames of 10 ms: the output waits for the longest gap between both, as short as can be.
+const QUIET = { input: -100, output: -100 };
 const gcd = (a, b) => (b ? gcd(b, a % b) : a);
 
 class LiveProcessor extends AudioWorkletProcessor {
   constructor({ processorOptions: { module, settings } }) {
     super();
     this.bypass = false;
+    this.levels = { ...QUIET };
     this.port.onmessage = ({ data }) => (this.bypass = data.bypass);
     try {
       this.processor = new Processor(new WebAssembly.Module(module), 1, sampleRate, settings);
@@ -35,7 +37,9 @@ class LiveProcessor extends AudioWorkletProcessor {
       for (let k = 0; k < frame; ++k) {
         this.wet[(at + 1 - frame + k + this.wait) % 2048] = engineOut[k] / 32768;
       }
-      if ((at + 1) % (5 * frame) === 0) this.tell(levelOf(engineIn), levelOf(engineOut));
+      this.levels.input = Math.max(this.levels.input, levelOf(engineIn));
+      this.levels.output = Math.max(this.levels.output, levelOf(engineOut));
+      if ((at + 1) % (5 * frame) === 0) this.tell();
     }
     const source = this.bypass ? this.dry : this.wet;
     for (let i = 0; i < output.length; ++i) output[i] = source[(this.position + i) % 2048];
@@ -43,9 +47,11 @@ class LiveProcessor extends AudioWorkletProcessor {
     return true;
   }
 
-  tell(input, output) {
+  // Twenty times a second, with the loudest frame since.
+  tell() {
     const { library } = this.processor;
-    this.port.postMessage({ input, output, voice: library.voice(), gain: library.agcGain() });
+    this.port.postMessage({ ...this.levels, voice: library.voice(), gain: library.agcGain() });
+    this.levels = { ...QUIET };
   }
 }
 registerProcessor('arvessa', LiveProcessor);

@@ -143,15 +143,19 @@ class Listening(PageTest):
     def test_play_switch_and_seek_without_a_gap(self):
         self.open(place=1)
         self.press(" ")
-        self.wait(lambda: self.time() > 5.2)  # the talker pauses, the noise does not
-        after = self.power()
-        self.press("b")
-        self.wait(lambda: self.time() > 5.9)
-        before = self.power()
-        self.assertGreater(before, 4 * after)
+        powers = []
+        for _ in range(2):
+            # The talker pauses, the noise does not.
+            self.run_js("seek(6.2)")
+            self.wait(lambda: self.time() > 6.9)
+            powers.append(self.power())
+            self.press("b")
+        self.assertGreater(powers[1], 4 * powers[0])
         # Over the switch back no 2 ms are silent.
+        self.wait(lambda: 0.1 < self.time() < 2)
         self.press("b")
-        self.wait(lambda: self.time() > 6.2)
+        self.press("b")
+        self.wait(lambda: 0.3 < self.time() < 2)
         samples = self.run_js("return heard()")
         longest = run = 0
         for sample in samples:
@@ -160,9 +164,9 @@ class Listening(PageTest):
         self.assertLess(longest, 96)
         self.assertEqual(self.get("hear-after").get_attribute("aria-pressed"), "true")
 
-        self.press(Keys.ARROW_LEFT)
-        self.assertLess(self.time(), 6.2)
-        self.wait(lambda: 0.1 < self.time() < 2)  # round again
+        self.run_js("seek(2)")
+        self.press(Keys.ARROW_RIGHT)
+        self.assertGreater(self.time(), 3)
         picture = self.get("picture")
         self.run_js("""
             const { left, top } = arguments[0].getBoundingClientRect();
@@ -203,8 +207,8 @@ class Microphone(PageTest):
                 self.start()
                 self.assertEqual(self.text("live-error"), "")
                 self.assertRegex(self.text("delay"), r"^Delay: engine and its frame 1[23]\.\d ms")
-                self.wait(lambda: int(self.get("level-in").get_attribute("aria-valuenow")) > -60)
-                self.wait(lambda: int(self.get("level-out").get_attribute("aria-valuenow")) > -60)
+                for meter in ("level-in", "level-out"):
+                    self.wait(lambda: int(self.get(meter).get_attribute("aria-valuenow")) > -40)
                 track = self.run_js("return live.stream.getAudioTracks()[0].getSettings()")
                 for processing in ("echoCancellation", "noiseSuppression", "autoGainControl"):
                     self.assertIs(track[processing], False)
@@ -236,8 +240,7 @@ class Microphone(PageTest):
                   source.start();
                   const heard = (await context.startRendering()).getChannelData(0);
                   const wav = writeWav(Int16Array.from(heard, (s) => 32768 * s), rate);
-                  done(btoa(String.fromCharCode(...[]) +
-                    Array.from(wav, (b) => String.fromCharCode(b)).join('')));
+                  done(btoa(Array.from(wav, (byte) => String.fromCharCode(byte)).join('')));
                 })();""", base64.b64encode(recording.read_bytes()).decode())
             (self.folder / "heard.wav").write_bytes(base64.b64decode(heard))
             got, want = samples_of(self.folder / "heard.wav")[2], samples_of(expected)[2]
@@ -268,14 +271,16 @@ class Appearance(PageTest):
 
     def test_names_network_and_time_to_first_sound(self):
         self.open(place=1)
-        for control in self.browser.find_elements(By.CSS_SELECTOR, "button, input, select, canvas"):
+        for control in self.browser.find_elements(
+                By.CSS_SELECTOR, ":is(button, input, select, canvas):not([hidden])"):
             self.assertTrue(control.accessible_name, control.get_attribute("outerHTML"))
         self.assertEqual(self.run_js(
             "return performance.getEntriesByType('resource').filter((r) => !/^data:/.test(r.name))"),
             [])
         started = self.run_js("""
             const paint = performance.getEntriesByName('first-contentful-paint')[0].startTime;
-            return [paint, result.shownAt, performance.now()]""")
+            const [result] = performance.getEntriesByName('result');
+            return [paint, result.startTime, performance.now()]""")
         self.press(" ")
         self.wait(lambda: self.run_js("return heard().some((s) => s !== 0)"))
         sound = self.run_js("return performance.now()") - started[2]

@@ -55,12 +55,14 @@ class PageTest(unittest.TestCase):
         handler = functools.partial(QuietHandler, directory=PAGE.parent)
         server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
         threading.Thread(target=server.serve_forever, daemon=True).start()
+        cls.addClassCleanup(server.server_close)
         cls.addClassCleanup(server.shutdown)
         cls.places = (PAGE.as_uri(), f"http://127.0.0.1:{server.server_port}/{PAGE.name}")
 
         options = webdriver.ChromeOptions()
         options.binary_location = "/usr/bin/chromium"
         for argument in ("headless=new", "no-sandbox", "use-fake-device-for-media-stream",
+                         f"use-file-for-fake-audio-capture={SCENE}",
                          "autoplay-policy=no-user-gesture-required"):
             options.add_argument("--" + argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
