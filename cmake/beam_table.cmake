@@ -3,6 +3,7 @@
 # build for another processor needs no program of this one.
 #
 # usage: cmake -D BEAMS=beams.csv -D SOURCE=beam_weights_tables.cpp -P cmake/beam_table.cmake
+#        with GEOMETRY=stored_geometry.cpp for SOURCE, where the beams look and from where
 cmake_minimum_required(VERSION 3.25)
 
 file(STRINGS "${BEAMS}" lines)
@@ -13,6 +14,8 @@ set(count 0)
 foreach(line IN LISTS lines)
   if(line MATCHES "^# microphones_mm: (.*)$")
     string(REPLACE " " "), (" microphones "(${CMAKE_MATCH_1})")
+    string(REGEX REPLACE "[^, ]+" "\\0 / 1e3" metres "${CMAKE_MATCH_1}")
+    string(REPLACE "1e3 " "1e3}, {" metres "{${metres}}")
   elseif(line MATCHES "^# directions_deg: (.*)$")
     string(REPLACE "," ", " directions "${CMAKE_MATCH_1}")
   elseif(line MATCHES "^([0-2]),([0-9]+),([01]),(${number}),(${number})$")
@@ -49,6 +52,23 @@ if(NOT count EQUAL 384 OR microphones STREQUAL "" OR directions STREQUAL "")
   message(FATAL_ERROR "${BEAMS}: ${count} weights of 384; `arvessa beams` writes such files")
 endif()
 
+if(DEFINED GEOMETRY)
+  file(
+    CONFIGURE
+    OUTPUT "${GEOMETRY}"
+    CONTENT
+      "// SPDX-License-Identifier: Apache-2.0
+#include \"beams/geometry.h\"
+
+namespace arvessa::beams {
+
+Geometry storedGeometry() { return {{{@metres@}}, {@directions@}}; }
+
+}  // namespace arvessa::beams
+"
+    @ONLY)
+  return()
+endif()
 file(
   CONFIGURE
   OUTPUT "${SOURCE}"

@@ -28,8 +28,6 @@ std::string shown(double degrees) {
 
 }  // namespace
 
-Geometry storedGeometry() { return {{{{-0.0697, -0.0024}, {0.0688, -0.0025}}}, {0, 90, 180}}; }
-
 double distance(const Geometry& geometry) {
   const auto& [first, second] = geometry.microphones;
   return std::hypot(second.x - first.x, second.y - first.y);

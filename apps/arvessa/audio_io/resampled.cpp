@@ -11,14 +11,19 @@ namespace arvessa::app {
 namespace {
 
 // A frame of 10 ms at a time, so that a live stream is not kept waiting for more.
-std::size_t blockFrames(int rate) { return static_cast<std::size_t>(std::max(rate / 100, 1)); }
+std::size_t liveFrames(int rate) { return static_cast<std::size_t>(std::max(rate / 100, 1)); }
+
+std::size_t blockFrames(const Source& source) {
+  constexpr std::size_t kFrames = 4096;
+  return source.isLive() ? liveFrames(source.rate) : kFrames;
+}
 
 class ResampledSource : public DerivedSource {
  public:
   ResampledSource(std::unique_ptr<Source>&& from, int toRate)
       : DerivedSource(std::move(from), toRate, from->channels),
         resampler_(channels, inner().rate, toRate),
-        block_(blockFrames(inner().rate) * static_cast<std::size_t>(channels)) {}
+        block_(blockFrames(inner()) * static_cast<std::size_t>(channels)) {}
 
   std::size_t read(std::span<float> to) override {
     while (ready_.size() - taken_ < to.size() && !ended_) {
@@ -50,7 +55,7 @@ class ResampledSink : public Sink {
       : inner_(std::move(inner)),
         resampler_(channels, rate, innerRate),
         channels_(channels),
-        blockSamples_(blockFrames(rate) * static_cast<std::size_t>(channels)),
+        blockSamples_(liveFrames(rate) * static_cast<std::size_t>(channels)),
         longest_(longest) {}
 
   void write(std::span<const Word16> interleaved) override {

@@ -32,6 +32,10 @@ class Source {
   // Known at the end of the stream: what was wrong with it although it could be read; else empty.
   virtual std::string complaint() const { return {}; }
 
+  // What the samples that were read, and with them an output, have of what is complained about:
+  // "holds what there is".
+  virtual std::string remedy() const { return {}; }
+
   // Known at the end of the stream: what people should know about it although nothing is lost; else
   // empty.
   virtual std::string remark() const { return {}; }
@@ -54,6 +58,7 @@ class DerivedSource : public Source {
         inner_(std::move(from)) {}
   std::int64_t framesRead() const override { return inner_->framesRead(); }
   std::string complaint() const override { return inner_->complaint(); }
+  std::string remedy() const override { return inner_->remedy(); }
   std::string remark() const override { return inner_->remark(); }
   bool isLive() const override { return inner_->isLive(); }
 

@@ -18,6 +18,9 @@ struct Outcome {
   double seconds = 0;     // of audio
   std::string details;    // more for the summary line, may be empty
   std::string complaint;  // about an input that could be read nevertheless, may be empty
+  std::string remedy;     // what an output has of what is complained about
+  std::string remark;     // about an input of which nothing was lost, may be empty
+  bool isLive = false;
 };
 
 // Does one job and tells `advance` of every step, as a share of the whole.
@@ -27,7 +30,8 @@ using Work = std::function<Outcome(const Job&, const std::function<void(double)>
 Outcome outcomeOf(const Source& source, const StreamResult& result, int rate);
 
 // Runs `work` for every job, `atOnce` of them at a time. A job that fails does not keep the others
-// from being finished; it is reported on standard error. Returns the exit code.
+// from being finished; it is reported on standard error. When the program is asked to stop, live
+// inputs end, and all other work that has not been finished is given up. Returns the exit code.
 int runJobs(const std::vector<Job>& jobs, int atOnce, bool quiet, const Work& work);
 
 }  // namespace arvessa::app

@@ -71,7 +71,7 @@ void checkIsNoInput(const std::string& output, const std::vector<std::string>& i
   for (const std::string& input : inputs) {
     if (!isSameFile(input, output)) continue;
     throw Failure(output == "-" ? "standard output" : output,
-                  "is the input " + input + " itself; nothing was written");
+                  "is the input " + shownName(input) + " itself; nothing was written");
   }
 }
 
