@@ -60,14 +60,14 @@ class PageTest(unittest.TestCase):
         cls.places = (PAGE.as_uri(), f"http://127.0.0.1:{server.server_port}/{PAGE.name}")
 
         options = webdriver.ChromeOptions()
-        options.binary_location = "/usr/bin/chromium"
+        options.binary_location = os.environ["ARVESSA_CHROMIUM"]
         for argument in ("headless=new", "no-sandbox", "use-fake-device-for-media-stream",
                          f"use-file-for-fake-audio-capture={SCENE}",
                          "autoplay-policy=no-user-gesture-required"):
             options.add_argument("--" + argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-        cls.browser = webdriver.Chrome(
-            service=webdriver.chrome.service.Service("/usr/bin/chromedriver"), options=options)
+        service = webdriver.chrome.service.Service(os.environ["ARVESSA_CHROMEDRIVER"])
+        cls.browser = webdriver.Chrome(service=service, options=options)
         cls.addClassCleanup(cls.browser.quit)
         cls.cdp("Page.addScriptToEvaluateOnNewDocument", source=TAP)
         cls.cdp("Browser.setDownloadBehavior", behavior="allow", downloadPath=str(cls.folder))
