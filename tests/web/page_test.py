@@ -179,7 +179,7 @@ class Listening(PageTest):
 
 
     def test_the_switch_does_not_interrupt_a_tone(self):
-        tone = [round(6000 * math.sin(n * math.pi / 4)) for n in range(24000) for _ in range(2)]
+        tone = [round(6000 * math.sin(n * math.pi / 4)) for n in range(240000) for _ in range(2)]
         path = self.made("tone.wav", struct.pack(f"<{len(tone)}h", *tone), 8000, 2)
         self.open()
         self.load(path)
