@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The page in headless Chromium, and the command beside it."""
+"""The page in headless Chromium, or in the Firefox that ARVESSA_FIREFOX names, and the command."""
 import functools
 import http.server
 import os
@@ -59,6 +59,19 @@ class PageTest(unittest.TestCase):
         cls.addClassCleanup(server.shutdown)
         cls.places = (PAGE.as_uri(), f"http://127.0.0.1:{server.server_port}/{PAGE.name}")
 
+        cls.browser = cls.firefox() if "ARVESSA_FIREFOX" in os.environ else cls.chromium()
+        cls.addClassCleanup(cls.browser.quit)
+
+    @classmethod
+    def firefox(cls):
+        from firefox import Firefox
+        return Firefox(os.environ["ARVESSA_FIREFOX"], cls.folder / "profile", {
+            "browser.download.dir": str(cls.folder), "browser.download.folderList": 2,
+            "media.autoplay.default": 0, "media.navigator.streams.fake": True,
+            "media.cubeb.backend": "null"})
+
+    @classmethod
+    def chromium(cls):
         options = webdriver.ChromeOptions()
         options.binary_location = os.environ["ARVESSA_CHROMIUM"]
         for argument in ("headless=new", "no-sandbox", "use-fake-device-for-media-stream",
@@ -67,22 +80,31 @@ class PageTest(unittest.TestCase):
             options.add_argument("--" + argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         service = webdriver.chrome.service.Service(os.environ["ARVESSA_CHROMEDRIVER"])
-        cls.browser = webdriver.Chrome(service=service, options=options)
-        cls.addClassCleanup(cls.browser.quit)
-        cls.cdp("Page.addScriptToEvaluateOnNewDocument", source=TAP)
-        cls.cdp("Browser.setDownloadBehavior", behavior="allow", downloadPath=str(cls.folder))
+        browser = webdriver.Chrome(service=service, options=options)
+        browser.execute_cdp_cmd("Browser.setDownloadBehavior",
+                                {"behavior": "allow", "downloadPath": str(cls.folder)})
+        return browser
 
-    @classmethod
-    def cdp(cls, command, **arguments):
-        return cls.browser.execute_cdp_cmd(command, arguments)
+    def cdp(self, command, **arguments):
+        return self.browser.execute_cdp_cmd(command, arguments)
+
+    def permit_microphone(self, place, allow):
+        if hasattr(self.browser, "set_preference"):
+            self.browser.set_preference("permissions.default.microphone", 1 if allow else 2)
+            return
+        origin = {"origin": self.places[1].rsplit("/", 1)[0]} if place == 1 else {}
+        self.cdp("Browser.setPermission", permission={"name": "microphone"},
+                 setting="granted" if allow else "denied", **origin)
 
     def open(self, place=0):
         self.browser.get(self.places[place])
+        self.run_js(TAP)
         self.settle()
 
     def tearDown(self):
         # What the page did not expect, a refused load among it.
-        self.assertEqual(self.browser.get_log("browser"), [])
+        if not hasattr(self.browser, "set_preference"):
+            self.assertEqual(self.browser.get_log("browser"), [])
 
     def get(self, name):
         return self.browser.find_element(By.ID, name)
@@ -91,7 +113,8 @@ class PageTest(unittest.TestCase):
         return self.get(name).text
 
     def run_js(self, code, *arguments):
-        return self.browser.execute_script(code, *arguments)
+        run = getattr(self.browser, "run", self.browser.execute_script)
+        return run(code, *arguments)
 
     def wait(self, condition):
         WebDriverWait(self.browser, PATIENCE, 0.02).until(lambda _: condition())
