@@ -12,6 +12,7 @@
 #include "audio_io/pending_file.h"
 #include "beams/beam_file.h"
 #include "commands/commands.h"
+#include "commands/jobs.h"
 #include "commands/picture.h"
 #include "commands/text.h"
 
@@ -125,8 +126,8 @@ void addBeams(CLI::App& app, Run& run) {
                    "two or three directions to look in, degrees from the x axis")
       ->delimiter(',')
       ->default_str("0,90,180");
-  command->add_option("-o,--output", options->output, "CSV file to write; - is standard output")
-      ->required();
+  addOutputOption(*command, options->output, "CSV file to write; - is standard output");
+  command->get_option("--output")->required();
   command->add_option("--picture", options->picture,
                       "PNG file of the patterns, drawn by Python with Matplotlib");
   command->add_flag("--quiet", options->quiet, "no summary");

@@ -100,8 +100,8 @@ void addScene(CLI::App& app, Run& run) {
   CLI::App* command = app.add_subcommand(
       "scene", "A two-microphone recording of a talker in noise out of a mono one");
   command->add_option("SPEECH", settings.speech, "mono recording of the talker")->required();
-  command->add_option("-o,--output", options->output, "file to write, - for raw standard output")
-      ->required();
+  addOutputOption(*command, options->output, "file to write, - for raw standard output");
+  command->get_option("--output")->required();
   command->add_option("--talker", settings.talker, "direction of the talker, degrees")
       ->check(within(-360, 360))
       ->capture_default_str();
