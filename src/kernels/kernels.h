@@ -24,8 +24,10 @@
 
 #include "arithmetic/block.h"
 
-#ifdef __SSE2__
+#if defined(__SSE2__)
 #define ARVESSA_VECTOR_UNIT "SSE2"
+#elif defined(__ARM_NEON) && !defined(__ARM_BIG_ENDIAN)
+#define ARVESSA_VECTOR_UNIT "NEON"
 #endif
 
 namespace arvessa::kernels {

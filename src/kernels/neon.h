@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+// The operations of NEON that the vector kernels are written in, the same for A32 and A64: those of
+// sse2.h, with the same results. The doubled product that keeps its upper half, vqdmulh, is a
+// product by a Q15 factor in the upper half of a word.
+
+#include <arm_neon.h>
+
+#include <cstring>
+
+#include "ArvessaTypes.h"
+#include "arithmetic/block.h"
+
+namespace arvessa::kernels {
+
+using Words = Word32 __attribute__((vector_size(16)));
+
+inline Words asWords(int32x4_t words) { return reinterpret_cast<Words>(words); }
+inline int32x4_t ofUnit(Words words) { return reinterpret_cast<int32x4_t>(words); }
+
+inline Words load(const Word32* from) { return asWords(vld1q_s32(from)); }
+inline void store(Word32* to, Words words) { vst1q_s32(to, ofUnit(words)); }
+inline Words splat(Word32 word) { return asWords(vdupq_n_s32(word)); }
+
+inline Words joinPairs(const Word32* first, const Word32* second) {
+  return asWords(vcombine_s32(vld1_s32(first), vld1_s32(second)));
+}
+
+struct Factors {
+  int32x4_t high;
+};
+inline Factors splatFactor(Word16 factor) { return {vdupq_n_s32(Word32{factor} * 65536)}; }
+inline Factors loadFactors(const Word16* from) {
+  return {vshlq_n_s32(vmovl_s16(vld1_s16(from)), 16)};
+}
+
+struct PairFactors {
+  Factors first;
+  Factors second;
+};
+inline PairFactors spreadFactors(const Word16* from) {
+  const int32x4_t each = loadFactors(from).high;
+  const int32x4x2_t pairs = vzipq_s32(each, each);
+  return {{pairs.val[0]}, {pairs.val[1]}};
+}
+
+struct Twiddles {
+  Factors cosine;
+  Factors sine;
+};
+inline Twiddles spreadTwiddles(int32x4_t pairs) {
+  return {{vshlq_n_s32(pairs, 16)}, {vandq_s32(pairs, vdupq_n_s32(-65536))}};
+}
+inline Twiddles splatTwiddle(const Word16* pair) {
+  Word32 word = 0;
+  std::memcpy(&word, pair, sizeof word);
+  return spreadTwiddles(vdupq_n_s32(word));
+}
+inline Twiddles loadTwiddles(const Word16* from) {
+  const int32x2_t pairs = vreinterpret_s32_s16(vld1_s16(from));
+  const int32x2x2_t twice = vzip_s32(pairs, pairs);
+  return spreadTwiddles(vcombine_s32(twice.val[0], twice.val[1]));
+}
+inline Twiddles loadTwiddlesReversed(const Word16* from) {
+  const int32x2_t pairs = vreinterpret_s32_s16(vld1_s16(from));
+  const int32x2x2_t twice = vzip_s32(pairs, pairs);
+  return spreadTwiddles(vcombine_s32(twice.val[1], twice.val[0]));
+}
+
+// A product by -1 of a word beyond these is no longer that of the definition (operators.h).
+inline constexpr UsedBits kFactorBits = 0x7FFEFFFF;
+
+inline Words mulQ15(Words x, Factors f) { return asWords(vqdmulhq_s32(ofUnit(x), f.high)); }
+
+inline Words mulHighQ15(Words x, Factors f) {
+  const int32x4_t high = vandq_s32(ofUnit(x), vdupq_n_s32(-65536));
+  return asWords(vshrq_n_s32(vqdmulhq_s32(high, f.high), 16));
+}
+
+inline Words squaredMagnitudes(const Word16* pairs) {
+  const int16x4x2_t parts = vld2_s16(pairs);
+  return asWords(vmlal_s16(vmull_s16(parts.val[0], parts.val[0]), parts.val[1], parts.val[1]));
+}
+
+using FourHalves = int16x4_t;
+inline FourHalves loadHalves(const Word16* from) { return vld1_s16(from); }
+inline FourHalves gatherHalves(const Word16* from, const Word32* places) {
+  return FourHalves{from[places[0]], from[places[1]], from[places[2]], from[places[3]]};
+}
+
+inline Words sumOfProducts(FourHalves a, FourHalves b, FourHalves c, FourHalves d) {
+  return asWords(vmlal_s16(vmull_s16(a, b), c, d));
+}
+
+inline void storeFlags(unsigned char* to, Words mask) {
+  const int16x4_t halves = vmovn_s32(ofUnit(-mask));
+  const int8x8_t bytes = vmovn_s16(vcombine_s16(halves, halves));
+  std::memcpy(to, &bytes, 4);
+}
+inline Words loadFlags(const unsigned char* from) {
+  std::uint32_t bytes = 0;
+  std::memcpy(&bytes, from, sizeof bytes);
+  const uint16x8_t halves = vmovl_u8(vcreate_u8(bytes));
+  return reinterpret_cast<Words>(vmovl_u16(vget_low_u16(halves))) != 0;
+}
+
+inline void storeSaturated(Word16* to, Words x) { vst1_s16(to, vqmovn_s32(ofUnit(x))); }
+
+}  // namespace arvessa::kernels
