@@ -189,6 +189,12 @@ struct Vector : Portable {
                               Word16 alpha);
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
+  static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
+                                 std::span<Word16> low);
+  static void highPass(std::span<const Word16> in, const FilterMemory& memory,
+                       std::span<Word16> high);
+  static void interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
+                                std::span<const Word16> high, std::span<Word16> out);
   static void amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y);
 };
 using Forms = std::tuple<Plain, Portable, Vector>;

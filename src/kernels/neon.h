@@ -106,4 +106,69 @@ inline Words loadFlags(const unsigned char* from) {
 
 inline void storeSaturated(Word16* to, Words x) { vst1_s16(to, vqmovn_s32(ofUnit(x))); }
 
+inline void storeSaturatedSum(Word16* to, const Word16* from, Words x) {
+  vst1_s16(to, vqadd_s16(vqmovn_s32(ofUnit(x)), vld1_s16(from)));
+}
+
+struct TapPair {
+  Word32 near;
+  Word32 far;
+};
+constexpr TapPair tapPair(Word32 near, Word32 far) { return {near, far}; }
+
+inline void addTaps(Words& first, Words& second, const Word16* x, const TapPair& taps) {
+  const auto addOne = [&](int16x8_t samples, Word32 tap) {
+    const int32x4_t factor = vdupq_n_s32(tap);
+    const int32x4_t low = vshlq_n_s32(vmovl_s16(vget_low_s16(samples)), 16);
+    const int32x4_t high = vshlq_n_s32(vmovl_s16(vget_high_s16(samples)), 16);
+    first += asWords(vqdmulhq_s32(low, factor));
+    second += asWords(vqdmulhq_s32(high, factor));
+  };
+  addOne(vld1q_s16(x), taps.near);
+  addOne(vld1q_s16(x - 1), taps.far);
+}
+
+// In the transposed form: every y is multiplied by all coefficients at once, and the products wait
+// for the samples to come. Exact for all y that a shift does not saturate.
+inline constexpr UsedBits kFeedbackBits = bitsBelow(30);
+struct FeedbackTaps {
+  Word32 a[12];
+  Word32 excess;
+};
+constexpr FeedbackTaps feedbackTapsOf(const Word32 (&a)[11]) {
+  FeedbackTaps taps{};
+  for (int i = 1; i <= 10; ++i) taps.a[i - 1] = a[i];
+  return taps;
+}
+
+class Feedback {
+ public:
+  explicit Feedback(const FeedbackTaps& taps)
+      : a_{vld1q_s32(taps.a), vld1q_s32(taps.a + 4), vld1q_s32(taps.a + 8)} {}
+
+  template <int kShift>
+  void step(Word32* v) {
+    for (int i = 0; i < 2; ++i) {
+      const int32x4_t output = vsubq_s32(vld1q_dup_s32(v + i), sums_[0]);
+      vst1q_lane_s32(v + i, output, 0);
+      advance(vshl_n_s32(vget_low_s32(output), kShift));
+    }
+  }
+  void remember(const Word32* y) {
+    advance(vdup_n_s32(y[0]));
+    advance(vdup_n_s32(y[1]));
+  }
+
+ private:
+  void advance(int32x2_t y) {
+    const int32x4_t zero = vdupq_n_s32(0);
+    sums_[0] = vaddq_s32(vextq_s32(sums_[0], sums_[1], 1), vqdmulhq_lane_s32(a_[0], y, 0));
+    sums_[1] = vaddq_s32(vextq_s32(sums_[1], sums_[2], 1), vqdmulhq_lane_s32(a_[1], y, 0));
+    sums_[2] = vaddq_s32(vextq_s32(sums_[2], zero, 1), vqdmulhq_lane_s32(a_[2], y, 0));
+  }
+
+  int32x4_t a_[3];
+  int32x4_t sums_[3] = {};
+};
+
 }  // namespace arvessa::kernels

@@ -151,4 +151,115 @@ inline void storeSaturated(Word16* to, Words x) {
   _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi32(word, word));
 }
 
+// The sum of `from` and four words, both saturated to 16 bits.
+inline void storeSaturatedSum(Word16* to, const Word16* from, Words x) {
+  const auto word = reinterpret_cast<__m128i>(x);
+  const __m128i sum = _mm_adds_epi16(_mm_packs_epi32(word, word),
+                                     _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(to), sum);
+}
+
+// Two neighbouring taps of a filter without recursion: coefficients 2^15 h + l, each at most 2^28,
+// of which pairs of h and of 2 l are what a multiplication takes.
+struct TapPair {
+  std::int32_t high;
+  std::int32_t low;
+};
+constexpr TapPair tapPair(Word32 near, Word32 far) {
+  const auto pair = [](Word32 first, Word32 second) {
+    return static_cast<std::int32_t>((static_cast<std::uint32_t>(first) & 0xFFFF) |
+                                     static_cast<std::uint32_t>(second) << 16);
+  };
+  const Word32 nearHigh = (near + 0x4000) >> 15;
+  const Word32 farHigh = (far + 0x4000) >> 15;
+  return {pair(nearHigh, farHigh),
+          pair(2 * (near - (nearHigh << 15)), 2 * (far - (farHigh << 15)))};
+}
+
+// Adds floor(near x[n] / 2^15) + floor(far x[n - 1] / 2^15) to eight sums, for n = 0..7.
+inline void addTaps(Words& first, Words& second, const Word16* x, const TapPair& taps) {
+  const __m128i now = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
+  const __m128i before = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x - 1));
+  const __m128i high = _mm_set1_epi32(taps.high);
+  const __m128i low = _mm_set1_epi32(taps.low);
+  const __m128i one = _mm_set1_epi16(1);
+  const auto sum = [&](__m128i pairs) {
+    return reinterpret_cast<Words>(_mm_madd_epi16(pairs, high)) +
+           reinterpret_cast<Words>(_mm_madd_epi16(_mm_mulhi_epi16(pairs, low), one));
+  };
+  first += sum(_mm_unpacklo_epi16(now, before));
+  second += sum(_mm_unpackhi_epi16(now, before));
+}
+
+// The recursion of order 10: v[n] -= sum floor(a[i] y[n - i] / 2^31), y = 2^shift v, with
+// y[-10]..y[-1] before it, for signs of a that alternate from -. Exact while all y use no more than
+// kFeedbackBits: n is even.
+//
+// In the transposed form: every y is multiplied by all coefficients at once, and the products wait
+// in pairs of sums for the samples to come. Of twice a product the upper word is the floor, and
+// sums of words keep it apart from the lower one. The multiplication is unsigned: of 2^31 + y and
+// 2^31 - y by |a|, so that each product is larger by |a|, and v has to be by `excess`.
+inline constexpr UsedBits kFeedbackBits = bitsBelow(30);
+struct FeedbackTaps {
+  alignas(16) std::uint32_t now[6][4];   // 0, a1 .. a8, a9 | a10, 0: those of the first of two y
+  alignas(16) std::uint32_t next[6][4];  // one sample later
+  Word32 excess;
+};
+constexpr FeedbackTaps feedbackTapsOf(const Word32 (&a)[11]) {
+  FeedbackTaps taps{};
+  for (unsigned i = 1; i <= 10; ++i) {
+    const Word32 magnitude = i % 2 == 0 ? a[i] : -a[i];
+    taps.now[i / 2][i % 2 * 2] = 2 * static_cast<std::uint32_t>(magnitude);
+    taps.next[(i + 1) / 2][(i + 1) % 2 * 2] = 2 * static_cast<std::uint32_t>(magnitude);
+    taps.excess += magnitude;
+  }
+  return taps;
+}
+
+class Feedback {
+ public:
+  explicit Feedback(const FeedbackTaps& taps) : taps_(taps) {}
+
+  // The next two outputs, given their sums without the recursion; or values of y from before.
+  template <int kShift>
+  void step(Word32* v) {
+    const __m128i first = less(v[0], _mm_shuffle_epi32(sums_[0], 0x55));
+    v[0] = _mm_cvtsi128_si32(first);
+    const __m128i y0 = spread<false>(_mm_slli_epi32(first, kShift));
+    add(0, y0, taps_.now[0]);
+    const __m128i second = less(v[1], _mm_shuffle_epi32(sums_[0], 0xFF));
+    v[1] = _mm_cvtsi128_si32(second);
+    advance(y0, spread<true>(_mm_slli_epi32(second, kShift)));
+  }
+  void remember(const Word32* y) {
+    advance(spread<false>(_mm_set1_epi32(y[0])), spread<true>(_mm_set1_epi32(y[1])));
+  }
+
+ private:
+  static __m128i less(Word32 v, __m128i sum) { return _mm_sub_epi32(_mm_set1_epi32(v), sum); }
+  // 2^31 + y against even and 2^31 - y against odd coefficients, which come second or first.
+  template <bool kOddFirst>
+  static __m128i spread(__m128i y) {
+    const __m128i sign = kOddFirst ? _mm_setr_epi32(-1, 0, 0, 0) : _mm_setr_epi32(0, 0, -1, 0);
+    const __m128i centre = _mm_sub_epi32(_mm_set1_epi32(-2147483647 - 1), sign);
+    return _mm_add_epi32(_mm_xor_si128(y, sign), centre);
+  }
+  void add(int pair, __m128i y, const std::uint32_t* taps) {
+    const __m128i product =
+        _mm_mul_epu32(y, _mm_load_si128(reinterpret_cast<const __m128i*>(taps)));
+    sums_[pair] = _mm_add_epi32(sums_[pair], product);
+  }
+  void advance(__m128i y0, __m128i y1) {
+    for (int pair = 1; pair < 6; ++pair) {
+      add(pair, y0, taps_.now[pair]);
+      add(pair, y1, taps_.next[pair]);
+      sums_[pair - 1] = sums_[pair];
+    }
+    sums_[5] = _mm_setzero_si128();
+  }
+
+  const FeedbackTaps& taps_;
+  __m128i sums_[6] = {};
+};
+
 }  // namespace arvessa::kernels

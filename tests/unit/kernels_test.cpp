@@ -194,7 +194,7 @@ TYPED_TEST(Kernels, BandSplitFilters) {
   const auto memory = [](Halves& x, Words& y) {
     return FilterMemory{std::span<Word16, kFilterOrder>(x), std::span<Word32, kFilterOrder>(y)};
   };
-  forEach({0xFFFFF, kMax32}, 30, [&](Word32 peak) {
+  forEach({0xFFFFF, 0x7FFFFFF, 0x3FFFFFFF, 0x40000000, kMax32}, 20, [&](Word32 peak) {
     const std::size_t n = this->often() ? kMaxLowFrame : 1 + this->random.below(kMaxLowFrame);
     const Halves in = this->factors(3 * n), low = this->factors(n);
     const auto filter = [&](auto run, std::size_t samples) {
