@@ -13,7 +13,7 @@
 // its words may be, and a kernel that cannot saturate below some size falls back to a form before
 // it above. A bound that is too wide costs time, one that is too narrow is an error of the caller.
 // Of a block that they update, smoothPower and updateNoise look themselves where nothing is known
-// (kAllBits); inverseTransform always looks.
+// (kAllBits).
 //
 // Blocks do not overlap unless it is said that they may.
 
@@ -78,8 +78,7 @@ struct Plain {
   // Real FFT of 2N words x[m], as N complex points x[2n] + j x[2n+1]: radix 2 in constant geometry
   // (Pease 1968), then the split of the pairs' spectrum. Every stage halves: the DFT divided by N.
   // The packed spectrum is written to `out`: real values of bins 0 and N, then real and imaginary
-  // part of bins 1..N-1. `x` holds the spectrum of the pairs afterwards. Returns what bounds the
-  // spectrum.
+  // part of bins 1..N-1. `x` is used up. Returns what bounds the spectrum.
   static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
 
   // And back, without halving: the words that a forward transform came from.

@@ -22,10 +22,6 @@ inline Words load(const Word32* from) { return asWords(vld1q_s32(from)); }
 inline void store(Word32* to, Words words) { vst1q_s32(to, ofUnit(words)); }
 inline Words splat(Word32 word) { return asWords(vdupq_n_s32(word)); }
 
-inline Words joinPairs(const Word32* first, const Word32* second) {
-  return asWords(vcombine_s32(vld1_s32(first), vld1_s32(second)));
-}
-
 struct Factors {
   int32x4_t high;
 };
@@ -44,33 +40,45 @@ inline PairFactors spreadFactors(const Word16* from) {
   return {{pairs.val[0]}, {pairs.val[1]}};
 }
 
-struct Twiddles {
-  Factors cosine;
-  Factors sine;
-};
-inline Twiddles spreadTwiddles(int32x4_t pairs) {
-  return {{vshlq_n_s32(pairs, 16)}, {vandq_s32(pairs, vdupq_n_s32(-65536))}};
-}
-inline Twiddles splatTwiddle(const Word16* pair) {
-  Word32 word = 0;
-  std::memcpy(&word, pair, sizeof word);
-  return spreadTwiddles(vdupq_n_s32(word));
-}
-inline Twiddles loadTwiddles(const Word16* from) {
-  const int32x2_t pairs = vreinterpret_s32_s16(vld1_s16(from));
-  const int32x2x2_t twice = vzip_s32(pairs, pairs);
-  return spreadTwiddles(vcombine_s32(twice.val[0], twice.val[1]));
-}
-inline Twiddles loadTwiddlesReversed(const Word16* from) {
-  const int32x2_t pairs = vreinterpret_s32_s16(vld1_s16(from));
-  const int32x2x2_t twice = vzip_s32(pairs, pairs);
-  return spreadTwiddles(vcombine_s32(twice.val[1], twice.val[0]));
-}
-
 // A product by -1 of a word beyond these is no longer that of the definition (operators.h).
 inline constexpr UsedBits kFactorBits = 0x7FFEFFFF;
 
 inline Words mulQ15(Words x, Factors f) { return asWords(vqdmulhq_s32(ofUnit(x), f.high)); }
+
+inline Words mulLargest(Words x) { return mulQ15(x, splatFactor(32767)); }
+
+inline Words halfSum(Words a, Words b) { return asWords(vhaddq_s32(ofUnit(a), ofUnit(b))); }
+inline Words halfDifference(Words a, Words b) { return asWords(vhsubq_s32(ofUnit(a), ofUnit(b))); }
+
+struct Halves {
+  Words re;
+  Words im;
+};
+inline Halves halvesOf(Words re, Words im) { return {re, im}; }
+
+struct Twiddles {
+  Factors cosine;
+  Factors sine;
+};
+inline Twiddles twiddlesOf(Words pairs) {
+  const int32x4_t words = ofUnit(pairs);
+  return {{vshlq_n_s32(words, 16)}, {vandq_s32(words, vdupq_n_s32(-65536))}};
+}
+
+struct Turned {
+  Words negatedRe;
+  Words im;
+};
+inline Turned turn(Halves x, const Twiddles& w) {
+  return {mulQ15(x.im, w.sine) - mulQ15(x.re, w.cosine),
+          mulQ15(x.re, w.sine) + mulQ15(x.im, w.cosine)};
+}
+inline Turned turnExchanged(Halves x, const Twiddles& w) { return turn({x.im, x.re}, w); }
+
+inline void loadTransposed(const Word32* from, Words (&columns)[4]) {
+  const int32x4x4_t all = vld4q_s32(from);
+  for (int i = 0; i < 4; ++i) columns[i] = asWords(all.val[i]);
+}
 
 inline Words mulHighQ15(Words x, Factors f) {
   const int32x4_t high = vandq_s32(ofUnit(x), vdupq_n_s32(-65536));

@@ -25,13 +25,6 @@ inline void store(Word32* to, Words words) { std::memcpy(to, &words, sizeof word
 
 inline Words splat(Word32 word) { return Words{word, word, word, word}; }
 
-// Two words from each of two places.
-inline Words joinPairs(const Word32* first, const Word32* second) {
-  return reinterpret_cast<Words>(
-      _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(first)),
-                         _mm_loadl_epi64(reinterpret_cast<const __m128i*>(second))));
-}
-
 // Four Q15 factors, each once in the lower and once in the upper half of a word.
 struct Factors {
   __m128i low;
@@ -61,34 +54,6 @@ inline PairFactors spreadFactors(const Word16* from) {
           {_mm_unpackhi_epi32(each.low, each.low), _mm_unpackhi_epi32(each.high, each.high)}};
 }
 
-// Cosine and sine of two twiddle pairs, each for the two words of a complex number.
-struct Twiddles {
-  Factors cosine;
-  Factors sine;
-};
-
-inline Twiddles spreadTwiddles(__m128i pairs) {
-  const __m128i upper = _mm_set1_epi32(-65536);
-  return {{_mm_andnot_si128(upper, pairs), _mm_slli_epi32(pairs, 16)},
-          {_mm_srli_epi32(pairs, 16), _mm_and_si128(upper, pairs)}};
-}
-
-inline Twiddles splatTwiddle(const Word16* pair) {
-  int word = 0;
-  std::memcpy(&word, pair, sizeof word);
-  return spreadTwiddles(_mm_set1_epi32(word));
-}
-
-// The pairs at `from` and after it, in this order and the other way round.
-inline Twiddles loadTwiddles(const Word16* from) {
-  const __m128i pairs = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
-  return spreadTwiddles(_mm_unpacklo_epi32(pairs, pairs));
-}
-inline Twiddles loadTwiddlesReversed(const Word16* from) {
-  const __m128i pairs = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
-  return spreadTwiddles(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(0, 0, 1, 1)));
-}
-
 // Words that may be multiplied by mulQ15: |x| < 2^31 - 2^16, a little less than its limit.
 inline constexpr UsedBits kFactorBits = 0x7FFEFFFF;
 
@@ -100,6 +65,80 @@ inline Words mulQ15(Words x, Factors f) {
   const __m128i high = _mm_madd_epi16(rounded, f.high);
   const __m128i low = _mm_madd_epi16(word, f.low);
   return reinterpret_cast<Words>(_mm_add_epi32(_mm_slli_epi32(high, 1), _mm_srai_epi32(low, 15)));
+}
+
+// floor(32767 x / 2^15).
+inline Words mulLargest(Words x) { return x - ((x + 32767) >> 15); }
+
+// (a + b) >> 1 and (a - b) >> 1.
+inline Words halfSum(Words a, Words b) { return (a + b) >> 1; }
+inline Words halfDifference(Words a, Words b) { return (a - b) >> 1; }
+
+// Four complex numbers and four twiddles, to be multiplied by turn(): parts x = 2^15 h + l, with
+// |x| < 2^30 - 2^14 and both h and 2 l of 16 bits. The high halves of real and imaginary part are
+// the pairs of one multiplication with its sum; of the low ones, floors are summed.
+struct Halves {
+  __m128i high;
+  __m128i low;
+};
+inline Halves halvesOf(Words re, Words im) {
+  // The bias rounds the high halves, and flips the signs of the low ones.
+  const auto r = reinterpret_cast<__m128i>(re + re + 0x8000);
+  const auto i = reinterpret_cast<__m128i>(im + im + 0x8000);
+  const auto first = reinterpret_cast<Words>(_mm_unpacklo_epi16(r, i));
+  const auto second = reinterpret_cast<Words>(_mm_unpackhi_epi16(r, i));
+  const auto low = reinterpret_cast<__m128i>(__builtin_shufflevector(first, second, 0, 2, 4, 6));
+  return {reinterpret_cast<__m128i>(__builtin_shufflevector(first, second, 1, 3, 5, 7)),
+          _mm_xor_si128(low, _mm_set1_epi16(-32768))};
+}
+
+// Pairs (c, s), (s, c) and (-c, s): of -1, which only s may be, there is no negative.
+struct Twiddles {
+  __m128i cs;
+  __m128i sc;
+  __m128i negated;
+};
+inline __m128i exchangeHalves(__m128i pairs) {
+  return _mm_or_si128(_mm_slli_epi32(pairs, 16), _mm_srli_epi32(pairs, 16));
+}
+inline Twiddles twiddlesOf(Words pairs) {
+  const auto cs = reinterpret_cast<__m128i>(pairs);
+  const __m128i sign = _mm_set1_epi32(0xFFFF);
+  const __m128i one = _mm_set1_epi32(1);
+  return {cs, exchangeHalves(cs), _mm_add_epi16(_mm_xor_si128(cs, sign), one)};
+}
+
+// floor(s im) - floor(c re) and floor(s re) + floor(c im): minus the real and the imaginary part
+// of (re + j im) (c + j s).
+struct Turned {
+  Words negatedRe;
+  Words im;
+};
+inline Words sumOfHalves(Halves x, __m128i high, __m128i low, __m128i signs) {
+  return reinterpret_cast<Words>(_mm_madd_epi16(x.high, high)) +
+         reinterpret_cast<Words>(_mm_madd_epi16(_mm_mulhi_epi16(x.low, low), signs));
+}
+inline Turned turn(Halves x, const Twiddles& w) {
+  return {sumOfHalves(x, w.negated, w.cs, _mm_set1_epi32(0x1FFFF)),
+          sumOfHalves(x, w.sc, w.sc, _mm_set1_epi16(1))};
+}
+// The same of im + j re.
+inline Turned turnExchanged(Halves x, const Twiddles& w) {
+  return {sumOfHalves(x, exchangeHalves(w.negated), w.sc, _mm_set1_epi32(-65535)),
+          sumOfHalves(x, w.cs, w.cs, _mm_set1_epi16(1))};
+}
+
+// Four rows of four words, to four columns.
+inline void loadTransposed(const Word32* from, Words (&columns)[4]) {
+  const Words a = load(from), b = load(from + 4), c = load(from + 8), d = load(from + 12);
+  const Words ab = __builtin_shufflevector(a, b, 0, 4, 1, 5);
+  const Words cd = __builtin_shufflevector(c, d, 0, 4, 1, 5);
+  const Words abUpper = __builtin_shufflevector(a, b, 2, 6, 3, 7);
+  const Words cdUpper = __builtin_shufflevector(c, d, 2, 6, 3, 7);
+  columns[0] = __builtin_shufflevector(ab, cd, 0, 1, 4, 5);
+  columns[1] = __builtin_shufflevector(ab, cd, 2, 3, 6, 7);
+  columns[2] = __builtin_shufflevector(abUpper, cdUpper, 0, 1, 4, 5);
+  columns[3] = __builtin_shufflevector(abUpper, cdUpper, 2, 3, 6, 7);
 }
 
 // floor(h f / 2^15) of the upper halves h of any words.

@@ -15,9 +15,10 @@ namespace {
 using namespace kernels;
 
 // Sizes of words: all numbers of bits, and what lies beside the conditions of the kernels.
-constexpr Word32 kPeaks[] = {0,          3,          0x3FFF,     0x3FFFFF,   0x400000,
-                             0xFFFFFFF,  0x10000000, 0x1FFFFFFF, 0x20000000, 0x3FFFFFFF,
-                             0x40000000, 0x5FFFFFFF, 0x7FFEFFFF, 0x7FFF0000, 0x7FFFFFFF};
+constexpr Word32 kPeaks[] = {0,          3,          0x3FFF,     0x1FFFFF,   0x200000,
+                             0x3FFFFF,   0x400000,   0x7FFFFF,   0x800000,   0xFFFFFFF,
+                             0x10000000, 0x1FFFFFFF, 0x20000000, 0x3FFFFFFF, 0x40000000,
+                             0x5FFFFFFF, 0x7FFEFFFF, 0x7FFF0000, 0x7FFFFFFF};
 
 // A block, whose words say how large they are.
 struct Words : std::vector<Word32> {
@@ -102,13 +103,15 @@ TYPED_TEST(Kernels, OfTheAnalysisEqualThePlainOnes) {
     this->expectSame([&](auto form, Words& out) { return form.preemphasise(frame, previous, out); },
                      frame);
 
-    // A transform leaves the spectrum of the pairs in its input.
     const bool few = this->random.below(3) == 0;
     Words block = this->words(2 * g.bins, peak);
     if (few) std::fill(block.begin() + 2, block.end(), 0);
     this->expectSame(
-        [&](auto form, Words& x, Words& out) { return form.forwardTransform(x, g.transform, out); },
-        block, block);
+        [&](auto form, Words& out) {
+          Words x = block;
+          return form.forwardTransform(x, g.transform, out);
+        },
+        block);
 
     Words spectrum = this->words(2 * g.bins, peak);
     if (peak == kMax32) spectrum[6] = spectrum[7] = kMin32;  // a sum of exactly 2^31
@@ -174,7 +177,7 @@ TYPED_TEST(Kernels, OfTheSynthesisEqualThePlainOnes) {
                      this->words(2 * gains.size(), peak));
 
     // The sum of all magnitudes decides: few words may be as large as many are small.
-    Words sparse = this->words(2 * g.bins, peak);
+    Words sparse = this->often() ? Words(2 * g.bins, peak) : this->words(2 * g.bins, peak);
     const int kept = 2 * g.bins >> this->random.below(8);
     for (Word32& word : sparse) {
       if (this->random.below(2 * g.bins) >= kept) word = 0;
