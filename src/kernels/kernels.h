@@ -64,6 +64,25 @@ struct FilterMemory {
   std::span<Word32, kFilterOrder> y;
 };
 
+// Of the bands.
+struct BandPowers {
+  std::span<const Word32, kBands> frame;  // 0 or more
+  std::span<const Word32, kBands> noise;  // 0 or more, 7 more fraction bits
+};
+
+template <class T>
+struct BasicBandSnrs {
+  std::span<T, kBands> posterior;  // gamma - 1 in Q8, -256..25600
+  std::span<T, kBands> prior;      // xi in Q8, 0..25600
+};
+using BandSnrs = BasicBandSnrs<const Word16>;
+
+// What speech presence means for a band; both Q15.
+struct Presence {
+  std::span<Word16, kBands> gain;         // under speech presence
+  std::span<Word16, kBands> probability;  // of it
+};
+
 struct Plain {
   static constexpr const char* kName = "plain";
 
@@ -116,6 +135,22 @@ struct Plain {
   // Both parts of bin k of a packed spectrum by gains[k], Q15; bin N, packed with bin 0 and
   // zero since the analysis, by gains[0].
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
+
+  // The SNRs of the bands from their powers and the clean speech of the frame before.
+  static void estimateSnr(const BandPowers& power, std::span<const Word32, kBands> speech,
+                          const BasicBandSnrs<Word16>& snr);
+
+  // The gains under speech presence, its probability, and the clean-speech power for the a priori SNR
+  // of the next frame. globalPresence, of the frame: 4024..32734, Q15.
+  static void gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kBands> framePower,
+                                 std::span<const Word16, kBands> smoothSnr, Word16 globalPresence,
+                                 std::span<Word32, kBands> speech, const Presence& presence);
+
+  // Holds the gains above the floor, in place, and mixes: (p sqrt(gain) + (1 - p) sqrt(floor))
+  // squared, Q15. The floor fades where there is no noise.
+  static void mixWithFloor(std::span<const Word32, kBands> noise, Word16 floorGain,
+                           std::span<const Word16, kBands> probability,
+                           std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain);
 
   // y[n] = x[n] + 0.40327 y[n-1] with y[-1] in `memory`; out[n] is twice the rounded upper half of
   // y[n], saturated, Q15.
@@ -186,6 +221,14 @@ struct Vector : Portable {
                              std::span<unsigned char> active);
   static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
                               Word16 alpha);
+  static void estimateSnr(const BandPowers& power, std::span<const Word32, kBands> speech,
+                          const BasicBandSnrs<Word16>& snr);
+  static void gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kBands> framePower,
+                                 std::span<const Word16, kBands> smoothSnr, Word16 globalPresence,
+                                 std::span<Word32, kBands> speech, const Presence& presence);
+  static void mixWithFloor(std::span<const Word32, kBands> noise, Word16 floorGain,
+                           std::span<const Word16, kBands> probability,
+                           std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain);
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
   static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,

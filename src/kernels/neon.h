@@ -118,6 +118,56 @@ inline void storeSaturatedSum(Word16* to, const Word16* from, Words x) {
   vst1_s16(to, vqadd_s16(vqmovn_s32(ofUnit(x)), vld1_s16(from)));
 }
 
+inline Words loadWide(const Word16* from) { return asWords(vmovl_s16(vld1_s16(from))); }
+inline Factors factorsOf(Words x) { return {vshlq_n_s32(ofUnit(x), 16)}; }
+inline bool any(Words mask) {
+  const int32x2_t folded = vorr_s32(vget_low_s32(ofUnit(mask)), vget_high_s32(ofUnit(mask)));
+  return vget_lane_s64(vreinterpret_s64_s32(folded), 0) != 0;
+}
+
+inline Words product16(Words a, Words b) { return a * b; }
+
+inline Words shiftedLeft(Words x, Words count) {
+  return asWords(vshlq_s32(ofUnit(x), ofUnit(count)));
+}
+inline Words leadingZeros(Words x) { return asWords(vclzq_s32(ofUnit(x))); }
+
+// By the reciprocal r of the normalised divisor: an estimate of 8 bits, two steps r <- r (2 - d r)
+// (Newton), and the remainder tells whether the quotient is one too large or too small. 1 is 2^31
+// in d and 2^29 in r.
+inline Words quotient(Words num, Words den) {
+  const Words zeros = leadingZeros(den);
+  const auto normalised = reinterpret_cast<uint32x4_t>(shiftedLeft(den, zeros));
+  const int32x4_t d = vreinterpretq_s32_u32(vshrq_n_u32(normalised, 1));
+  int32x4_t r = vreinterpretq_s32_u32(vshrq_n_u32(vrecpeq_u32(normalised), 2));
+  for (int i = 0; i < 2; ++i) {
+    const int32x4_t correction = vsubq_s32(vdupq_n_s32(1 << 30), vqrdmulhq_s32(d, r));
+    r = vshlq_n_s32(vqrdmulhq_s32(r, correction), 2);
+  }
+  const Words estimate = shiftedLeft(asWords(vqrdmulhq_s32(ofUnit(num), r)), zeros - 30);
+  const Words remainder = num - estimate * den;
+  return estimate + (remainder < 0) - (remainder >= den);
+}
+inline Words smallQuotient(Words num, Words den) { return quotient(num, den); }
+
+struct Log4 {
+  Words exponent;
+  Words mantissa;
+};
+inline Log4 log4Of(Words x) {
+  const Words exponent = (31 - leadingZeros(x)) >> 1;
+  return {exponent, shiftedLeft(x, 12 - 2 * exponent)};
+}
+
+inline Words scaled(Words x, Words exponent) { return shiftedLeft(x, exponent); }
+
+inline Words interpolated(const unsigned short* table, Words index, Words right, Words left) {
+  const Words first = {table[index[0]], table[index[1]], table[index[2]], table[index[3]]};
+  const unsigned short* const next = table + 1;
+  const Words second = {next[index[0]], next[index[1]], next[index[2]], next[index[3]]};
+  return first * left + second * right;
+}
+
 struct TapPair {
   Word32 near;
   Word32 far;

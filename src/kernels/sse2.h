@@ -198,6 +198,72 @@ inline void storeSaturatedSum(Word16* to, const Word16* from, Words x) {
   _mm_storel_epi64(reinterpret_cast<__m128i*>(to), sum);
 }
 
+// Four 16-bit words, widened; the factors that words of 16 bits are; and whether a mask is not zero.
+inline Words loadWide(const Word16* from) {
+  const __m128i packed = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+  return reinterpret_cast<Words>(_mm_unpacklo_epi16(packed, packed)) >> 16;
+}
+inline Factors factorsOf(Words x) {
+  return {reinterpret_cast<__m128i>(x & 0xFFFF), reinterpret_cast<__m128i>(x << 16)};
+}
+inline bool any(Words mask) { return _mm_movemask_epi8(reinterpret_cast<__m128i>(mask)) != 0; }
+
+// a b of words of 16 bits, one of which is not negative.
+inline Words product16(Words a, Words b) {
+  return reinterpret_cast<Words>(
+      _mm_madd_epi16(reinterpret_cast<__m128i>(a), reinterpret_cast<__m128i>(b)));
+}
+
+// floor(num / den) for 0 <= num < 2^31 and 0 < den < 2^15, a quotient below 2^16. What is no
+// integer lies 1 / den or more below the next, and its error below num / den 2^-52.
+inline Words quotient(Words num, Words den) {
+  const auto n = reinterpret_cast<__m128i>(num);
+  const auto d = reinterpret_cast<__m128i>(den);
+  const __m128i lower = _mm_cvttpd_epi32(_mm_div_pd(_mm_cvtepi32_pd(n), _mm_cvtepi32_pd(d)));
+  const __m128i upper = _mm_cvttpd_epi32(_mm_div_pd(_mm_cvtepi32_pd(_mm_unpackhi_epi64(n, n)),
+                                                    _mm_cvtepi32_pd(_mm_unpackhi_epi64(d, d))));
+  return reinterpret_cast<Words>(_mm_unpacklo_epi64(lower, upper));
+}
+// The same for num < 2^23, whose quotient has an error below num / den 2^-23 in every mode.
+inline Words smallQuotient(Words num, Words den) {
+  return reinterpret_cast<Words>(
+      _mm_cvttps_epi32(_mm_div_ps(_mm_cvtepi32_ps(reinterpret_cast<__m128i>(num)),
+                                  _mm_cvtepi32_ps(reinterpret_cast<__m128i>(den)))));
+}
+
+// floor(log4 x) and floor(x 4^(6 - log4)), 12 to 14 bits, for x > 0: a float's exponent is the
+// binary logarithm. Above 2^24 it would round the lowest bits, which the mantissa does not have.
+struct Log4 {
+  Words exponent;
+  Words mantissa;
+};
+inline Log4 log4Of(Words x) {
+  const Words exact = x & ~((x >= 1 << 24) & 255);
+  const auto bits = reinterpret_cast<Words>(_mm_cvtepi32_ps(reinterpret_cast<__m128i>(exact)));
+  const Words log2 = (bits >> 23) - 127;
+  const Words mantissa = (bits & 0x7FFFFF) | 0x800000;
+  return {log2 >> 1, (log2 & 1) != 0 ? mantissa >> 10 : mantissa >> 11};
+}
+
+// floor(x 2^exponent) for 0 <= x < 2^24, where that fits.
+inline Words scaled(Words x, Words exponent) {
+  const __m128 power = _mm_castsi128_ps(reinterpret_cast<__m128i>((exponent + 127) << 23));
+  return reinterpret_cast<Words>(
+      _mm_cvttps_epi32(_mm_mul_ps(_mm_cvtepi32_ps(reinterpret_cast<__m128i>(x)), power)));
+}
+
+// table[index] left + table[index + 1] right, of 16 bits each.
+inline Words interpolated(const unsigned short* table, Words index, Words right, Words left) {
+  Words pairs;
+  for (int i = 0; i < 4; ++i) {
+    Word32 pair = 0;
+    std::memcpy(&pair, table + index[i], sizeof pair);
+    pairs[i] = pair;
+  }
+  return reinterpret_cast<Words>(_mm_madd_epi16(reinterpret_cast<__m128i>(pairs),
+                                                reinterpret_cast<__m128i>(left | right << 16)));
+}
+
 // Two neighbouring taps of a filter without recursion: coefficients 2^15 h + l, each at most 2^28,
 // of which pairs of h and of 2 l are what a multiplication takes.
 struct TapPair {

@@ -157,6 +157,61 @@ TYPED_TEST(Kernels, OfTheNoiseEstimateEqualThePlainOnes) {
   });
 }
 
+// Within the ranges of frames, at their ends and outside; powers around where quotients are reduced.
+TYPED_TEST(Kernels, OfTheBandsEqualThePlainOnes) {
+  constexpr Word32 kDivisors[] = {0x7FFF, 0x8000, 0x7FFFF, 0x80000, 0x7FFFFF, 0x800000, 0x7FFFFFFF};
+  const auto halves = [&](Word16 least, Word16 most) {
+    Halves drawn(kBands);
+    for (Word16& x : drawn) x = this->random.below(9) == 0 ? most : this->random.from(least, most);
+    if (this->random.below(20) == 0) drawn[this->random.below(kBands)] = this->random.word16();
+    return drawn;
+  };
+  const auto powers = [&](int bits, Word32 offset) {
+    Words drawn(kBands);
+    const int level = this->random.below(bits);
+    for (Word32& x : drawn) {
+      const int kind = this->random.below(4);
+      const Word32 edge = kDivisors[this->random.below(std::size(kDivisors))] - offset;
+      x = kind == 0 ? edge >> (31 - bits) : kind == 1 ? 0 : this->random.magnitude(1 + level);
+    }
+    if (this->random.below(20) == 0) drawn[this->random.below(kBands)] = this->random.word32();
+    return drawn;
+  };
+  const auto bands = [](auto& array) { return std::span(array).template first<kBands>(); };
+  forEach({0, 1, 2}, 4000, [&](int offset) {
+    const Words frame = powers(31, offset);
+    Words noise = powers(31, 0);
+    for (std::size_t b = 0; b < kBands; b += 2) {
+      noise[b] = (kDivisors[this->random.below(6)] - 1 - offset) << (this->often() ? 7 : 0);
+    }
+    const Words speech = powers(30, offset);
+    this->expectSame(
+        [&](auto form, Halves& posterior, Halves& prior) {
+          form.estimateSnr({bands(frame), bands(noise)}, bands(speech),
+                           {bands(posterior), bands(prior)});
+        },
+        Halves(kBands), Halves(kBands));
+
+    const Halves posterior = halves(-256, 25600), prior = halves(0, 25600);
+    const Halves smooth = halves(0, 25600);
+    const Word16 global = this->random.from(4020, 32767);
+    this->expectSame(
+        [&](auto form, Words& clean, Halves& gain, Halves& probability) {
+          form.gainsUnderPresence({bands(posterior), bands(prior)}, bands(frame), bands(smooth),
+                                  global, bands(clean), {bands(gain), bands(probability)});
+        },
+        speech, Halves(kBands), Halves(kBands));
+
+    const Halves probability = halves(0, 32767);
+    const Word16 floorGain = this->random.from(-1, 32767);
+    this->expectSame(
+        [&](auto form, Halves& gain, Halves& out) {
+          form.mixWithFloor(bands(noise), floorGain, bands(probability), bands(gain), bands(out));
+        },
+        halves(0, 32767), Halves(kBands));
+  });
+}
+
 // Gains with the weights of the bank, and with any: sums beyond 1, products of -1 and -1.
 TYPED_TEST(Kernels, OfTheSynthesisEqualThePlainOnes) {
   this->forEachPeak([&](Word32 peak, int size) {
