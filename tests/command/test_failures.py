@@ -54,9 +54,18 @@ class Failures(CommandTest):
                           ["scene", SPEECH, "--seed", -1, *out],
                           ["scene", SPEECH, "--noise", "none", "--noise-from", 0, *out]):
             self.refused(*arguments, code=2)
-        self.assertIn("improve", self.refused("improve", self.good, *out, code=2))
+        for arguments, words in ((["improve", self.good, *out], "command improve"),
+                                 (["enhanc"], "did you mean enhance?"),
+                                 (["help", "bems"], "did you mean beams?"),
+                                 (["trace", self.good, "--bem", 1, *out], "did you mean --beam? (arvessa trace --help"),
+                                 (["enhance", self.good, "--jobs", "0x2", *out], "0x2"),
+                                 (["scene", SPEECH, "--noise", "babel", *out], "fan, white, babble or none")):
+            self.assertIn(words, self.refused(*arguments, code=2))
+        for command in ("enhance", "engine", "scene", "trace", "beams"):
+            arguments = [] if command == "beams" else [SPEECH if command == "scene" else self.good]
+            self.assertIn("output is empty", self.refused(command, *arguments, "-o", "", code=2))
         self.assertEqual(os.listdir(self.directory), ["good.wav"])
-        for arguments in (["--help"], ["enhance", "--help"], ["engine", "--help"], ["scene", "--help"],
+        for arguments in (["--help"], ["help"], ["help", "trace"], ["enhance", "--help"], ["engine", "--help"], ["scene", "--help"],
                           ["trace", "--help"], ["info"], ["--version"]):
             self.assertIn(b"arvessa" if arguments[0] != "info" else b"8132", self.run_command(*arguments).stdout)
 
