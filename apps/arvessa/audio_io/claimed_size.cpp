@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// libsndfile goes by the size of the file where the header claims more, and has no function that
-// tells the claim for all of these formats, or where in the file the samples begin.
+// libsndfile goes by the size of the file where the header claims more, if it takes such a file at
+// all, and has no function that tells the claim.
 #include "audio_io/claimed_size.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
@@ -32,11 +33,10 @@ constexpr ChunkFormat kChunkFormats[] = {
     {"caff", "data", 8, 1, 4, 8, Order::kBig, false},
 };
 
-bool endsBefore(std::int64_t fileSize, std::int64_t samplesAt, std::int64_t samplesSize) {
-  return !saysNothing(samplesSize) && samplesSize > fileSize - samplesAt;
-}
+// Where samples end that begin at `at`; 0 if nothing tells.
+std::int64_t endOf(std::int64_t at, std::int64_t size) { return saysNothing(size) ? 0 : at + size; }
 
-bool isCut(InputDevice& file, const ChunkFormat& format) {
+std::int64_t endOfSamples(InputDevice& file, const ChunkFormat& format) {
   constexpr int kMostChunks = 1000;
   const std::int64_t header = format.nameBytes + format.sizeBytes;
   std::int64_t at = format.firstChunk;
@@ -46,13 +46,27 @@ bool isCut(InputDevice& file, const ChunkFormat& format) {
                             static_cast<std::size_t>(format.sizeBytes));
     const std::int64_t told = field.number(format.order);
     const std::int64_t size = format.sizeHasHeader ? told - header : told;
-    if (name.text() == format.samples) return endsBefore(file.size(), at + header, size);
-    if (size < 0 || size > file.size()) return false;
+    if (name.text() == format.samples) return endOf(at + header, size);
+    if (size < 0 || size > file.size()) return 0;
     const std::int64_t end = at + header + size;
     at = (end + format.alignment - 1) / format.alignment * format.alignment;
   }
-  return false;
+  return 0;
 }
+
+std::int64_t endOfSamples(InputDevice& file) {
+  for (const ChunkFormat& format : kChunkFormats) {
+    if (beginsWith(file, format.beginning)) return endOfSamples(file, format);
+  }
+  // AU: where the samples begin, and their size; "dns." is the same in the other order.
+  if (!beginsWith(file, ".snd") && !beginsWith(file, "dns.")) return 0;
+  const Order order = beginsWith(file, ".snd") ? Order::kBig : Order::kLittle;
+  return endOf(HeaderField(file, 4, 4).number(order), HeaderField(file, 8, 4).number(order));
+}
+
+}  // namespace
+
+std::int64_t claimedSize(InputDevice& file) { return std::max(file.size(), endOfSamples(file)); }
 
 // Ogg is a row of pages, each with the lengths of its segments; the last one has a flag.
 bool isCutOgg(InputDevice& file) {
@@ -71,20 +85,6 @@ bool isCutOgg(InputDevice& file) {
     at = end;
   }
   return !ended;
-}
-
-}  // namespace
-
-bool isCutShort(InputDevice& file) {
-  for (const ChunkFormat& format : kChunkFormats) {
-    if (beginsWith(file, format.beginning)) return isCut(file, format);
-  }
-  if (beginsWith(file, "OggS")) return isCutOgg(file);
-  // AU: where the samples begin, and their size; "dns." is the same in the other order.
-  if (!beginsWith(file, ".snd") && !beginsWith(file, "dns.")) return false;
-  const Order order = beginsWith(file, ".snd") ? Order::kBig : Order::kLittle;
-  return endsBefore(file.size(), HeaderField(file, 4, 4).number(order),
-                    HeaderField(file, 8, 4).number(order));
 }
 
 }  // namespace arvessa::app

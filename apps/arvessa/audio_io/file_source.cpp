@@ -32,16 +32,16 @@ SoundFile openSound(InputDevice& device, SF_INFO& info) {
 
 FileSource::Opened FileSource::open(std::unique_ptr<InputDevice> device) {
   const Beginning beginning = recognise(*device);
-  const bool mpegFrames = beginsWithMpegFrames(*device);
+  const int frames = mpegFrames(*device);
   Opened opened;
-  opened.cutShort = isCutShort(*device);
+  opened.cutShort = isCutOgg(*device);
+  device->claim(claimedSize(*device));
   if (beginning == Beginning::kMpeg) silenceLibraries();
-  opened.file = openSound(*device, opened.info);
-  const bool isMpeg = (opened.info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG;
-  if (opened.file == nullptr || (isMpeg && !mpegFrames)) {
-    throw Failure(device->name(), beginning == Beginning::kAudioFile
-                                      ? "is damaged, or not readable as audio"
-                                      : "is not readable as audio");
+  if (frames != 1) opened.file = openSound(*device, opened.info);
+  if (opened.file == nullptr) {
+    const bool isDamaged = beginning == Beginning::kAudioFile;
+    throw Failure(device->name(),
+                  isDamaged ? "is damaged, or not readable as audio" : "is not readable as audio");
   }
   opened.device = std::move(device);
   return opened;
@@ -110,7 +110,8 @@ std::string FileSource::whatIsMissing() const {
            " samples";
   }
   if (cutShort_) {
-    return "truncated: ends after " + std::to_string(frames_) + " samples, before its own end";
+    return "truncated: ends after " + std::to_string(frames_) +
+           " samples, without the mark of its end";
   }
   const std::int64_t stray = frameBytes_ == 0 ? 0 : device_->position() % frameBytes_;
   if (stray == 0 || unfinished_) return {};
@@ -131,7 +132,7 @@ std::string FileSource::remedy() const {
 }
 
 std::string FileSource::remark() const {
-  if (!unfinished_) return {};
+  if (!unfinished_ || isLive()) return {};
   return "its sizes are 0, as a recorder leaves them that was ended; read to the end";
 }
 

@@ -32,7 +32,7 @@ class FileSource : public Source {
     std::unique_ptr<InputDevice> device;
     SoundFile file;
     SF_INFO info{};
-    bool cutShort = false;  // by its own account
+    bool cutShort = false;
     std::int64_t frameBytes = 0;
     bool unfinished = false;
   };

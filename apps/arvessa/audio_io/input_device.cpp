@@ -7,7 +7,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -182,12 +181,12 @@ void InputDevice::drain() {
 
 SF_VIRTUAL_IO InputDevice::functions() {
   SF_VIRTUAL_IO io{};
-  io.get_filelen = [](void* user) -> sf_count_t { return deviceOf(user).size(); };
+  io.get_filelen = [](void* user) -> sf_count_t { return deviceOf(user).shownSize(); };
   io.seek = [](sf_count_t offset, int whence, void* user) -> sf_count_t {
     InputDevice& device = deviceOf(user);
     const std::int64_t from = whence == SEEK_SET   ? 0
                               : whence == SEEK_CUR ? device.position()
-                                                   : device.size();
+                                                   : device.shownSize();
     if (offset < -from) return -1;
     device.seek(from + offset);
     return device.position();

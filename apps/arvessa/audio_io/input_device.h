@@ -4,6 +4,7 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -28,11 +29,11 @@ class InputDevice {
   // Whether it was opened as something else than a regular file. A stop of the program is then the
   // end of the bytes: what the pipe holds, and what follows in the next quarter of a second.
   bool isLive() const { return live_; }
-  // Whether any position can be read; else only the beginning, until startAt(), and what follows.
-  bool canSeek() const { return regular_; }
 
   // Positions count from where the input was opened or, then, from the one of startAt().
   std::int64_t size() const;
+  // For libsndfile it has this size, even if its bytes end before.
+  void claim(std::int64_t size) { claimed_ = size; }
   std::int64_t position() const { return position_ - begin_; }
   void seek(std::int64_t position) { position_ = begin_ + position; }
   // Waits for exactly the bytes asked for; fewer come at the end or after an error.
@@ -57,6 +58,7 @@ class InputDevice {
   std::size_t readFile(std::span<std::byte> to);
   std::size_t readPipe(std::span<std::byte> to);
   bool isOver();
+  std::int64_t shownSize() const { return std::max(size(), claimed_); }
 
   std::string name_;
   int fd_;
@@ -67,6 +69,7 @@ class InputDevice {
   std::int64_t begin_ = 0;
   std::int64_t end_ = kUnknownSize;
   std::int64_t position_ = 0;
+  std::int64_t claimed_ = 0;
   std::vector<std::byte> buffer_;
   std::int64_t bufferAt_ = 0;
   int error_ = 0;

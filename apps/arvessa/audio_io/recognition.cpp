@@ -16,6 +16,7 @@ struct MpegHeader {
   explicit MpegHeader(const HeaderField& field)
       : word(static_cast<std::uint32_t>(field.number(Order::kBig))) {}
 
+  bool isSync() const { return word >> 21 == 0x7FF; }
   // Bytes to the next frame; 0 if this is no header. ISO/IEC 11172-3 and 13818-3; version 2.5 halves
   // the rates once more. Frames of a free bit rate are not taken.
   int length() const {
@@ -32,8 +33,7 @@ struct MpegHeader {
     const unsigned bitRate = word >> 12 & 15;
     const unsigned rate = word >> 10 & 3;
     const int padding = static_cast<int>(word >> 9 & 1);
-    if (word >> 21 != 0x7FF || version == 1 || layer == 4 || bitRate == 0 || bitRate == 15 ||
-        rate == 3) {
+    if (!isSync() || version == 1 || layer == 4 || bitRate == 0 || bitRate == 15 || rate == 3) {
       return 0;
     }
     const unsigned row = version == 3 ? layer - 1 : layer == 1 ? 3 : 4;
@@ -70,17 +70,17 @@ Beginning recognise(InputDevice& device) {
   for (const std::string_view beginning : kBeginnings) {
     if (beginsWith(device, beginning)) return Beginning::kAudioFile;
   }
-  if (beginsWith(device, "ID3")) return Beginning::kMpeg;
-  return mpegHeaderAt(device, 0).length() > 0 && beginsWithMpegFrames(device) ? Beginning::kMpeg
-                                                                              : Beginning::kUnknown;
+  const bool isMpeg = beginsWith(device, "ID3") || mpegFrames(device) == 2;
+  return isMpeg ? Beginning::kMpeg : Beginning::kUnknown;
 }
 
-bool beginsWithMpegFrames(InputDevice& device) {
+int mpegFrames(InputDevice& device) {
   const std::int64_t at = endOfTags(device);
   const MpegHeader first = mpegHeaderAt(device, at);
-  if (first.length() == 0) return false;
+  if (!first.isSync()) return 0;
   const MpegHeader second = mpegHeaderAt(device, at + first.length());
-  return second.length() > 0 && first.stream() == second.stream();
+  const bool goOn = first.length() > 0 && second.length() > 0 && first.stream() == second.stream();
+  return goOn ? 2 : 1;
 }
 
 }  // namespace arvessa::app

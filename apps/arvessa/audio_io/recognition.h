@@ -15,8 +15,9 @@ enum class Beginning {
 // The position in the input is then unknown.
 Beginning recognise(InputDevice& device);
 
-// Whether two frames of MPEG audio follow one another at the beginning, or behind tags there. One
-// alone is found in every 2000th file of random bytes.
-bool beginsWithMpegFrames(InputDevice& device);
+// How many frames of MPEG audio seem to begin behind the tags at the beginning: 0, 1, or 2, which is
+// as far as this looks. Decoders take the mark of one for enough; so begins every 2000th file of
+// random bytes.
+int mpegFrames(InputDevice& device);
 
 }  // namespace arvessa::app

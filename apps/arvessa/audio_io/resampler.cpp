@@ -22,7 +22,9 @@ bool Resampler::canConvert(int fromRate, int toRate) {
 }
 
 Resampler::Resampler(int channels, int fromRate, int toRate)
-    : channels_(static_cast<std::size_t>(channels)), fromRate_(fromRate), toRate_(toRate),
+    : channels_(static_cast<std::size_t>(channels)),
+      fromRate_(fromRate),
+      toRate_(toRate),
       converted_(kConvertedFrames * channels_) {
   soxr_error_t error = nullptr;
   const soxr_io_spec_t samples = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);

@@ -12,6 +12,7 @@
 #include "audio_io/pending_file.h"
 #include "beams/beam_file.h"
 #include "commands/commands.h"
+#include "commands/jobs.h"
 #include "commands/picture.h"
 #include "commands/text.h"
 
@@ -66,8 +67,9 @@ void writeText(const std::string& text, const std::string& path) {
 std::string summary(const beams::Geometry& geometry, const beams::Weights& weights) {
   constexpr std::array<int, 4> kBinsShown = {7, 15, 31, 55};  // 500 to 3500 Hz
   std::ostringstream out;
-  out << "microphones " << fixed(1000 * beams::distance(geometry), 1)
-      << " mm apart, half a wavelength at " << fixed(beams::sideLobeFrequency(geometry), 0)
+  out << "microphones " << fixed(1000 * beams::distance(geometry.microphones), 1)
+      << " mm apart, half a wavelength at "
+      << fixed(beams::sideLobeFrequency(geometry.microphones), 0)
       << " Hz: above it the beams have side lobes\n"
       << "                     directivity, dB              white noise gain, dB\n"
       << "beam  direction";
@@ -125,8 +127,8 @@ void addBeams(CLI::App& app, Run& run) {
                    "two or three directions to look in, degrees from the x axis")
       ->delimiter(',')
       ->default_str("0,90,180");
-  command->add_option("-o,--output", options->output, "CSV file to write; - is standard output")
-      ->required();
+  addOutputOption(*command, options->output, "CSV file to write; - is standard output");
+  command->get_option("--output")->required();
   command->add_option("--picture", options->picture,
                       "PNG file of the patterns, drawn by Python with Matplotlib");
   command->add_flag("--quiet", options->quiet, "no summary");

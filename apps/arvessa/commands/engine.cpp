@@ -33,8 +33,8 @@ Outcome enhance(const Options& options, const Job& job,
   const int engineRate = engineRateFor(rate);
   source = resampled(std::move(source), engineRate);
   EngineBank bank(options.engine, engineRate, channels);
-  const auto sink = resampled(openSink(job.output, rate, channels), rate, engineRate, channels,
-                              options.keepDelay ? nullptr : source.get());
+  const auto sink = resampled(openSink(job.output, rate, channels, job.format), rate, engineRate,
+                              channels, options.keepDelay ? nullptr : source.get());
   const StreamResult result = runStream(*source, bank, *sink, options.keepDelay, advance);
   sink->finish();
   Outcome outcome = outcomeOf(*source, result, engineRate);
@@ -47,8 +47,7 @@ int runEngine(const Options& options) {
   if (!raw && (options.rawRate || options.rawChannels)) {
     throw UsageError("--rate and --channels are for raw standard input; a file has its own");
   }
-  return runJobs(planJobs(options.batch), options.batch.jobs, options.batch.quiet,
-                 std::bind_front(enhance, std::cref(options)));
+  return runBatch(options.batch, std::bind_front(enhance, std::cref(options)));
 }
 
 }  // namespace
@@ -76,7 +75,7 @@ void addEngine(CLI::App& app, Run& run) {
   command->footer(
       "The engine works at 8, 16, 32 and 48 kHz; other rates are converted to the next higher of\n"
       "these and back. Raw samples (-) are 16-bit little-endian, interleaved. They are answered\n"
-      "frame by frame; at a rate that is converted, some 30 ms later.\n\n"
+      "frame by frame; at a rate that is converted, some 40 to 140 ms later.\n\n"
       "Examples:\n"
       "  arvessa engine call.wav -o quiet.wav --agc-table 2\n"
       "  arvessa engine *.wav --out-dir quiet --no-agc\n"

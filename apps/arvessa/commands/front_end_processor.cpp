@@ -4,8 +4,6 @@
 #include <numeric>
 #include <utility>
 
-#include "commands/text.h"
-
 namespace arvessa::app {
 
 FrontEndProcessor::FrontEndProcessor(const FrontEndSettings& settings,
@@ -27,19 +25,14 @@ void FrontEndProcessor::process(std::span<const Word16> in, std::size_t filled,
   if (listener_) listener_(in, filled, decision);
 }
 
-std::string FrontEndProcessor::beamShares() const {
+std::vector<BeamShare> FrontEndProcessor::beamShares() const {
   const auto total = static_cast<double>(
       std::accumulate(framesOfBeam_.begin(), framesOfBeam_.end(), std::int64_t{0}));
-  std::string angles;
-  std::string shares;
+  std::vector<BeamShare> shares;
   for (std::size_t beam = 0; beam < directions_.size(); ++beam) {
-    const char* const slash = beam == 0 ? "" : "/";
-    angles.append(slash).append(shortest(directions_[beam]));
-    shares.append(slash).append(
-        fixed(100 * static_cast<double>(framesOfBeam_.at(beam)) / total, 0));
+    shares.push_back({directions_[beam], static_cast<double>(framesOfBeam_.at(beam)) / total});
   }
-  std::string text = "beams at ";
-  return text.append(angles).append(" degrees ").append(shares).append(" %");
+  return shares;
 }
 
 }  // namespace arvessa::app

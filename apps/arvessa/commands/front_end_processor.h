@@ -5,10 +5,10 @@
 #include <array>
 #include <cstdint>
 #include <functional>
-#include <string>
 #include <vector>
 
 #include "audio_io/frame_stream.h"
+#include "commands/report.h"
 #include "front_end/front_end.h"
 
 namespace arvessa::app {
@@ -20,12 +20,12 @@ class FrontEndProcessor : public FrameProcessor {
   using Listener =
       std::function<void(std::span<const Word16> in, std::size_t filled, const Decision& decision)>;
 
-  // `directions` of the beams, degrees, are for people.
+  // `directions` of the beams in degrees are for people.
   FrontEndProcessor(const FrontEndSettings& settings, std::vector<double> directions,
                     Listener listener = {});
   void process(std::span<const Word16> in, std::size_t filled, std::span<Word16> out) override;
-  // How often each beam was in use so far, for people.
-  std::string beamShares() const;
+  // How often each beam was in use so far.
+  std::vector<BeamShare> beamShares() const;
 
  private:
   FrontEndProcessor(const FrontEnd& frontEnd, std::vector<double> directions, Listener listener);

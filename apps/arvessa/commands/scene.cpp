@@ -13,6 +13,7 @@
 #include "audio_io/file_format.h"
 #include "audio_io/level.h"
 #include "audio_io/open.h"
+#include "commands/beams_option.h"
 #include "commands/commands.h"
 #include "commands/jobs.h"
 #include "commands/progress.h"
@@ -25,6 +26,7 @@ namespace {
 
 struct Options {
   SceneSettings scene;
+  std::string beams;
   std::string output;
   bool quiet = false;
 };
@@ -71,7 +73,8 @@ std::string summary(const SceneSettings& settings, const Scene& scene) {
 
 int runScene(const Options& options) {
   const Stopwatch stopwatch;
-  const SceneSettings& settings = options.scene;
+  SceneSettings settings = options.scene;
+  settings.microphones = readBeams(options.beams).geometry.microphones;
   checkWritableFormat(options.output);
   if (settings.noise == "none" && settings.noiseFrom) {
     throw UsageError("--noise-from needs a noise; --noise none has none");
@@ -100,8 +103,8 @@ void addScene(CLI::App& app, Run& run) {
   CLI::App* command = app.add_subcommand(
       "scene", "A two-microphone recording of a talker in noise out of a mono one");
   command->add_option("SPEECH", settings.speech, "mono recording of the talker")->required();
-  command->add_option("-o,--output", options->output, "file to write, - for raw standard output")
-      ->required();
+  addOutputOption(*command, options->output, "file to write, - for raw standard output");
+  command->get_option("--output")->required();
   command->add_option("--talker", settings.talker, "direction of the talker, degrees")
       ->check(within(-360, 360))
       ->capture_default_str();
@@ -121,11 +124,13 @@ void addScene(CLI::App& app, Run& run) {
       ->capture_default_str();
   command->add_option("--rate", settings.rate, "rate to write, Hz; by default the speech's")
       ->check(CLI::Range(1000, 192000));
+  addBeamsOption(*command, options->beams);
   command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
   command->footer(
-      "The microphones are " + fixed(1000 * distanceOf(settings.array), 1) +
-      " mm apart: 0 degrees is beyond microphone 2, 90 degrees in front,\n"
-      "180 degrees beyond microphone 1. The noise comes from all around. The signal-to-noise "
+      "The microphones are " + fixed(1000 * beams::distance(settings.microphones), 1) +
+      " mm apart, or as --beams says: 0 degrees is beyond microphone 2,\n"
+      "90 degrees in front, 180 degrees beyond microphone 1. The noise comes from all around. The "
+      "signal-to-noise "
       "ratio\n"
       "is that of the speech without its pauses to all of the noise, at microphone 1. Babble and\n"
       "recorded noise are made of the first " +

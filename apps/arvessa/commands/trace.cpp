@@ -35,8 +35,8 @@ Outcome trace(const Options& options, const Job& job, const std::function<void(d
   table.finish();
   if (file) file->commit();
   Outcome outcome = outcomeOf(*source, result, ARVESSA_SAMPLE_RATE);
-  outcome.details =
-      frontEnd.beamShares() + ", " + std::to_string(table.lines()) + " lines of 10 ms";
+  outcome.beamShares = frontEnd.beamShares();
+  outcome.details = std::to_string(table.lines()) + " lines of 10 ms";
   return outcome;
 }
 
@@ -48,8 +48,8 @@ void addTrace(CLI::App& app, Run& run) {
       "trace", "What the front end decides about a two-microphone recording, as a table");
   command->add_option("IN", options->job.input, "recording to read; - is standard input")
       ->required();
-  command->add_option("-o,--output", options->job.output, "CSV file to write; - is standard output")
-      ->required();
+  addOutputOption(*command, options->job.output, "CSV file to write; - is standard output");
+  command->get_option("--output")->required();
   addTwoMicrophoneOptions(*command, options->microphones);
   command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
   command->footer(
@@ -60,7 +60,7 @@ void addTrace(CLI::App& app, Run& run) {
       "  arvessa trace noisy.wav -o decisions.csv");
   command->callback([options, &run] {
     run = [options] {
-      return runJobs({options->job}, 1, options->quiet,
+      return runJobs({{options->job}}, 1, {options->quiet},
                      std::bind_front(trace, std::cref(*options)));
     };
   });

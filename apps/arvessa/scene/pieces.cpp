@@ -69,7 +69,7 @@ Noise pieces(std::shared_ptr<const Material> material, const PieceSettings& sett
   for (int i = 0; i < settings.pieces; ++i) {
     const double stretch = static_cast<double>(material->size()) / settings.pieces;
     const double place = std::floor((i + settings.part + random.uniform() / 2) * stretch);
-    const double faster = 2 * (i + random.uniform()) / settings.pieces - 1;
+    const double faster = 2 * (i + settings.shift) / settings.pieces - 1;
     playing.push_back({static_cast<std::uint64_t>(place) % material->size() << 32,
                        static_cast<std::uint64_t>((1 + settings.speedSpread * faster) * kOne)});
   }

@@ -32,14 +32,16 @@ class Material {
   std::vector<std::int16_t> samples_;
 };
 
-// How the recording is repeated: `pieces` times at once, from places that are spread over its
-// length, the first of them in the `part` (0 to 1) of the first stretch, at speeds up to
-// `speedSpread` (a fraction) slower or faster. Many on top of each other make babble out of one
-// voice.
+// How the recording is repeated: `pieces` times at once, each from a random place in its own stretch
+// of the recording, in the half that begins at `part` of the stretch. Their speeds lie evenly
+// between `speedSpread` (a fraction) slower and faster, each at `shift` (0 to 1) of its step, so that
+// noises with the same shift have the same spectrum. Many pieces on top of each other make babble
+// out of one voice.
 struct PieceSettings {
   int pieces;
   double part;
   double speedSpread;
+  double shift;
 };
 Noise pieces(std::shared_ptr<const Material> material, const PieceSettings& settings,
              Random random);

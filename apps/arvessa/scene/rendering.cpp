@@ -15,6 +15,7 @@ constexpr std::size_t kBlock = 4096;
 
 constexpr double kBabbleSpeedSpread = 0.15;  // voices from a lower to a higher one
 constexpr int kPiecesOfField = 10;           // in each of its two noises
+constexpr std::uint32_t kPointStream = 2;
 
 std::shared_ptr<const Material> materialOf(const SceneSettings& settings, const Speech& speech) {
   std::unique_ptr<Source> source;
@@ -28,15 +29,16 @@ std::shared_ptr<const Material> materialOf(const SceneSettings& settings, const 
   return material;
 }
 
-// Noise `stream` of the scene: 0 and 1 make the field, 2 is the point source.
+// Noise `stream` of the scene: 0 and 1 make the field.
 Noise noiseOf(const Ingredients& ingredients, std::uint32_t stream) {
   const SceneSettings& settings = ingredients.settings;
-  const Random random(settings.seed, stream);
+  Random random(settings.seed, stream);
   if (settings.noise == "fan") return fanNoise(ingredients.speech.rate(), random);
   if (settings.noise == "white") return whiteNoise(random);
   const double spread = settings.noise == "babble" ? kBabbleSpeedSpread : 0;
-  const PieceSettings ofField = {kPiecesOfField, stream * 0.5, spread};
-  return pieces(ingredients.material, stream < 2 ? ofField : PieceSettings{1, 0, spread}, random);
+  PieceSettings settingsOfPieces = {kPiecesOfField, stream * 0.5, spread, 0.5};
+  if (stream == kPointStream) settingsOfPieces = {1, 0, spread, random.uniform()};
+  return pieces(ingredients.material, settingsOfPieces, random);
 }
 
 }  // namespace
@@ -48,14 +50,15 @@ Ingredients::Ingredients(const SceneSettings& sceneSettings, Speech talkersSpeec
 
 Rendering::Rendering(const Ingredients& ingredients)
     : speech_(ingredients.speech.open()),
-      talker_(ingredients.settings.array, ingredients.settings.talker, speech_->rate),
+      talker_(ingredients.settings.microphones, ingredients.settings.talker, speech_->rate),
       latency_(talker_.latency()) {
   const SceneSettings& settings = ingredients.settings;
   if (settings.noise == "none") return;
-  field_.emplace(settings.array, speech_->rate,
+  field_.emplace(settings.microphones, speech_->rate,
                  std::array{noiseOf(ingredients, 0), noiseOf(ingredients, 1)});
   if (settings.noiseFrom) {
-    point_.emplace(settings.array, *settings.noiseFrom, speech_->rate, noiseOf(ingredients, 2));
+    point_.emplace(settings.microphones, *settings.noiseFrom, speech_->rate,
+                   noiseOf(ingredients, kPointStream));
   }
 }
 
