@@ -253,7 +253,7 @@ def files():
                   "The bin's share in the upper band, Q15.")]
     out["noise_reduction/filterbank_tables.cpp"] = table_file("noise_reduction/tables.h", banks)
 
-    out["noise_reduction/gain_curve_tables.cpp"] = table_file("noise_reduction/tables.h", [array(
+    out["kernels/gain_curve_table.cpp"] = table_file("kernels/gain_curves.h", [array(
         "unsigned short", "WVQE_CONST_TABLE_HYPERGEOM_GAIN",
         [round_half_away(8192 * kummer_squared(i / 2)) for i in range(21)],
         "[Gamma(1.25) M(-0.25; 1; -v)]^2 in Q13 at v = 0, 0.5 .. 10, M Kummer's function.")])

@@ -190,11 +190,15 @@ inline bool hasForwardHeadroom(UsedBits bits) { return bits <= bitsBelow(28); }
 inline UsedBits boundOfSpectrum(UsedBits bits) { return doubled(doubled(bits)); }
 
 // Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in
-// the split step) and the roundings. So a sum of all components below 2^29 never saturates.
-inline bool hasInverseHeadroom(std::span<const Word32> spectrum) {
+// the split step) and the roundings. So a sum of all components below 2^29 never saturates. Nor
+// do components below M: those of the pairs' spectrum are complex values within 2 M, and N of them
+// add up to M times the number of components, which may be 2^30. What is multiplied is half of it.
+inline bool hasInverseHeadroom(const ConstBlock& spectrum) {
+  const std::size_t size = spectrum.words.size();
+  if (spectrum.bits < (std::size_t{1} << 30) / size) return true;
   // In units of 512; each magnitude may be up to one unit short.
-  std::uint32_t sum = static_cast<std::uint32_t>(spectrum.size());
-  for (const Word32 word : spectrum) sum += usedBits(word) >> 9;
+  std::uint32_t sum = static_cast<std::uint32_t>(size);
+  for (const Word32 word : spectrum.words) sum += usedBits(word) >> 9;
   return sum < 1U << 20;
 }
 

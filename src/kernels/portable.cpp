@@ -44,7 +44,7 @@ UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std:
 
 void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                                 std::span<Word32> out) {
-  if (!hasInverseHeadroom(spectrum.words)) return Plain::inverseTransform(spectrum, tables, out);
+  if (!hasInverseHeadroom(spectrum)) return Plain::inverseTransform(spectrum, tables, out);
   inverseRealTransform<Scalar<Unsaturated>>(spectrum.words.data(), out.data(), tables);
 }
 
