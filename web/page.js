@@ -158,8 +158,17 @@ function toggle() {
   if (player.playing) player.pause();
   else player.play();
   element('play').textContent = player.playing ? 'Pause' : 'Play';
-  if (player.playing) requestAnimationFrame(run);
-  else showTime();
+  if (player.playing) {
+    requestAnimationFrame(run);
+    setTimeout(checkSound, 3000);
+  } else {
+    showTime();
+  }
+}
+
+function checkSound() {
+  const silent = player.playing && player.context.state !== 'running';
+  if (silent) showError('Your browser does not start to play: is there a device for it?');
 }
 
 function hear(name) {

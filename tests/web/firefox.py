@@ -70,7 +70,7 @@ class Firefox(WebDriver):
         (profile / "user.js").write_text("".join(
             f"user_pref({json.dumps(k)}, {json.dumps(v)});\n" for k, v in preferences.items()))
         self.process = subprocess.Popen(
-            [program, "--headless", "--marionette", "--no-remote", "--profile", str(profile)],
+            [program, "--headless", "--marionette", "--remote-allow-system-access", "--no-remote", "--profile", str(profile)],
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         super().__init__(command_executor=Marionette(), options=Options(),
                          file_detector=UselessFileDetector())

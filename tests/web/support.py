@@ -52,6 +52,8 @@ class PageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = pathlib.Path(cls.enterClassContext(tempfile.TemporaryDirectory()))
+        cls.downloads = cls.folder / "downloads"
+        cls.downloads.mkdir()
         handler = functools.partial(QuietHandler, directory=PAGE.parent)
         server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
         threading.Thread(target=server.serve_forever, daemon=True).start()
@@ -66,9 +68,9 @@ class PageTest(unittest.TestCase):
     def firefox(cls):
         from firefox import Firefox
         return Firefox(os.environ["ARVESSA_FIREFOX"], cls.folder / "profile", {
-            "browser.download.dir": str(cls.folder), "browser.download.folderList": 2,
+            "browser.download.dir": str(cls.downloads), "browser.download.folderList": 2,
             "media.autoplay.default": 0, "media.navigator.streams.fake": True,
-            "media.cubeb.backend": "null"})
+            "media.autoplay.block-webaudio": False, "media.autoplay.blocking_policy": 0})
 
     @classmethod
     def chromium(cls):
@@ -82,7 +84,7 @@ class PageTest(unittest.TestCase):
         service = webdriver.chrome.service.Service(os.environ["ARVESSA_CHROMEDRIVER"])
         browser = webdriver.Chrome(service=service, options=options)
         browser.execute_cdp_cmd("Browser.setDownloadBehavior",
-                                {"behavior": "allow", "downloadPath": str(cls.folder)})
+                                {"behavior": "allow", "downloadPath": str(cls.downloads)})
         return browser
 
     def cdp(self, command, **arguments):
@@ -141,10 +143,14 @@ class PageTest(unittest.TestCase):
 
     def saved(self, button):
         self.get(button).click()
-        self.wait(lambda: [p for p in self.folder.glob("*-*.*") if p.suffix in (".wav", ".csv")])
-        (path,) = self.folder.glob("*-*.*")
-        content = path.read_bytes()
-        path.unlink()
+        # Browsers write to another name, and may keep the right one free by an empty file.
+        files = []
+        def whole():
+            files[:] = self.downloads.iterdir()
+            return len(files) == 1 and files[0].suffix in (".wav", ".csv") and files[0].stat().st_size
+        self.wait(whole)
+        content = files[0].read_bytes()
+        files[0].unlink()
         return content
 
     def command(self, *arguments):
