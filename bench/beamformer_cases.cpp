@@ -30,7 +30,7 @@ struct Beam {
                 blocks[frame]);
   }
   void run(int frame) {
-    formBeam(blocks[frame], state, out);
+    formBeam(blocks[frame], storedBeams(), state, out);
     ++state.frameCount;
   }
 };

@@ -11,7 +11,8 @@
 #include <system_error>
 
 #include "audio_io/errors.h"
-#include "audio_io/pending_file.h"
+#include "audio_io/messages.h"
+#include "audio_io/stop.h"
 #include "commands/command_line.h"
 
 namespace {
@@ -30,7 +31,7 @@ void occupyStandardStreams() {
 }
 
 int complain(const std::string& text, int code) {
-  std::cerr << "arvessa: " << text << '\n';
+  std::cerr << "arvessa: " + arvessa::app::printable(text) + '\n';
   return code;
 }
 
@@ -38,9 +39,10 @@ int complain(const std::string& text, int code) {
 
 int main(int argc, char** argv) {
   occupyStandardStreams();
+  arvessa::app::keepMessagesApart();
   int code = kFailed;
   try {
-    arvessa::app::endCleanlyOnSignals();
+    arvessa::app::takeOverSignals();
     code = arvessa::app::readCommandLine(argc, argv)();
   } catch (const arvessa::app::UsageError& error) {
     code = complain(error.what(), kWrongUsage);

@@ -5,7 +5,7 @@
     make_tables.py SRC      write the table files below the folder SRC
     make_tables.py --check SRC   exit 1 if a file there differs from what would be written
 
-The beamformer's weights have a program of their own, beam_design.
+The beamformer's weights come from `arvessa beams`.
 """
 
 import math

@@ -41,7 +41,7 @@ intptr_t Arvessa_Init(ArvessaConfig* cfg) {
 
 intptr_t Arvessa(const Word16* in, Word16* out, ArvessaConfig* cfg) {
   arvessa::NoObserver nobody;
-  return arvessa::frontEndFrame(in, out, cfg, nobody);
+  return arvessa::frontEndFrame(in, out, cfg, arvessa::storedBeams(), nobody);
 }
 
 intptr_t Arvessa_GetVer(void) {

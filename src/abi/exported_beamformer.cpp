@@ -33,7 +33,7 @@ void MVDR_IFFT(const float* spectrum, int n, int half, int stages, const float* 
 void MVDR_BeamForming(const Word16* frame, Word16* out, ArvessaState* work) {
   using namespace arvessa;
   constexpr std::size_t kBlocks = kMicrophones * kBeamBlock;
-  formBeam(std::span<const Word16, kBlocks>(frame, kBlocks), work->beamformer,
+  formBeam(std::span<const Word16, kBlocks>(frame, kBlocks), storedBeams(), work->beamformer,
            std::span<Word16, kBeamFrame>(out, kBeamFrame));
 }
 

@@ -13,9 +13,10 @@ namespace arvessa {
 
 inline constexpr std::uint8_t kFrontEndGainTable = 4;  // up to 18.4 dB
 
-// As Arvessa; an observer sees the stages of the engine's noise reduction.
+// As Arvessa, with beams of one's own; an observer sees the stages of the engine's noise reduction.
 template <class Observer>
-intptr_t frontEndFrame(const Word16* in, Word16* out, const ArvessaConfig* cfg, Observer& observe) {
+intptr_t frontEndFrame(const Word16* in, Word16* out, const ArvessaConfig* cfg, BeamWeights beams,
+                       Observer& observe) {
   if (in == nullptr || out == nullptr || cfg == nullptr || cfg->pWork == nullptr ||
       !isAligned(cfg->pWork) || !isAligned(in) || !isAligned(out)) {
     return -1;
@@ -24,7 +25,7 @@ intptr_t frontEndFrame(const Word16* in, Word16* out, const ArvessaConfig* cfg, 
   constexpr std::size_t kSamples = kMicrophones * kBeamFrame;
   Word16 blocks[kMicrophones * kBeamBlock];
   buildBlocks(std::span<const Word16, kSamples>(in, kSamples), state.beamformer, blocks);
-  formBeam(blocks, state.beamformer, std::span<Word16, kBeamFrame>(out, kBeamFrame));
+  formBeam(blocks, beams, state.beamformer, std::span<Word16, kBeamFrame>(out, kBeamFrame));
   if (cfg->engineEnable == 1) {
     alignas(ARVESSA_WORK_ALIGNMENT) Word16 result[kBeamFrame];
     Word16 length = kBeamFrame;

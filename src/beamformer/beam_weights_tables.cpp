@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// Weights of the three stored beams. Written by generators/beams, which holds the design;
-// change it there.
+// Weights of the three stored beams. Written by cmake/beam_table.cmake from a file of `arvessa
+// beams`; docs/beam_design.md has the design.
 //
 // Format: float, each value a decimal of five significant digits. W[s][k][m] is at s * 128 + 2k + m
 // for beam s = 0..2, bin k = 0..63 of the packed half spectrum and microphone m = 0..1.
-// Range: -1.5 < value < 1.5.
 // Formula (superdirective MVDR, Capon 1969; Bitzer and Simmer 2001), with f = 62.5 (k + 1) Hz and
 // c = 340 m/s:
 //   W = (1 + (k + 1)/32) conj(h),  h = R^-1 d / (d^H R^-1 d)
 //   d[m] = exp(j 2 pi f p[m].u / c), u the unit vector towards the source
 //   R = [[1.1, g], [g, 1.1]],  g = sin(x)/x,  x = 2 pi f |p[1] - p[0]| / c
-// Microphones: p[0] = (-69.7, -2.4) mm, p[1] = (68.8, -2.5) mm. Beams 0, 1, 2 look towards 0, 90
-// and 180 degrees from the x axis; beam 2 is the conjugate of beam 0.
+// Microphones: p[0], p[1] = (-69.7,-2.4), (68.8,-2.5) mm.
+// Directions: 0, 90, 180 degrees from the x axis.
 #include "beamformer/beam_weights_tables.h"
 
 extern "C" {

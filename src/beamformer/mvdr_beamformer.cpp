@@ -3,7 +3,6 @@
 
 #include <cstring>
 
-#include "beamformer/beam_weights_tables.h"
 #include "beamformer/window_table.h"
 #include "kernels/float_kernels.h"
 
@@ -30,12 +29,16 @@ void analyse(const Word16* samples, Spectrum& spectrum) {
   FloatKernels::forwardTransform(block, spectrum);
 }
 
+BeamWeights beamOf(BeamWeights weights, int beam) {
+  return {weights.re + beam * kBeamBlock, weights.im + beam * kBeamBlock};
+}
+
 // The output of one beam in some bins. Bin 0, the DC and the Nyquist value, is weighted as if it
 // were one complex value.
-void applyBeam(int beam, int firstBin, int endBin, const Spectrum& x1, const Spectrum& x2,
+void applyBeam(BeamWeights beam, int firstBin, int endBin, const Spectrum& x1, const Spectrum& x2,
                Spectrum& y) {
-  const float* wRe = MVDR_CONST_W_UP_OPT_REAL_TABLE + beam * kBeamBlock;
-  const float* wIm = MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE + beam * kBeamBlock;
+  const float* wRe = beam.re;
+  const float* wIm = beam.im;
   for (int k = firstBin; k < endBin; ++k) {
     const float w1Re = wRe[2 * k];
     const float w1Im = wIm[2 * k];
@@ -115,8 +118,8 @@ void buildBlocks(std::span<const Word16, kMicrophones * kBeamFrame> samples, Bea
   buildBlock(samples.data() + kBeamFrame, state.mic2History, blocks.data() + kBeamBlock);
 }
 
-void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamformerState& state,
-              std::span<Word16, kBeamFrame> out) {
+void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamWeights weights,
+              BeamformerState& state, std::span<Word16, kBeamFrame> out) {
   Spectrum x1;
   Spectrum x2;
   analyse(blocks.data(), x1);
@@ -127,13 +130,13 @@ void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, Beamfor
   const Word16 selectedBefore = state.beamSelected;
   for (int beam = 0; beam < kBeams; ++beam) {
     Spectrum& output = beam == selectedBefore ? y : other;
-    applyBeam(beam, kFirstEnergyBin, kFloatBins, x1, x2, output);
+    applyBeam(beamOf(weights, beam), kFirstEnergyBin, kFloatBins, x1, x2, output);
     state.beamEnergy[beam] += energy(output);
   }
   if (state.frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(state);
 
   const int missing = state.beamSelected == selectedBefore ? kFirstEnergyBin : kFloatBins;
-  applyBeam(state.beamSelected, 0, missing, x1, x2, y);
+  applyBeam(beamOf(weights, state.beamSelected), 0, missing, x1, x2, y);
   float block[kBeamBlock];
   FloatKernels::inverseTransform(y, block);
 

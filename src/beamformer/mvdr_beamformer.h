@@ -6,6 +6,7 @@
 #include <span>
 
 #include "ArvessaTypes.h"
+#include "beamformer/beam_weights_tables.h"
 
 namespace arvessa {
 
@@ -26,6 +27,15 @@ struct BeamformerState {
   Word16 beamConfirm;               // its wins in a row; back to 1 once it is selected
 };
 
+// Of three beams, in the order of the stored ones (beam_weights_tables.h).
+struct BeamWeights {
+  const float* re;
+  const float* im;
+};
+inline BeamWeights storedBeams() {
+  return {MVDR_CONST_W_UP_OPT_REAL_TABLE, MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE};
+}
+
 void initialise(BeamformerState& state);
 
 // The blocks of both microphones, one after the other, from 80 new samples of each; the histories
@@ -39,7 +49,7 @@ void buildBlocks(std::span<const Word16, kMicrophones * kBeamFrame> samples, Bea
 // Every 16th frame the beam with the largest output energy between 1000 Hz and 3937.5 Hz is chosen,
 // at once in the first 64 frames, then only when it wins twice in a row; beam 0 counts as the
 // winner before the fifth decision, and may follow it at once.
-void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamformerState& state,
-              std::span<Word16, kBeamFrame> out);
+void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamWeights weights,
+              BeamformerState& state, std::span<Word16, kBeamFrame> out);
 
 }  // namespace arvessa

@@ -8,21 +8,16 @@
 #include <array>
 #include <cmath>
 #include <complex>
-#include <fstream>
-#include <iterator>
 #include <numbers>
+#include <stdexcept>
 #include <string>
 
 #include "beamformer/beam_weights_tables.h"
-#include "beams/table_source.h"
+#include "beams/beam_file.h"
 
 namespace {
 
-using arvessa::design::MicrophoneVector;
-using Complex = std::complex<double>;
-
-constexpr int kBeams = 3;
-constexpr int kBins = 64;
+using namespace arvessa::beams;
 
 // The weight as the library has it.
 Complex stored(int s, int k, int m) {
@@ -53,13 +48,57 @@ double noisePower(const MicrophoneVector& w, int k) {
   return power;
 }
 
-TEST(BeamDesign, CommittedSourceIsWhatTheProgramWrites) {
-  std::ifstream file(ARVESSA_SOURCE_DIR "/src/beamformer/beam_weights_tables.cpp",
-                     std::ios::binary);
-  ASSERT_TRUE(file.is_open());
-  const std::string committed{std::istreambuf_iterator<char>(file), {}};
-  EXPECT_TRUE(committed == arvessa::design::tableSource())
-      << "run: beam_design source src/beamformer/beam_weights_tables.cpp";
+std::string storedBeamsText() {
+  return beamFileText(storedGeometry(), designBeams(storedGeometry()));
+}
+
+TEST(BeamDesign, StoredTableIsWhatTheFileOfTheDesignHolds) {
+  const BeamFile file = parseBeamFile(storedBeamsText());
+  for (std::size_t i = 0; i < BeamTable::kValues; ++i) {
+    EXPECT_EQ(file.table.re[i], MVDR_CONST_W_UP_OPT_REAL_TABLE[i]) << i;
+    EXPECT_EQ(file.table.im[i], MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[i]) << i;
+  }
+  EXPECT_EQ(file.geometry.directions, storedGeometry().directions);
+  EXPECT_NEAR(distance(file.geometry.microphones), distance(storedGeometry().microphones), 1e-12);
+}
+
+TEST(BeamDesign, DamagedFilesAreRefusedWithTheLine) {
+  const std::string good = storedBeamsText();
+  const auto refusal = [](const std::string& text) -> std::string {
+    try {
+      parseBeamFile(text);
+    } catch (const std::invalid_argument& error) {
+      return error.what();
+    }
+    return "none";
+  };
+  const auto with = [&](const std::string& from, const std::string& to) {
+    std::string text = good;
+    return refusal(text.replace(text.find(from), from.size(), to));
+  };
+  EXPECT_EQ(refusal(good), "none");
+  EXPECT_EQ(refusal("RIFF"), "line 1 is not a list of numbers");
+  EXPECT_EQ(refusal(""), "holds no weights of beams");
+  EXPECT_EQ(with("0,0,0,", "0,1,0,"), "line 7 has a weight that was there before");
+  EXPECT_NE(with("0,0,0,", "3,0,0,").find("line 5 is not beam"), std::string::npos);
+  EXPECT_NE(with("0,0,0,0.45773", "0,0,0,nan").find("line 5"), std::string::npos);
+  EXPECT_EQ(refusal(good.substr(0, good.size() / 2)).rfind("lacks ", 0), 0U);
+  EXPECT_EQ(with("-69.7,-2.4", "68.8,-2.5"), "cannot be: the microphones are at the same place");
+  EXPECT_NE(with("0,90,180", "90,270").find("cannot tell 90 and 270"), std::string::npos);
+  EXPECT_NE(with("0,90,180", "90").find("at least two directions"), std::string::npos);
+  EXPECT_NE(with("-69.7,-2.4", "-1000,0").find("farther apart than 1 m"), std::string::npos);
+}
+
+TEST(BeamDesign, TwoDirectionsAndAnotherPlaceOfTheArray) {
+  // Turned by 90 degrees and moved, an array hears from 90 degrees what it heard from 0.
+  const Geometry turned = {{{{0.2025, -0.0697}, {0.2024, 0.0688}}}, {90, 180}};
+  const Weights weights = designBeams(turned);
+  const Weights stored = designBeams(storedGeometry());
+  for (std::size_t k = 0; k < kBins; ++k) {
+    EXPECT_NEAR(std::abs(weights[0][k][0]), std::abs(stored[0][k][0]), 1e-9);
+    EXPECT_EQ(weights[2][k], weights[1][k]);
+  }
+  EXPECT_NEAR(sideLobeFrequency(turned.microphones), 1227.4, 0.1);
 }
 
 TEST(BeamDesign, ValuesThatEveryConstantMoves) {

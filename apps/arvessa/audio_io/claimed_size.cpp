@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// libsndfile goes by the size of the file where the header claims more, and has no function that
-// tells the claim for all of these formats, or where in the file the samples begin.
+// libsndfile goes by the size of the file where the header claims more, if it takes such a file at
+// all, and has no function that tells the claim.
 #include "audio_io/claimed_size.h"
 
-#include <unistd.h>
-
-#include <array>
-#include <cstddef>
+#include <algorithm>
+#include <cstdint>
 #include <string_view>
+
+#include "audio_io/header_field.h"
 
 namespace arvessa::app {
 namespace {
-
-enum class Order { kLittle, kBig };
 
 // A file of chunks, each of which begins with its name and its size. The first four letters of a
 // name tell enough.
@@ -35,66 +33,58 @@ constexpr ChunkFormat kChunkFormats[] = {
     {"caff", "data", 8, 1, 4, 8, Order::kBig, false},
 };
 
-// A few bytes of a file; zeros beyond its end.
-struct Field {
-  Field(int fd, std::int64_t at, int size) : length(static_cast<std::size_t>(size)) {
-    if (pread(fd, bytes.data(), length, at) < 0) bytes.fill(0);
-  }
-  std::string_view text() const { return {reinterpret_cast<const char*>(bytes.data()), length}; }
-  std::int64_t number(Order order) const {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < length; ++i) {
-      value = value << 8 | bytes.at(order == Order::kBig ? i : length - 1 - i);
-    }
-    return static_cast<std::int64_t>(value);
-  }
+// Where samples end that begin at `at`; 0 if nothing tells.
+std::int64_t endOf(std::int64_t at, std::int64_t size) { return saysNothing(size) ? 0 : at + size; }
 
-  std::array<unsigned char, 8> bytes{};
-  std::size_t length;
-};
-
-// A writer to a pipe cannot know the size: it puts the largest one there, or one a header below it.
-bool saysNothing(std::int64_t size) {
-  constexpr std::int64_t kMargin = 0x10000;
-  const auto isJustBelow = [size](std::int64_t limit) {
-    return size <= limit && size >= limit - kMargin;
-  };
-  return size < 0 || size >= std::int64_t{1} << 60 || isJustBelow(std::int64_t{1} << 31) ||
-         isJustBelow(std::int64_t{1} << 32);
-}
-
-bool endsBefore(std::int64_t fileSize, std::int64_t samplesAt, std::int64_t samplesSize) {
-  return !saysNothing(samplesSize) && samplesSize > fileSize - samplesAt;
-}
-
-bool isCut(int fd, std::int64_t fileSize, const ChunkFormat& format) {
+std::int64_t endOfSamples(InputDevice& file, const ChunkFormat& format) {
   constexpr int kMostChunks = 1000;
   const std::int64_t header = format.nameBytes + format.sizeBytes;
   std::int64_t at = format.firstChunk;
-  for (int chunk = 0; chunk < kMostChunks && at + header <= fileSize; ++chunk) {
-    const Field name(fd, at, 4);
-    const std::int64_t told =
-        Field(fd, at + format.nameBytes, format.sizeBytes).number(format.order);
+  for (int chunk = 0; chunk < kMostChunks && at + header <= file.size(); ++chunk) {
+    const HeaderField name(file, at, 4);
+    const HeaderField field(file, at + format.nameBytes,
+                            static_cast<std::size_t>(format.sizeBytes));
+    const std::int64_t told = field.number(format.order);
     const std::int64_t size = format.sizeHasHeader ? told - header : told;
-    if (name.text() == format.samples) return endsBefore(fileSize, at + header, size);
-    if (size < 0 || size > fileSize) return false;
+    if (name.text() == format.samples) return endOf(at + header, size);
+    if (size < 0 || size > file.size()) return 0;
     const std::int64_t end = at + header + size;
     at = (end + format.alignment - 1) / format.alignment * format.alignment;
   }
-  return false;
+  return 0;
+}
+
+std::int64_t endOfSamples(InputDevice& file) {
+  for (const ChunkFormat& format : kChunkFormats) {
+    if (beginsWith(file, format.beginning)) return endOfSamples(file, format);
+  }
+  // AU: where the samples begin, and their size; "dns." is the same in the other order.
+  if (!beginsWith(file, ".snd") && !beginsWith(file, "dns.")) return 0;
+  const Order order = beginsWith(file, ".snd") ? Order::kBig : Order::kLittle;
+  return endOf(HeaderField(file, 4, 4).number(order), HeaderField(file, 8, 4).number(order));
 }
 
 }  // namespace
 
-bool endsBeforeItsSamples(int fd, std::int64_t size) {
-  const Field beginning(fd, 0, 4);
-  for (const ChunkFormat& format : kChunkFormats) {
-    if (beginning.text() == format.beginning) return isCut(fd, size, format);
+std::int64_t claimedSize(InputDevice& file) { return std::max(file.size(), endOfSamples(file)); }
+
+// Ogg is a row of pages, each with the lengths of its segments; the last one has a flag.
+bool isCutOgg(InputDevice& file) {
+  constexpr std::int64_t kHeader = 27;
+  constexpr unsigned kEndOfStream = 4;
+  bool ended = true;
+  std::int64_t at = 0;
+  while (HeaderField(file, at, 4).text() == "OggS") {
+    ended = (HeaderField(file, at + 5, 1).bytes[0] & kEndOfStream) != 0;
+    const int segments = HeaderField(file, at + 26, 1).bytes[0];
+    std::int64_t end = at + kHeader + segments;
+    for (int i = 0; i < segments; ++i) {
+      end += HeaderField(file, at + kHeader + i, 1).bytes[0];
+    }
+    if (end > file.size()) return true;
+    at = end;
   }
-  // AU: where the samples begin, and their size; "dns." is the same in the other order.
-  if (beginning.text() != ".snd" && beginning.text() != "dns.") return false;
-  const Order order = beginning.text() == ".snd" ? Order::kBig : Order::kLittle;
-  return endsBefore(size, Field(fd, 4, 4).number(order), Field(fd, 8, 4).number(order));
+  return !ended;
 }
 
 }  // namespace arvessa::app

@@ -20,21 +20,6 @@ bool mayGoOn(int fd, short event) {
 
 }  // namespace
 
-Transfer readAll(int fd, std::span<std::byte> to) {
-  Transfer done;
-  while (done.bytes < to.size()) {
-    const ssize_t got = ::read(fd, to.data() + done.bytes, to.size() - done.bytes);
-    if (got == 0) break;
-    if (got > 0) {
-      done.bytes += static_cast<std::size_t>(got);
-    } else if (!mayGoOn(fd, POLLIN)) {
-      done.error = errno;
-      break;
-    }
-  }
-  return done;
-}
-
 Transfer writeAll(int fd, std::span<const std::byte> from) {
   Transfer done;
   while (done.bytes < from.size()) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// Whole reads and writes on a file descriptor: interrupted ones go on, and ones that would block
-// wait.
+// Whole writes to a file descriptor: interrupted ones go on, and ones that would block wait.
 
 #include <cstddef>
 #include <span>
@@ -10,10 +9,9 @@ namespace arvessa::app {
 
 struct Transfer {
   std::size_t bytes = 0;  // done
-  int error = 0;          // why not all: an errno value, or 0 at the end of the input
+  int error = 0;          // why not all: an errno value, or 0
 };
 
-Transfer readAll(int fd, std::span<std::byte> to);
 Transfer writeAll(int fd, std::span<const std::byte> from);
 
 }  // namespace arvessa::app

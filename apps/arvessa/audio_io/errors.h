@@ -4,11 +4,16 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace arvessa::app {
 
+// `text` with everything escaped that moves the cursor or does worse to a terminal: control
+// characters and what is no UTF-8.
+std::string printable(std::string_view text);
+
 // A file's name as people read it, also where it is empty.
-inline std::string shownName(const std::string& name) { return name.empty() ? "\"\"" : name; }
+std::string shownName(const std::string& name);
 
 // What went wrong with a named file or stream, ready to be shown. Ends the work on that input.
 class Failure : public std::runtime_error {

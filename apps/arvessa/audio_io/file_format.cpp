@@ -39,10 +39,19 @@ bool hasShortSizes(int format) {
   return type == SF_FORMAT_WAV || type == SF_FORMAT_AIFF || type == SF_FORMAT_AU;
 }
 
-void checkWritableFormat(const std::string& path) {
-  if (path == "-" || formatOf(path) != 0) return;
-  throw UsageError(path + ": no 16-bit audio format has the extension \"" + extensionOf(path) +
-                   "\"; use .wav, .flac, .aiff, .au, .caf or .w64");
+bool canBePiped(int format) {
+  const int type = format & SF_FORMAT_TYPEMASK;
+  return type == SF_FORMAT_WAV || type == SF_FORMAT_FLAC;
+}
+
+void checkWritableFormat(const std::string& path, int format) {
+  if (path == "-") {
+    if (format == 0 || canBePiped(format)) return;
+    throw UsageError("standard output can be raw samples, WAV or FLAC; other formats need a file");
+  }
+  if (format != 0 || formatOf(path) != 0) return;
+  throw UsageError(shownName(path) + ": no 16-bit audio format has the extension \"" +
+                   printable(extensionOf(path)) + "\"; use .wav, .flac, .aiff, .au, .caf or .w64");
 }
 
 }  // namespace arvessa::app

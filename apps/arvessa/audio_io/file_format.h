@@ -12,7 +12,11 @@ int formatOf(const std::string& path);
 // Whether the format counts its bytes in 32 bits.
 bool hasShortSizes(int format);
 
-// Throws a UsageError unless `path` is "-" or has an extension of a format.
-void checkWritableFormat(const std::string& path);
+// Whether files of this format can be written to a pipe, without going back.
+bool canBePiped(int format);
+
+// Throws a UsageError unless `path` has the extension of a format, or `format` is given; if `path`
+// is "-", unless `format` is 0 or can be written to a pipe.
+void checkWritableFormat(const std::string& path, int format = 0);
 
 }  // namespace arvessa::app

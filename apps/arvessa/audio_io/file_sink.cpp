@@ -4,11 +4,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <system_error>
 
 #include "audio_io/descriptor.h"
 #include "audio_io/errors.h"
 #include "audio_io/file_format.h"
+#include "audio_io/pipe_sink.h"
+#include "audio_io/stop.h"
 
 namespace arvessa::app {
 namespace {
@@ -20,30 +24,53 @@ constexpr std::size_t kBlockSamples = 8192;
 SF_VIRTUAL_IO FileSink::deviceFunctions() {
   SF_VIRTUAL_IO io{};
   io.get_filelen = [](void* user) -> sf_count_t {
+    const auto* device = static_cast<Device*>(user);
     struct stat status {};
-    return fstat(static_cast<Device*>(user)->fd, &status) == 0 ? status.st_size : -1;
+    if (device->isPipe) return device->length;
+    return fstat(device->fd, &status) == 0 ? status.st_size : -1;
   };
   io.seek = [](sf_count_t offset, int whence, void* user) -> sf_count_t {
-    return lseek(static_cast<Device*>(user)->fd, offset, whence);
+    auto* device = static_cast<Device*>(user);
+    if (!device->isPipe) return lseek(device->fd, offset, whence);
+    if (whence == SEEK_CUR) offset += device->position;
+    if (whence == SEEK_END) offset += device->length;
+    return device->position = offset;
   };
   io.tell = [](void* user) -> sf_count_t {
-    return lseek(static_cast<Device*>(user)->fd, 0, SEEK_CUR);
+    const auto* device = static_cast<Device*>(user);
+    return device->isPipe ? device->position : lseek(device->fd, 0, SEEK_CUR);
   };
   io.read = [](void* to, sf_count_t count, void* user) -> sf_count_t {
-    return ::read(static_cast<Device*>(user)->fd, to, static_cast<std::size_t>(count));
+    const auto* device = static_cast<Device*>(user);
+    return device->isPipe ? 0 : ::read(device->fd, to, static_cast<std::size_t>(count));
   };
   io.write = [](const void* from, sf_count_t count, void* user) -> sf_count_t {
-    auto* device = static_cast<Device*>(user);
-    const Transfer done = writeAll(
-        device->fd, {static_cast<const std::byte*>(from), static_cast<std::size_t>(count)});
-    if (device->error == 0) device->error = done.error;
-    return static_cast<sf_count_t>(done.bytes);
+    return writeTo(*static_cast<Device*>(user),
+                   {static_cast<const std::byte*>(from), static_cast<std::size_t>(count)});
   };
   return io;
 }
 
-FileSink::FileSink(const std::string& path, int rate, int channels)
-    : pending_(path), format_(formatOf(path)), channels_(channels), device_{pending_.fd(), 0} {
+sf_count_t FileSink::writeTo(Device& device, std::span<const std::byte> bytes) {
+  const bool over = device.isPipe && device.position < device.length;
+  const Transfer done = over ? Transfer{bytes.size(), 0} : writeAll(device.fd, bytes);
+  if (device.error == 0) device.error = done.error;
+  const auto count = static_cast<sf_count_t>(done.bytes);
+  device.position += count;
+  device.length = std::max(device.length, device.position);
+  return count;
+}
+
+FileSink::FileSink(const std::string& path, int rate, int channels, int format)
+    : name_(path == "-" ? "standard output" : path),
+      format_(format),
+      channels_(channels),
+      device_{STDOUT_FILENO, path == "-"} {
+  if (path == "-") {
+    checkIsNoTerminal();
+  } else {
+    device_.fd = pending_.emplace(path).fd();
+  }
   SF_INFO info{};
   info.samplerate = rate;
   info.channels = channels;
@@ -52,7 +79,7 @@ FileSink::FileSink(const std::string& path, int rate, int channels)
   const std::lock_guard lock(openingSoundFile());
   file_.reset(sf_open_virtual(&io, SFM_WRITE, &info, &device_));
   checkWritten();
-  if (file_ == nullptr) throw Failure(path, "cannot be written: " + lastErrorOf(nullptr));
+  if (file_ == nullptr) throw Failure(name_, "cannot be written: " + lastErrorOf(nullptr));
 }
 
 void FileSink::write(std::span<const Word16> interleaved) {
@@ -64,21 +91,21 @@ void FileSink::drain() {
   constexpr std::int64_t kMostSamples = 0x7FFF0000;  // 4 GiB less some header
   samples_ += static_cast<std::int64_t>(collected_.size());
   if (hasShortSizes(format_) && samples_ > kMostSamples) {
-    throw Failure(pending_.path(), "would be larger than 4 GiB; use .w64, .caf or .flac");
+    throw Failure(name_, "would be larger than 4 GiB; use .w64, .caf or .flac");
   }
   const auto frames = static_cast<sf_count_t>(collected_.size()) / channels_;
   const sf_count_t written = sf_writef_short(file_.get(), collected_.data(), frames);
   checkWritten();
   if (written != frames) {
-    throw Failure(pending_.path(), "cannot be written: " + lastErrorOf(file_.get()));
+    throw Failure(name_, "cannot be written: " + lastErrorOf(file_.get()));
   }
   collected_.clear();
 }
 
 void FileSink::checkWritten() const {
   if (device_.error == 0) return;
-  throw Failure(pending_.path(),
-                "cannot be written: " + std::generic_category().message(device_.error));
+  if (device_.isPipe && device_.error == EPIPE && stopRequested()) throw Stopped();
+  throw Failure(name_, "cannot be written: " + std::generic_category().message(device_.error));
 }
 
 void FileSink::finish() {
@@ -86,9 +113,9 @@ void FileSink::finish() {
   const int error = sf_close(file_.release());
   checkWritten();
   if (error != 0) {
-    throw Failure(pending_.path(), std::string("cannot be written: ") + sf_error_number(error));
+    throw Failure(name_, std::string("cannot be written: ") + sf_error_number(error));
   }
-  pending_.commit();
+  if (pending_) pending_->commit();
 }
 
 }  // namespace arvessa::app

@@ -3,6 +3,8 @@
 // 16-bit audio files in every format that libsndfile writes.
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "audio_io/pending_file.h"
@@ -11,10 +13,11 @@
 
 namespace arvessa::app {
 
-// A 16-bit file of the format that the extension of its name stands for; it appears in finish().
+// A file of libsndfile's `format`, which appears in finish(). "-" is standard output, if the format
+// can be piped.
 class FileSink : public Sink {
  public:
-  FileSink(const std::string& path, int rate, int channels);
+  FileSink(const std::string& path, int rate, int channels, int format);
   void write(std::span<const Word16> interleaved) override;
   void finish() override;
 
@@ -23,14 +26,20 @@ class FileSink : public Sink {
   void drain();
   void checkWritten() const;
 
-  // The file as libsndfile's virtual I/O sees it; keeps the first error, which libsndfile loses.
+  // What libsndfile's virtual I/O writes to; keeps the first error, which libsndfile loses. A header
+  // that has gone into a pipe stays as it is: what is written over it is dropped.
   struct Device {
     int fd;
-    int error;
+    bool isPipe;
+    int error = 0;
+    std::int64_t position = 0;  // in a pipe
+    std::int64_t length = 0;
   };
   static SF_VIRTUAL_IO deviceFunctions();
+  static sf_count_t writeTo(Device& device, std::span<const std::byte> bytes);
 
-  PendingFile pending_;
+  std::string name_;
+  std::optional<PendingFile> pending_;
   int format_;
   int channels_;
   Device device_;

@@ -6,6 +6,7 @@
 
 #include "audio_io/errors.h"
 #include "audio_io/pcm.h"
+#include "audio_io/stop.h"
 
 namespace arvessa::app {
 namespace {
@@ -43,6 +44,7 @@ StreamResult runStream(Source& source, FrameProcessor& processor, Sink& sink, bo
   bool ended = false;
   const std::int64_t begin = keepDelay ? 0 : processor.latency;  // first output sample to keep
   for (std::int64_t position = 0;; position += processor.frame) {
+    if (stopRequested() && !source.isLive()) throw Stopped();
     std::size_t got = 0;
     if (!ended) {
       got = source.read(block);

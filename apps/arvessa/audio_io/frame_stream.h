@@ -39,7 +39,8 @@ struct StreamResult {
 // last one is padded with zeros. Without `keepDelay` the first `latency` samples of the output are
 // left out and the output is as long as the input, each sample at the place of the one that it came
 // from. With it, the output begins with the delay and is longer by it. `sink` is not finished.
-// `advance` is told of every step, as a share of the whole, if the length of `source` is known.
+// When the program is asked to stop, a live source ends; work on any other is given up: Stopped is
+// thrown. `advance` is told of every step, as a share of the whole, if the length of `source` is known.
 StreamResult runStream(Source& source, FrameProcessor& processor, Sink& sink, bool keepDelay,
                        const std::function<void(double)>& advance);
 

@@ -24,10 +24,4 @@ class LevelMeter {
   std::int64_t count_ = 0;
 };
 
-double meanPower(std::span<const float> samples);
-
-// Mean power of the passages that carry speech: of the 20 ms blocks that lie within 30 dB of the
-// strongest one. After the idea of ITU-T P.56, which measures speech without its pauses.
-double activePower(std::span<const float> samples, int rate);
-
 }  // namespace arvessa::app

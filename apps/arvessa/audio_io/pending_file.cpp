@@ -5,15 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <mutex>
 #include <set>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "audio_io/errors.h"
@@ -51,20 +48,6 @@ std::filesystem::path resolve(std::filesystem::path path, std::error_code& error
   return path;
 }
 
-[[noreturn]] void waitForSignal(sigset_t signals) {
-  int signal = 0;
-  while (sigwait(&signals, &signal) != 0) {
-  }
-  registry().mutex.lock();
-  for (const std::string& temporary : registry().temporaries) unlink(temporary.c_str());
-  struct sigaction byDefault {};
-  byDefault.sa_handler = SIG_DFL;
-  sigaction(signal, &byDefault, nullptr);
-  pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-  kill(getpid(), signal);
-  _exit(1);
-}
-
 }  // namespace
 
 PendingFile::PendingFile(const std::string& path) : path_(path) {
@@ -79,7 +62,7 @@ PendingFile::PendingFile(const std::string& path) : path_(path) {
   if (exists) {
     if (S_ISDIR(status.st_mode)) fail(path, EISDIR);
     if (!S_ISREG(status.st_mode)) {
-      throw Failure(path, "is not a regular file; \"-\" writes raw samples to standard output");
+      throw Failure(path, "is not a regular file; \"-\" writes to standard output");
     }
     if (access(target_.c_str(), W_OK) != 0) fail(path, errno);
     mode = status.st_mode & 0777;
@@ -124,21 +107,9 @@ std::string targetOf(const std::string& path) {
   return error ? std::string() : resolved.string();
 }
 
-void endCleanlyOnSignals() {
-  struct sigaction ignored {};
-  ignored.sa_handler = SIG_IGN;
-  sigaction(SIGPIPE, &ignored, nullptr);
-  sigaction(SIGXFSZ, &ignored, nullptr);
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int signal : std::array{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU}) {
-    struct sigaction action {};
-    if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
-      sigaddset(&signals, signal);
-    }
-  }
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  std::thread(waitForSignal, signals).detach();
+void removePendingFiles() {
+  registry().mutex.lock();
+  for (const std::string& temporary : registry().temporaries) unlink(temporary.c_str());
 }
 
 }  // namespace arvessa::app

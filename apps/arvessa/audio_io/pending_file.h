@@ -7,8 +7,8 @@
 namespace arvessa::app {
 
 // A new file beside `path`, which takes its name when committed. Removed when it is destroyed
-// before that, or when the program is ended by a signal that endCleanlyOnSignals has taken over. A
-// link at `path` is followed: the file that it leads to is replaced.
+// before that, or by removePendingFiles(). A link at `path` is followed: the file that it leads to is
+// replaced.
 class PendingFile {
  public:
   explicit PendingFile(const std::string& path);
@@ -17,7 +17,6 @@ class PendingFile {
   ~PendingFile();
 
   int fd() const { return fd_; }
-  const std::string& path() const { return path_; }  // as given
   void commit();
 
  private:
@@ -32,9 +31,7 @@ class PendingFile {
 // cannot be told.
 std::string targetOf(const std::string& path);
 
-// From now on the signals that ask the program to end (unless ignored) remove the pending files
-// first, and SIGPIPE and SIGXFSZ are ignored in favour of the error of the write. Call before any
-// thread starts.
-void endCleanlyOnSignals();
+// Removes all pending files, after which no more can appear: only the end of the program may follow.
+void removePendingFiles();
 
 }  // namespace arvessa::app

@@ -11,22 +11,25 @@ namespace arvessa::app {
 namespace {
 
 // A frame of 10 ms at a time, so that a live stream is not kept waiting for more.
-std::size_t blockFrames(int rate) { return static_cast<std::size_t>(std::max(rate / 100, 1)); }
+std::size_t liveFrames(int rate) { return static_cast<std::size_t>(std::max(rate / 100, 1)); }
 
-class ResampledSource : public Source {
+std::size_t blockFrames(const Source& source) {
+  constexpr std::size_t kFrames = 4096;
+  return source.isLive() ? liveFrames(source.rate) : kFrames;
+}
+
+class ResampledSource : public DerivedSource {
  public:
-  ResampledSource(std::unique_ptr<Source> inner, int toRate)
-      : Source(inner->name, toRate, inner->channels,
-               inner->length < 0 ? kUnknownLength : inner->length * toRate / inner->rate),
-        inner_(std::move(inner)),
-        resampler_(channels, inner_->rate, toRate),
-        block_(blockFrames(inner_->rate) * static_cast<std::size_t>(channels)) {}
+  ResampledSource(std::unique_ptr<Source>&& from, int toRate)
+      : DerivedSource(std::move(from), toRate, from->channels),
+        resampler_(channels, inner().rate, toRate),
+        block_(blockFrames(inner()) * static_cast<std::size_t>(channels)) {}
 
   std::size_t read(std::span<float> to) override {
     while (ready_.size() - taken_ < to.size() && !ended_) {
       ready_.erase(ready_.begin(), ready_.begin() + static_cast<std::ptrdiff_t>(taken_));
       taken_ = 0;
-      const std::size_t frames = inner_->read(block_);
+      const std::size_t frames = inner().read(block_);
       const std::size_t samples = frames * static_cast<std::size_t>(channels);
       ended_ = samples < block_.size();
       resampler_.process(std::span(block_).first(samples), ended_, ready_);
@@ -37,11 +40,7 @@ class ResampledSource : public Source {
     return count / static_cast<std::size_t>(channels);
   }
 
-  std::int64_t framesRead() const override { return inner_->framesRead(); }
-  std::string complaint() const override { return inner_->complaint(); }
-
  private:
-  std::unique_ptr<Source> inner_;
   Resampler resampler_;
   std::vector<float> block_;
   std::vector<float> ready_;
@@ -56,7 +55,7 @@ class ResampledSink : public Sink {
       : inner_(std::move(inner)),
         resampler_(channels, rate, innerRate),
         channels_(channels),
-        blockSamples_(blockFrames(rate) * static_cast<std::size_t>(channels)),
+        blockSamples_(liveFrames(rate) * static_cast<std::size_t>(channels)),
         longest_(longest) {}
 
   void write(std::span<const Word16> interleaved) override {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -31,10 +32,41 @@ class Source {
   // Known at the end of the stream: what was wrong with it although it could be read; else empty.
   virtual std::string complaint() const { return {}; }
 
+  // What the samples that were read, and with them an output, have of what is complained about:
+  // "holds what there is".
+  virtual std::string remedy() const { return {}; }
+
+  // Known at the end of the stream: what people should know about it although nothing is lost; else
+  // empty.
+  virtual std::string remark() const { return {}; }
+
+  // Whether the samples come in as they are made: anything that is not a regular file.
+  virtual bool isLive() const { return false; }
+
   const std::string name;
   const int rate;  // Hz
   const int channels;
   const std::int64_t length;  // frames, or kUnknownLength
+};
+
+// A source that makes its samples out of another's.
+class DerivedSource : public Source {
+ public:
+  DerivedSource(std::unique_ptr<Source>&& from, int sampleRate, int channelCount)
+      : Source(from->name, sampleRate, channelCount,
+               from->length < 0 ? kUnknownLength : from->length * sampleRate / from->rate),
+        inner_(std::move(from)) {}
+  std::int64_t framesRead() const override { return inner_->framesRead(); }
+  std::string complaint() const override { return inner_->complaint(); }
+  std::string remedy() const override { return inner_->remedy(); }
+  std::string remark() const override { return inner_->remark(); }
+  bool isLive() const override { return inner_->isLive(); }
+
+ protected:
+  Source& inner() { return *inner_; }
+
+ private:
+  std::unique_ptr<Source> inner_;
 };
 
 // The whole of a source as one channel, the mean of its channels.

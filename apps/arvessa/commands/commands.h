@@ -18,6 +18,7 @@ void addEnhance(CLI::App& app, Run& run);
 void addEngine(CLI::App& app, Run& run);
 void addScene(CLI::App& app, Run& run);
 void addTrace(CLI::App& app, Run& run);
+void addBeams(CLI::App& app, Run& run);
 void addInfo(CLI::App& app, Run& run);
 
 }  // namespace arvessa::app

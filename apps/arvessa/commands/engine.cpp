@@ -21,19 +21,20 @@ struct Options {
   std::optional<int> rawRate;
   std::optional<int> rawChannels;
   bool keepDelay = false;
+  bool raw = false;
 };
 
 Outcome enhance(const Options& options, const Job& job,
                 const std::function<void(double)>& advance) {
-  auto source =
-      openSource(job.input, options.rawRate.value_or(8000), options.rawChannels.value_or(1));
+  auto source = openSource(
+      job.input, {options.rawRate.value_or(8000), options.rawChannels.value_or(1), options.raw});
   const int rate = source->rate;
   const int channels = source->channels;
-  const int engineRate = EngineBank::rateFor(rate);
+  const int engineRate = engineRateFor(rate);
   source = resampled(std::move(source), engineRate);
   EngineBank bank(options.engine, engineRate, channels);
-  const auto sink = resampled(openSink(job.output, rate, channels), rate, engineRate, channels,
-                              options.keepDelay ? nullptr : source.get());
+  const auto sink = resampled(openSink(job.output, rate, channels, job.format), rate, engineRate,
+                              channels, options.keepDelay ? nullptr : source.get());
   const StreamResult result = runStream(*source, bank, *sink, options.keepDelay, advance);
   sink->finish();
   Outcome outcome = outcomeOf(*source, result, engineRate);
@@ -46,8 +47,7 @@ int runEngine(const Options& options) {
   if (!raw && (options.rawRate || options.rawChannels)) {
     throw UsageError("--rate and --channels are for raw standard input; a file has its own");
   }
-  return runJobs(planJobs(options.batch), options.batch.jobs, options.batch.quiet,
-                 std::bind_front(enhance, std::cref(options)));
+  return runBatch(options.batch, std::bind_front(enhance, std::cref(options)));
 }
 
 }  // namespace
@@ -71,10 +71,11 @@ void addEngine(CLI::App& app, Run& run) {
       ->check(CLI::Range(2, 4))
       ->capture_default_str();
   command->add_flag("--keep-delay", options->keepDelay, "keep the latency of the engine (3 ms)");
+  command->add_flag("--raw", options->raw, kRawHelp);
   command->footer(
       "The engine works at 8, 16, 32 and 48 kHz; other rates are converted to the next higher of\n"
       "these and back. Raw samples (-) are 16-bit little-endian, interleaved. They are answered\n"
-      "frame by frame; at a rate that is converted, some 30 ms later.\n\n"
+      "frame by frame; at a rate that is converted, some 40 to 140 ms later.\n\n"
       "Examples:\n"
       "  arvessa engine call.wav -o quiet.wav --agc-table 2\n"
       "  arvessa engine *.wav --out-dir quiet --no-agc\n"

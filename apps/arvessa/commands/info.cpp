@@ -7,8 +7,8 @@
 #include "Arvessa.h"
 #include "Vorn.h"
 #include "commands/commands.h"
-#include "commands/engine_bank.h"
 #include "commands/text.h"
+#include "front_end/engine.h"
 
 // Asking for the version logs a line; here the answer is printed instead.
 // NOLINTNEXTLINE(bugprone-reserved-identifier,cert-*): the platform's name
@@ -37,8 +37,8 @@ int runInfo() {
             << "  work buffer  " << ARVESSA_WORK_BYTES << " bytes, aligned to "
             << ARVESSA_WORK_ALIGNMENT << '\n'
             << "engine alone   one channel per state\n";
-  for (const int rate : {8000, 16000, 32000, 48000}) {
-    const int latency = EngineBank::latencyAt(rate);
+  for (const int rate : kEngineRates) {
+    const int latency = engineLatencyAt(rate);
     std::cout << "  " << rate << " Hz" << (rate < 10000 ? "      " : "     ") << rate / 100
               << " samples a frame, latency " << latency << " samples ("
               << fixed(milliseconds(latency, rate), 1) << " ms)\n";

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// A progress bar on standard error for work that a person waits for; nothing without a terminal.
+// A progress bar on standard error, with the time left, for work that a person waits for; nothing without a terminal.
 
 #include <chrono>
 #include <cstddef>
@@ -26,6 +26,7 @@ class Progress {
 
   const bool shown_;
   const double streams_;
+  const Clock::time_point begin_;
   std::mutex mutex_;
   double done_ = 0;
   bool drawn_ = false;

@@ -3,8 +3,8 @@
 #include "scene/scene.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -13,28 +13,23 @@
 #include "audio_io/file_format.h"
 #include "audio_io/level.h"
 #include "audio_io/open.h"
-#include "audio_io/pcm.h"
+#include "commands/beams_option.h"
 #include "commands/commands.h"
 #include "commands/jobs.h"
 #include "commands/progress.h"
+#include "commands/suggestion.h"
 #include "commands/text.h"
+#include "scene/pieces.h"
 
 namespace arvessa::app {
 namespace {
 
 struct Options {
   SceneSettings scene;
+  std::string beams;
   std::string output;
   bool quiet = false;
 };
-
-// Whether all of `text` is a number of the type of `value`.
-template <typename Number>
-bool parses(std::string_view text, Number& value) {
-  if (text.starts_with('+')) text.remove_prefix(1);
-  const auto [last, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && last == text.data() + text.size();
-}
 
 // A finite number; CLI::Range lets what is no number through.
 CLI::Validator within(double least, double most) {
@@ -53,16 +48,12 @@ std::string checkSeed(const std::string& text) {
   return parses(text, seed) ? "" : text + " is not an integer from 0 to 2^64 - 1";
 }
 
-void write(const Scene& scene, const std::string& path) {
-  std::vector<Word16> interleaved;
-  for (std::size_t n = 0; n < scene.microphones[0].size(); ++n) {
-    for (const std::vector<float>& channel : scene.microphones) {
-      interleaved.push_back(toPcm(channel[n]));
-    }
-  }
-  const auto sink = openSink(path, scene.rate, 2);
-  sink->write(interleaved);
-  sink->finish();
+void checkNoise(const std::string& noise) {
+  std::error_code error;
+  if (!isRecordedNoise(noise) || std::filesystem::exists(noise, error)) return;
+  const std::string meant = closest(noise, {"fan", "white", "babble", "none"});
+  throw UsageError("--noise " + noise + ": neither fan, white, babble or none nor a recording" +
+                   (meant.empty() ? "" : "; did you mean " + meant + "?"));
 }
 
 std::string summary(const SceneSettings& settings, const Scene& scene) {
@@ -82,20 +73,22 @@ std::string summary(const SceneSettings& settings, const Scene& scene) {
 
 int runScene(const Options& options) {
   const Stopwatch stopwatch;
-  const SceneSettings& settings = options.scene;
+  SceneSettings settings = options.scene;
+  settings.microphones = readBeams(options.beams).geometry.microphones;
   checkWritableFormat(options.output);
   if (settings.noise == "none" && settings.noiseFrom) {
     throw UsageError("--noise-from needs a noise; --noise none has none");
   }
   std::vector<std::string> inputs = {settings.speech};
   if (isRecordedNoise(settings.noise)) inputs.push_back(settings.noise);
+  checkNoise(settings.noise);
   checkIsNoInput(options.output, inputs);
   Progress progress(1, options.quiet);
-  const Scene scene = makeScene(settings, std::ref(progress));
+  const auto open = [&](int rate) { return openSink(options.output, rate, 2); };
+  const Scene scene = makeScene(settings, open, std::ref(progress));
   progress.clear();
-  write(scene, options.output);
   if (options.quiet) return 0;
-  const double seconds = static_cast<double>(scene.microphones[0].size()) / scene.rate;
+  const double seconds = static_cast<double>(scene.frames) / scene.rate;
   summariesBeside(options.output) << settings.speech << " -> " << options.output << ": "
                                   << speedText(seconds, stopwatch.seconds()) << " at " << scene.rate
                                   << " Hz, " << summary(settings, scene) << '\n';
@@ -110,8 +103,8 @@ void addScene(CLI::App& app, Run& run) {
   CLI::App* command = app.add_subcommand(
       "scene", "A two-microphone recording of a talker in noise out of a mono one");
   command->add_option("SPEECH", settings.speech, "mono recording of the talker")->required();
-  command->add_option("-o,--output", options->output, "file to write, - for raw standard output")
-      ->required();
+  addOutputOption(*command, options->output, "file to write, - for raw standard output");
+  command->get_option("--output")->required();
   command->add_option("--talker", settings.talker, "direction of the talker, degrees")
       ->check(within(-360, 360))
       ->capture_default_str();
@@ -131,12 +124,19 @@ void addScene(CLI::App& app, Run& run) {
       ->capture_default_str();
   command->add_option("--rate", settings.rate, "rate to write, Hz; by default the speech's")
       ->check(CLI::Range(1000, 192000));
+  addBeamsOption(*command, options->beams);
   command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
   command->footer(
-      "The microphones are 138.5 mm apart: 0 degrees is beyond microphone 2, 90 degrees in front,\n"
-      "180 degrees beyond microphone 1. The noise comes from all around. The signal-to-noise "
-      "ratio\n"
-      "is that of the speech without its pauses to all of the noise, at microphone 1.\n\n"
+      "The microphones are " + fixed(1000 * beams::distance(settings.microphones), 1) +
+      " mm apart, or as --beams says: 0 degrees is beyond microphone\n"
+      "2, 90 degrees in front, 180 degrees beyond microphone 1. The noise comes from all around.\n"
+      "The signal-to-noise ratio is that of the speech without its pauses to all of the noise, at\n"
+      "microphone 1. Babble and recorded noise are made of the first " +
+      std::to_string(Material::kMost / 1'000'000) +
+      " million samples of their\n"
+      "recording, 10 minutes at 16 kHz. A file of speech is read two or three times; speech from "
+      "a\n"
+      "pipe is kept in memory.\n\n"
       "Examples:\n"
       "  arvessa scene speech.wav --talker 0 --noise babble --snr 5 -o noisy.wav\n"
       "  arvessa scene speech.wav --noise fan --noise-from 180 --seed 7 --rate 8000 -o noisy.flac");

@@ -15,6 +15,11 @@ std::string fixed(double value, int decimals) {
   return {text.data(), result.ptr};
 }
 
+std::string shortest(double value) {
+  std::array<char, 32> text{};
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
 std::string speedText(double audioSeconds, double elapsedSeconds) {
   const double speed = audioSeconds / std::max(elapsedSeconds, 1e-6);
   return fixed(audioSeconds, 2) + " s in " + fixed(elapsedSeconds, 2) + " s (" +

@@ -1,14 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// What is told to people after the work.
+// Numbers and words as people write and read them.
 
+#include <charconv>
 #include <chrono>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 namespace arvessa::app {
 
 std::string fixed(double value, int decimals);
+std::string shortest(double value);  // as many decimals as it takes
+
+// Whether all of `text` is a number of the type of `value`.
+template <typename Number>
+bool parses(std::string_view text, Number& value) {
+  if (text.starts_with('+')) text.remove_prefix(1);
+  const auto [last, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc() && last == text.data() + text.size();
+}
 
 // "44.76 s in 0.12 s (373 x real time)"
 std::string speedText(double audioSeconds, double elapsedSeconds);

@@ -16,7 +16,80 @@ constexpr double kPitchWaver = 0.01;        // standard deviation of the pitch, 
 constexpr double kTurbulenceCorner = 300;   // Hz
 constexpr double kTonesToTurbulence = 0.3;  // amplitude of the first tone over the noise's rms
 
+std::mt19937_64 engineFor(std::uint64_t seed, std::uint32_t stream) {
+  std::seed_seq sequence = {static_cast<std::uint32_t>(seed),
+                            static_cast<std::uint32_t>(seed >> 32), stream};
+  return std::mt19937_64(sequence);
+}
+
+// A point on the unit circle.
+struct Phase {
+  explicit Phase(double angle) : cosine(std::cos(angle)), sine(std::sin(angle)) {}
+  void advance(const Phase& step) {
+    const double c = cosine * step.cosine - sine * step.sine;
+    sine = sine * step.cosine + cosine * step.sine;
+    cosine = c;
+  }
+  void normalise() {
+    const double length = std::sqrt(cosine * cosine + sine * sine);
+    cosine /= length;
+    sine /= length;
+  }
+  double cosine, sine;
+};
+
+class Fan {
+ public:
+  Fan(int rate, Random random)
+      : rate_(rate),
+        random_(std::move(random)),
+        pole_(std::exp(-kTurn * kTurbulenceCorner / rate)),
+        drive_(std::sqrt(1 - pole_ * pole_)),
+        turbulence_(random_.normal()),
+        phase_(kTurn * random_.uniform()) {
+    while (harmonics_ < kBladeHarmonics && (harmonics_ + 1) * kBladePass < 0.45 * rate) {
+      ++harmonics_;
+    }
+  }
+
+  void operator()(std::span<float> to) {
+    for (float& sample : to) {
+      if (untilRedrawn_-- == 0) redraw();
+      phase_.advance(step_);
+      turbulence_ = pole_ * turbulence_ + drive_ * random_.normal();
+      // cos(k phase) from the two before it.
+      double previous = 1;
+      double current = phase_.cosine;
+      double tones = 0;
+      for (int k = 1; k <= harmonics_; ++k) {
+        tones += current / k;
+        previous = std::exchange(current, 2 * phase_.cosine * current - previous);
+      }
+      sample = static_cast<float>(turbulence_ + kTonesToTurbulence * tones);
+    }
+  }
+
+ private:
+  void redraw() {
+    step_ = Phase(kTurn * kBladePass / rate_ * (1 + kPitchWaver * random_.normal()));
+    phase_.normalise();
+    untilRedrawn_ = rate_ / 100 - 1;
+  }
+
+  int rate_;
+  Random random_;
+  double pole_;
+  double drive_;  // for variance 1
+  double turbulence_;
+  Phase phase_;
+  Phase step_{0};
+  int harmonics_ = 0;  // below the band's end
+  int untilRedrawn_ = 0;
+};
+
 }  // namespace
+
+Random::Random(std::uint64_t seed, std::uint32_t stream) : engine_(engineFor(seed, stream)) {}
 
 double Random::uniform() { return static_cast<double>(engine_() >> 11) * 0x1p-53; }
 
@@ -28,58 +101,15 @@ double Random::normal() {
     std::uint64_t bits = engine_();
     for (int part = 0; part < 4; ++part, bits >>= 16) sum += bits & 0xFFFF;
   }
-  return (static_cast<double>(sum) + 6) * 0x1p-16 - 6;
+  return static_cast<double>(static_cast<std::int64_t>(sum) + 6) * 0x1p-16 - 6;
 }
 
-NoiseMaker whiteNoise() {
-  return [](std::span<float> to, Random& random) {
+Noise whiteNoise(Random random) {
+  return [random = std::move(random)](std::span<float> to) mutable {
     for (float& sample : to) sample = static_cast<float>(random.normal());
   };
 }
 
-NoiseMaker fanNoise(int rate) {
-  return [rate](std::span<float> to, Random& random) {
-    const double pole = std::exp(-kTurn * kTurbulenceCorner / rate);
-    const double drive = std::sqrt(1 - pole * pole);  // for variance 1
-    double turbulence = random.normal();
-    double phase = kTurn * random.uniform();
-    double step = 0;
-    int untilRedrawn = 0;
-    for (float& sample : to) {
-      if (untilRedrawn-- == 0) {
-        step = kTurn * kBladePass / rate * (1 + kPitchWaver * random.normal());
-        untilRedrawn = rate / 100;
-      }
-      phase = std::fmod(phase + step, kTurn);
-      turbulence = pole * turbulence + drive * random.normal();
-      // cos(k phase) from the two before it.
-      const double first = std::cos(phase);
-      double previous = 1;
-      double current = first;
-      double tones = 0;
-      for (int k = 1; k <= kBladeHarmonics && k * kBladePass < 0.45 * rate; ++k) {
-        tones += current / k;
-        previous = std::exchange(current, 2 * first * current - previous);
-      }
-      sample = static_cast<float>(turbulence + kTonesToTurbulence * tones);
-    }
-  };
-}
-
-NoiseMaker pieces(std::vector<float> recording, double speedSpread) {
-  return [recording = std::move(recording), speedSpread](std::span<float> to, Random& random) {
-    const auto length = static_cast<double>(recording.size());
-    const double speed = 1 + speedSpread * (2 * random.uniform() - 1);
-    double position = length * random.uniform();
-    for (float& sample : to) {
-      position = std::fmod(position, length);
-      const auto before = static_cast<std::size_t>(position);
-      const std::size_t after = before + 1 < recording.size() ? before + 1 : 0;
-      const double share = position - std::floor(position);
-      sample = static_cast<float>((1 - share) * recording[before] + share * recording[after]);
-      position += speed;
-    }
-  };
-}
+Noise fanNoise(int rate, Random random) { return Fan(rate, std::move(random)); }
 
 }  // namespace arvessa::app

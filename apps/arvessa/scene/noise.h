@@ -6,13 +6,13 @@
 #include <functional>
 #include <random>
 #include <span>
-#include <vector>
 
 namespace arvessa::app {
 
+// Every `stream` of a seed has numbers of its own.
 class Random {
  public:
-  explicit Random(std::uint64_t seed) : engine_(seed) {}
+  Random(std::uint64_t seed, std::uint32_t stream);
   double uniform();  // 0 <= u < 1
   double normal();   // mean 0, variance 1, within +-6
 
@@ -20,18 +20,13 @@ class Random {
   std::mt19937_64 engine_;
 };
 
-// Fills its argument with a new piece of noise, independent of the pieces before.
-using NoiseMaker = std::function<void(std::span<float>, Random&)>;
+// Fills its argument with the next samples of a noise without end.
+using Noise = std::function<void(std::span<float>)>;
 
-NoiseMaker whiteNoise();
+Noise whiteNoise(Random random);
 
 // A fan of seven blades at 25 turns a second: turbulence that falls by 6 dB per octave above 300
 // Hz, and the tones of the blades with a wavering pitch.
-NoiseMaker fanNoise(int rate);
-
-// Pieces of a recording, which is repeated as needed, each from a random place and at a random
-// speed up to `speedSpread` (a fraction) faster or slower. Many of them on top of each other make
-// babble out of one voice.
-NoiseMaker pieces(std::vector<float> recording, double speedSpread);
+Noise fanNoise(int rate, Random random);
 
 }  // namespace arvessa::app

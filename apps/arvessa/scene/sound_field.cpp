@@ -3,81 +3,77 @@
 
 #include <cmath>
 #include <numbers>
+#include <utility>
 
-#include "scene/fractional_delay.h"
+#include "scene/coherence_filters.h"
 
 namespace arvessa::app {
 namespace {
 
-// With the spiral's axis along the array, the cosines of the angles of incidence are evenly spaced,
-// and the mean over the waves is the midpoint rule for the integral that sin(x)/x is. It holds
-// while neighbouring cosines (2/kWaves apart) differ by much less than a turn in phase: at 8 kHz
-// and 138.5 mm by 0.32 rad.
-constexpr int kWaves = 128;
-
-void addPlaneWave(std::span<const float> wave, const Point& direction, int rate,
-                  TwoChannels& channels) {
-  for (std::size_t m = 0; m < channels.size(); ++m) {
-    const Point& p = kMicrophones[m];
-    const double path = p.x * direction.x + p.y * direction.y + p.z * direction.z;
-    addDelayed(wave, -path / kSpeedOfSound * rate, channels[m]);
-  }
+std::size_t latencyOf(const beams::Microphones& microphones, int rate) {
+  const double mostAhead = beams::distance(microphones) / 2 / beams::kSpeedOfSound * rate;
+  return static_cast<std::size_t>(std::ceil(mostAhead)) + kDelayReach;
 }
 
-// Samples at each end that the interpolation of an endless signal spoils: its reach, and the time
-// that sound takes from the origin to a microphone (less than 0.25 ms).
-std::size_t marginAt(int rate) { return kDelayReach + static_cast<std::size_t>(rate) / 4000 + 1; }
-
-TwoChannels silence(std::size_t samples) {
-  return {std::vector<float>(samples), std::vector<float>(samples)};
-}
-
-TwoChannels withoutMargins(const TwoChannels& channels, std::size_t margin) {
-  TwoChannels cropped;
-  for (std::size_t m = 0; m < channels.size(); ++m) {
-    const auto end = static_cast<std::ptrdiff_t>(margin);
-    cropped[m].assign(channels[m].begin() + end, channels[m].end() - end);
-  }
-  return cropped;
+// How much sooner than halfway between the microphones a wave passes microphone 2, in samples.
+double leadOf(const beams::Microphones& microphones, double degrees, int rate) {
+  const double angle = degrees * std::numbers::pi / 180;
+  const auto& [first, second] = microphones;
+  const double path =
+      (second.x - first.x) * std::cos(angle) + (second.y - first.y) * std::sin(angle);
+  return path / 2 / beams::kSpeedOfSound * rate;
 }
 
 }  // namespace
 
-Point directionAt(double degrees) {
-  const double angle = degrees * std::numbers::pi / 180;
-  return {std::cos(angle), std::sin(angle), 0};
-}
+PlaneWave::PlaneWave(const beams::Microphones& microphones, double degrees, int rate)
+    : latency_(latencyOf(microphones, rate)),
+      delays_{Fir(delayTaps(static_cast<double>(latency_) + leadOf(microphones, degrees, rate))),
+              Fir(delayTaps(static_cast<double>(latency_) - leadOf(microphones, degrees, rate)))} {}
 
-TwoChannels planeWave(std::span<const float> wave, const Point& direction, int rate) {
-  TwoChannels channels = silence(wave.size());
-  addPlaneWave(wave, direction, rate, channels);
-  return channels;
-}
-
-TwoChannels pointNoise(const NoiseMaker& noise, const Point& direction, int rate,
-                       std::size_t samples, Random& random) {
-  const std::size_t margin = marginAt(rate);
-  std::vector<float> wave(samples + 2 * margin);
-  noise(wave, random);
-  return withoutMargins(planeWave(wave, direction, rate), margin);
-}
-
-TwoChannels isotropicNoise(const NoiseMaker& noise, int rate, std::size_t samples, Random& random,
-                           const std::function<void(double)>& advance) {
-  const std::size_t margin = marginAt(rate);
-  std::vector<float> wave(samples + 2 * margin);
-  TwoChannels channels = silence(wave.size());
-  const double goldenAngle = std::numbers::pi * (3 - std::sqrt(5.0));
-  for (int i = 0; i < kWaves; ++i) {
-    const double x = 1 - (2 * i + 1.0) / kWaves;
-    const double radius = std::sqrt(1 - x * x);
-    const Point direction = {x, radius * std::cos(goldenAngle * i),
-                             radius * std::sin(goldenAngle * i)};
-    noise(wave, random);
-    addPlaneWave(wave, direction, rate, channels);
-    advance(1.0 / kWaves);
+void PlaneWave::process(std::span<const float> wave, TwoChannels& heard) {
+  for (std::size_t m = 0; m < heard.size(); ++m) {
+    heard[m].resize(wave.size());
+    delays_[m].process(wave, heard[m]);
   }
-  return withoutMargins(channels, margin);
+}
+
+PointSource::PointSource(const beams::Microphones& microphones, double degrees, int rate,
+                         Noise noise)
+    : noise_(std::move(noise)), wave_(microphones, degrees, rate) {
+  TwoChannels beginning;  // where the filters still see the silence before it
+  next(2 * wave_.latency(), beginning);
+}
+
+void PointSource::next(std::size_t samples, TwoChannels& heard) {
+  block_.resize(samples);
+  noise_(block_);
+  wave_.process(block_, heard);
+}
+
+IsotropicField::IsotropicField(const beams::Microphones& microphones, int rate,
+                               std::array<Noise, 2> noises)
+    : noises_(std::move(noises)), filters_([&] {
+        CoherenceFilters filters = isotropicFilters(beams::distance(microphones), rate);
+        return std::array{Fir(std::move(filters.common)), Fir(std::move(filters.opposed))};
+      }()) {
+  TwoChannels beginning;
+  next(filters_[0].length(), beginning);
+}
+
+void IsotropicField::next(std::size_t samples, TwoChannels& heard) {
+  block_.resize(samples);
+  for (std::size_t i = 0; i < heard.size(); ++i) {
+    heard[i].resize(samples);
+    noises_[i](block_);
+    filters_[i].process(block_, heard[i]);
+  }
+  for (std::size_t n = 0; n < samples; ++n) {
+    const float common = heard[0][n];
+    const float opposed = heard[1][n];
+    heard[0][n] = common + opposed;
+    heard[1][n] = common - opposed;
+  }
 }
 
 }  // namespace arvessa::app

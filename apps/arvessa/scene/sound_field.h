@@ -1,43 +1,56 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// What the two microphones hear of distant sources. Free field, no walls, no body.
+// What two microphones hear of distant sources. Free field, no walls, no body.
 
 #include <array>
-#include <functional>
+#include <cstddef>
 #include <span>
 #include <vector>
 
+#include "beams/geometry.h"
+#include "scene/fir.h"
 #include "scene/noise.h"
 
 namespace arvessa::app {
 
-struct Point {
-  double x, y, z;
-};
-
-inline constexpr double kSpeedOfSound = 340;  // m/s
-
-// Metres. The array lies along x; its origin is where a wave arrives undelayed.
-inline constexpr std::array<Point, 2> kMicrophones = {
-    {{-0.0697, -0.0024, 0}, {0.0688, -0.0025, 0}}};
-
 using TwoChannels = std::array<std::vector<float>, 2>;
 
-// The direction towards a source in the plane of the array: 0 degrees is the end of microphone 2.
-Point directionAt(double degrees);
+// A plane wave from a direction in the plane of the microphones. It passes halfway between them
+// `latency` samples late.
+class PlaneWave {
+ public:
+  // `degrees` from the x axis towards the y axis.
+  PlaneWave(const beams::Microphones& microphones, double degrees, int rate);
+  std::size_t latency() const { return latency_; }
+  void process(std::span<const float> wave, TwoChannels& heard);
 
-// A plane wave from `direction`, a unit vector towards the source. Both channels have the length of
-// `wave`.
-TwoChannels planeWave(std::span<const float> wave, const Point& direction, int rate);
+ private:
+  std::size_t latency_;
+  std::array<Fir, 2> delays_;
+};
 
-// A piece of noise as a plane wave, without beginning or end.
-TwoChannels pointNoise(const NoiseMaker& noise, const Point& direction, int rate,
-                       std::size_t samples, Random& random);
+// A noise as a plane wave.
+class PointSource {
+ public:
+  PointSource(const beams::Microphones& microphones, double degrees, int rate, Noise noise);
+  void next(std::size_t samples, TwoChannels& heard);
 
-// A spherically isotropic field: independent noises as plane waves from all around. The coherence
-// of the two channels is sin(x)/x with x = 2 pi f d / c, d being the distance of the microphones. `advance` is told of
-// every step, as a share of the whole.
-TwoChannels isotropicNoise(const NoiseMaker& noise, int rate, std::size_t samples, Random& random,
-                           const std::function<void(double)>& advance);
+ private:
+  Noise noise_;
+  PlaneWave wave_;
+  std::vector<float> block_;
+};
+
+// A spherically isotropic field of two independent noises of equal spectrum.
+class IsotropicField {
+ public:
+  IsotropicField(const beams::Microphones& microphones, int rate, std::array<Noise, 2> noises);
+  void next(std::size_t samples, TwoChannels& heard);
+
+ private:
+  std::array<Noise, 2> noises_;
+  std::array<Fir, 2> filters_;
+  std::vector<float> block_;
+};
 
 }  // namespace arvessa::app

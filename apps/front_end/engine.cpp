@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "front_end/engine.h"
+
+#include <algorithm>
+
+#include "abi/engine_frame.h"
+#include "front_end/library_call.h"
+
+namespace arvessa::app {
+namespace {
+
+// At 48 kHz the two bands lag differently; this is the lower one's, which carries the speech. 144
+// samples are the engine's own. The low-pass filters before and behind it add 3.2 samples each at
+// low frequencies, 3.5 at 2 kHz and 4.1 at 3.4 kHz (their group delay), and 2 more go to the third
+// place of three, where the synthesis puts every sample of the low band.
+constexpr int kFullbandLatency = 144 + 2 + 7;
+
+// A third of the frame of 10 ms up to 32 kHz.
+constexpr std::array<int, kEngineRates.size()> kLatencies = {24, 48, 96, kFullbandLatency};
+
+std::size_t rateCodeOf(int rate) {
+  return static_cast<std::size_t>(std::find(kEngineRates.begin(), kEngineRates.end(), rate) -
+                                  kEngineRates.begin());
+}
+
+}  // namespace
+
+int engineRateFor(int rate) {
+  const auto* const enough = std::lower_bound(kEngineRates.begin(), kEngineRates.end(), rate);
+  return enough == kEngineRates.end() ? kEngineRates.back() : *enough;
+}
+
+int engineLatencyAt(int rate) { return kLatencies[rateCodeOf(rate)]; }
+
+Engine::Engine(const EngineSettings& settings, int rate)
+    : settings_(settings),
+      rateCode_(static_cast<std::uint8_t>(rateCodeOf(rate))),
+      latency_(settings.noiseReduction || settings.agc ? engineLatencyAt(rate) : 0) {
+  VornConfig config = {state_.data(), VORN_STATE_BYTES, VORN_CHECK_VALUE, rateCode_, 0, 0, 0};
+  mustBeZero(VORN_Init(&config));
+}
+
+Decision Engine::process(std::span<const Word16> in, std::span<Word16> out) {
+  VornConfig config = {state_.data(),
+                       VORN_STATE_BYTES,
+                       VORN_CHECK_VALUE,
+                       rateCode_,
+                       flag(settings_.noiseReduction),
+                       flag(settings_.agc),
+                       static_cast<std::uint8_t>(settings_.agcTable)};
+  auto length = static_cast<Word16>(in.size());
+  MeanGain observer{meanGain_};
+  mustBeZero(engineFrame(in.data(), length, out.data(), &length, &config, observer));
+  return decisionOf(*reinterpret_cast<const WvqeState*>(state_.data()), settings_.agcTable,
+                    meanGain_, 0);
+}
+
+}  // namespace arvessa::app
