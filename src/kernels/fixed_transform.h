@@ -92,9 +92,14 @@ struct Scalar {
   template <bool kInverse>
   static void stage(const Word32* in, Word32* out, int points, int s, const Word16* twiddle) {
     const int run = points >> (s + 1);
-    const int step = run > 1 ? 4 : 2;
     Word32* difference = out + points;
-    for (int group = 0; group < 1 << s; ++group, twiddle += step) {
+    if (run == 1) {
+      for (int k = 0; k < points; k += 2, in += 4) {
+        butterfly<kInverse, false>(in, in + 2, loadPair(twiddle + k), out + k, difference + k);
+      }
+      return;
+    }
+    for (int group = 0; group < 1 << s; ++group, twiddle += 4) {
       const FactorPair w = loadPair(twiddle);
       for (int k = 0; k < run; ++k, in += 4, out += 2, difference += 2) {
         butterfly<kInverse, false>(in, in + 2, w, out, difference);

@@ -196,6 +196,8 @@ struct Portable : Plain {
   static void findActiveBins(ConstBlock smooth, ConstBlock minimum,
                              std::span<unsigned char> active);
   static Word32 sum(ConstBlock words);
+  static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
+                              Word16 alpha);
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
   static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,

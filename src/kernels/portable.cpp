@@ -114,10 +114,12 @@ void Portable::spreadToBins(std::span<const Word16, kBands> bands, const Filterb
     return Plain::spreadToBins(bands, bank, bins);
   }
   const Word16* const gains = bands.data();
+  const Word32* const lower = bank.lower.data();
+  const Word16* const lowerWeight = bank.lowerWeight.data();
+  const Word16* const upperWeight = bank.upperWeight.data();
   for (std::size_t k = 0; k < bins.size(); ++k) {
-    const Word32 sum =
-        gains[bank.lower[k]] * bank.lowerWeight[k] + gains[bank.upper[k]] * bank.upperWeight[k];
-    bins[k] = saturate16(sum >> 15);
+    const Word16* const pair = gains + lower[k];  // the upper band is the next
+    bins[k] = saturate16((pair[0] * lowerWeight[k] + pair[1] * upperWeight[k]) >> 15);
   }
 }
 
@@ -155,6 +157,27 @@ Word32 Portable::sum(ConstBlock words) {
   // The sum of 512 words of 22 bits cannot leave the range.
   if (words.words.size() > 512 || words.bits > bitsBelow(22)) return Plain::sum(words);
   return std::accumulate(words.words.begin(), words.words.end(), Word32{0});
+}
+
+UsedBits Portable::updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
+                               Word16 alpha) {
+  // The shift leaves one bit for doubling, and the sum has headroom for any weights.
+  if (power.bits > bitsBelow(22) || boundOf(noise) > bitsBelow(29)) {
+    return Plain::updateNoise(noise, power, active, alpha);
+  }
+  const Word16 keep = low16(kMax16 - alpha);
+  const Word32* p = power.words.data();
+  const unsigned char* flag = active.data();
+  UsedBits bits = 0;
+  for (Word32& n : noise.words) {
+    if (*flag == 0 || n >> kNoiseBits > *p) {
+      n = std::max(addProduct(product(*p * (1 << kNoiseBits), alpha), n, keep), 0);
+    }
+    bits |= usedBits(n);
+    ++flag;
+    ++p;
+  }
+  return bits;
 }
 
 void Portable::scaleBins(Block spectrum, std::span<const Word16> gains) {
