@@ -63,8 +63,9 @@ def batches(files: Iterable[Tuple[Path, int]], most: float) -> Iterator[List[Pat
 
 def enhance(command: str, folder: Path, output: Path, batch: Sequence[Path]) -> Outcome:
     """Runs the command, once for each folder of the batch. Dask calls this on a worker."""
-    # The command ends with its worker: it must not go on beside the one that takes over.
-    tied = ["setpriv", "--pdeathsig", "KILL"] if shutil.which("setpriv") else []
+    # The command ends with its worker, in good order: it must not go on beside the one that takes
+    # over, nor leave parts of files.
+    tied = ["setpriv", "--pdeathsig", "TERM"] if shutil.which("setpriv") else []
     done = skipped = 0
     troubles: Dict[str, str] = {}
     for parent, paths in groupby(batch, lambda path: path.parent):

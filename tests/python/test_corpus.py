@@ -43,9 +43,11 @@ class Corpus(unittest.TestCase):
         return self.start("-m", "arvessa.corpus", self.recordings, self.clean, "--command", command,
                           *options, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
-    def wait_for(self, condition):
+    def wait_for(self, condition, process=None):
         end = time.monotonic() + 120
         while not condition():
+            if process and process.poll() is not None:
+                self.fail(f"ended early: {process.communicate()}")
             self.assertLess(time.monotonic(), end, "it did not come to that")
             time.sleep(0.01)
 
@@ -72,9 +74,8 @@ class Corpus(unittest.TestCase):
         with Client(scheduler_file=str(address)) as client:
             client.wait_for_workers(2, timeout=120)
             scheduler = client.scheduler.address
-
         run = self.corpus("--scheduler", scheduler, "--batch", 4)
-        self.wait_for(lambda: len(versions(self.clean)) >= FILES // 4)
+        self.wait_for(lambda: len(versions(self.clean)) >= FILES // 4, run)
         before = versions(self.clean)
         workers[0].kill()
         killed = len(versions(self.clean))
@@ -111,7 +112,7 @@ class Corpus(unittest.TestCase):
                             "folder = pathlib.Path(sys.argv[1]); "
                             "enhance(sys.argv[2], folder, folder, [folder / 'x.wav'])",
                             self.recordings, command)
-        self.wait_for((self.folder / "pid").exists)
+        self.wait_for((self.folder / "pid").exists, worker)
         pid = int((self.folder / "pid").read_text())
         self.assertTrue(Path(f"/proc/{pid}").exists())
         worker.kill()
