@@ -28,6 +28,13 @@ struct MeanGain {
 }  // namespace
 
 FrontEnd::FrontEnd(const FrontEndSettings& settings) : settings_(settings) {
+  ArvessaConfig init = config();
+  mustBeZero(Arvessa_Init(&init));
+  change(settings);
+}
+
+void FrontEnd::change(const FrontEndSettings& settings) {
+  settings_ = settings;
   for (std::size_t i = 0; i < kWeights; ++i) {
     // Three times the same beam: whichever of them wins, it is held.
     const std::size_t from =
@@ -37,8 +44,6 @@ FrontEnd::FrontEnd(const FrontEndSettings& settings) : settings_(settings) {
     re_[i] = settings.beams.re[from];
     im_[i] = settings.beams.im[from];
   }
-  ArvessaConfig init = config();
-  mustBeZero(Arvessa_Init(&init));
   // The interface has one switch for the engine and its AGC.
   vornConfigIn(reinterpret_cast<ArvessaState*>(work_.data()))->agcEnable = flag(settings.agc);
 }

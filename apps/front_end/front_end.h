@@ -40,6 +40,8 @@ class FrontEnd {
   FrontEnd& operator=(const FrontEnd& other);
   ~FrontEnd() = default;
 
+  // From the next frame on.
+  void change(const FrontEndSettings& settings);
   // One frame of 10 ms at 8 kHz: 80 samples of channel 1, then 80 of channel 2. Both are 4-byte
   // aligned.
   Decision process(std::span<const Word16, 2 * ARVESSA_FRAME_SAMPLES> microphones,
