@@ -35,7 +35,8 @@ namespace arvessa::kernels {
 inline constexpr int kBands = 24;          // of the filterbank, at every rate
 inline constexpr int kMaxTransform = 512;  // words of a block, at 32 kHz
 
-// A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15.
+// A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15, at
+// multiples of 4 bytes.
 struct TransformTables {
   int points;                // N: 64, 128 or 256
   int stages;                // log2 N - 1, those after the first
@@ -181,6 +182,7 @@ struct Plain {
 struct Portable : Plain {
   static constexpr const char* kName = "portable";
 
+  static UsedBits multiply(Block x, std::span<const Word16> factors);
   static UsedBits preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out);
   static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
   static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
@@ -191,7 +193,12 @@ struct Portable : Plain {
   static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                            std::span<Word16> bins);
   static UsedBits smoothPower(Block smooth, ConstBlock power);
+  static void findActiveBins(ConstBlock smooth, ConstBlock minimum,
+                             std::span<unsigned char> active);
   static Word32 sum(ConstBlock words);
+  static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
+                              Word16 alpha);
+  static void scaleBins(Block spectrum, std::span<const Word16> gains);
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
   static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
                                  std::span<Word16> low);
@@ -200,6 +207,7 @@ struct Portable : Plain {
   static void interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
                                 std::span<const Word16> high, std::span<Word16> out);
   static void peakPowers(std::span<const Word16> samples, std::span<Word32> peaks);
+  static void amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y);
 };
 
 #ifdef ARVESSA_VECTOR_UNIT

@@ -20,13 +20,30 @@ struct FactorPair {
   std::int32_t both;
 #else
   Word16 first;
-  Word16 second;
+  Word16 second = 0;
 #endif
 };
 inline FactorPair loadPair(const Word16* from) {
   FactorPair pair;
   std::memcpy(&pair, __builtin_assume_aligned(from, 4), sizeof pair);
   return pair;
+}
+
+// A pair whose first factor this is; the second may be any.
+inline FactorPair pairOf(Word16 first) { return {first}; }
+inline Word16 firstOf(FactorPair f) {
+#ifdef ARVESSA_DSP_PRODUCTS
+  return static_cast<Word16>(f.both);
+#else
+  return f.first;
+#endif
+}
+inline Word16 secondOf(FactorPair f) {
+#ifdef ARVESSA_DSP_PRODUCTS
+  return static_cast<Word16>(f.both >> 16);
+#else
+  return f.second;
+#endif
 }
 
 // sum + floor(word f / 2^16), modulo 2^32, with the first or the second of two factors.

@@ -30,7 +30,7 @@ class Failures(CommandTest):
         self.write("three.wav", [noise(800)] * 3)
         self.write("header.wav", [[], []])
         reasons = {"missing.wav": "No such file", "empty.wav": "empty",
-                   "loop.wav": "symbolic links", "folder.wav": "directory", "mono.wav": "1 channel;",
+                   "loop.wav": "symbolic links", "mono.wav": "1 channel;",
                    "three.wav": "3 channels;", "header.wav": "no samples"}
         with open(self.path("out.wav"), "wb") as file:
             file.write(b"precious")
@@ -39,6 +39,7 @@ class Failures(CommandTest):
             error = self.refused("enhance", self.path(name), "-o", self.path("out.wav"))
             self.assertIn(name, error)
             self.assertIn(reason, error)
+        self.assertIn("directory", self.refused("trace", self.path("folder.wav"), "-o", self.path("out.wav")))
         self.assertIn("standard input", self.refused("enhance", "-", "-o", self.path("out.wav"), input=b""))
         self.assertEqual(self.content("out.wav"), b"precious")
         self.assertEqual(set(os.listdir(self.directory)), names)
@@ -49,7 +50,7 @@ class Failures(CommandTest):
                           ["enhance", self.good, self.good, *out], ["engine", self.good, "--agc-table", 5, *out],
                           ["enhance", self.good, "-o", self.path("out.mp3x")],
                           ["enhance", "-", "--out-dir", self.directory],
-                          ["enhance", self.good, self.path("x/good.flac"), "--out-dir", self.path("clean")],
+                          ["enhance", self.good, self.path("x/good.wav"), "--out-dir", self.path("clean")],
                           ["engine", self.good, "--rate", 16000, *out], ["scene", SPEECH, "--snr", "nan", *out],
                           ["scene", SPEECH, "--seed", -1, *out],
                           ["scene", SPEECH, "--noise", "none", "--noise-from", 0, *out]):

@@ -128,15 +128,15 @@ void addScene(CLI::App& app, Run& run) {
   command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
   command->footer(
       "The microphones are " + fixed(1000 * beams::distance(settings.microphones), 1) +
-      " mm apart, or as --beams says: 0 degrees is beyond microphone 2,\n"
-      "90 degrees in front, 180 degrees beyond microphone 1. The noise comes from all around. The "
-      "signal-to-noise "
-      "ratio\n"
-      "is that of the speech without its pauses to all of the noise, at microphone 1. Babble and\n"
-      "recorded noise are made of the first " +
+      " mm apart, or as --beams says: 0 degrees is beyond microphone\n"
+      "2, 90 degrees in front, 180 degrees beyond microphone 1. The noise comes from all around.\n"
+      "The signal-to-noise ratio is that of the speech without its pauses to all of the noise, at\n"
+      "microphone 1. Babble and recorded noise are made of the first " +
       std::to_string(Material::kMost / 1'000'000) +
-      " million samples of their recording,\n10 minutes at 16 kHz. Speech from a pipe is kept in "
-      "memory; a file is read two or three times.\n\n"
+      " million samples of their\n"
+      "recording, 10 minutes at 16 kHz. A file of speech is read two or three times; speech from "
+      "a\n"
+      "pipe is kept in memory.\n\n"
       "Examples:\n"
       "  arvessa scene speech.wav --talker 0 --noise babble --snr 5 -o noisy.wav\n"
       "  arvessa scene speech.wav --noise fan --noise-from 180 --seed 7 --rate 8000 -o noisy.flac");
