@@ -80,8 +80,9 @@ class Live {
     const rate = this.context.sampleRate;
     const offline = new OfflineAudioContext(1, rate, rate);
     const buffer = offline.createBuffer(1, rate, rate);
-    const sent = buffer.getChannelData(0);
-    for (let n = 0; n < rate; ++n) sent[n] = speech[Math.floor((n / rate) * speechRate)] / 32768;
+    const sent = Float32Array.from({ length: rate }, (_, n) =>
+      speech[Math.floor((n / rate) * speechRate)] / 32768);
+    buffer.copyToChannel(sent, 0);
     const source = new AudioBufferSourceNode(offline, { buffer });
     source.connect(await this.nodeIn(offline, settings)).connect(offline.destination);
     source.start();

@@ -138,7 +138,9 @@ class PageTest(unittest.TestCase):
         self.settle()
 
     def load(self, path):
+        opened = self.run_js("return opened")
         self.get("file").send_keys(str(path))
+        self.wait(lambda: self.run_js("return opened") > opened)
         self.settle()
 
     def saved(self, button):
@@ -167,7 +169,7 @@ class PageTest(unittest.TestCase):
     def assert_same_samples(self, wav_bytes, expected):
         path = self.folder / "got.wav"
         path.write_bytes(wav_bytes)
-        self.assertEqual(samples_of(path), samples_of(expected))
+        self.assertTrue(samples_of(path) == samples_of(expected))  # without a diff of megabytes
 
 
 def samples_of(path):
