@@ -2,30 +2,11 @@
 #include "front_end/front_end.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "abi/front_end_frame.h"
 #include "front_end/library_call.h"
 
 namespace arvessa::app {
-namespace {
-
-double decibels(double gain) { return gain > 0 ? std::max(-100.0, 20 * std::log10(gain)) : -100; }
-
-// Takes the mean of the suppression gains, which the engine keeps nowhere.
-struct MeanGain {
-  double& mean;
-
-  void operator()(const GainsFound& found) const {
-    double sum = 0;
-    for (const Word16 gain : found.binGain) sum += gain / 32768.0;
-    mean = sum / static_cast<double>(found.binGain.size());
-  }
-  template <class Record>
-  void operator()(const Record& /*other*/) const {}
-};
-
-}  // namespace
 
 FrontEnd::FrontEnd(const FrontEndSettings& settings) : settings_(settings) {
   for (std::size_t i = 0; i < kWeights; ++i) {
@@ -73,14 +54,8 @@ Decision FrontEnd::process(std::span<const Word16, 2 * ARVESSA_FRAME_SAMPLES> mi
   engineConfig().pState = nullptr;
 
   const auto& state = *reinterpret_cast<const ArvessaState*>(work_.data());
-  const AgcState& agc = state.engine.agc;
-  const double gain = gainTable(kFrontEndGainTable)[static_cast<std::size_t>(agc.agcGainIdx)];
-  return {settings_.heldBeam.value_or(state.beamformer.beamSelected),
-          agc.vadFlag,
-          agc.agcGainIdx,
-          decibels(gain / 65536.0),
-          -static_cast<double>(state.engine.noiseReduction.floorLevel),
-          decibels(meanGain_)};
+  const int beam = settings_.heldBeam.value_or(state.beamformer.beamSelected);
+  return decisionOf(state.engine, kFrontEndGainTable, meanGain_, beam);
 }
 
 }  // namespace arvessa::app

@@ -11,6 +11,7 @@
 
 #include "Arvessa.h"
 #include "abi/work_buffer.h"
+#include "front_end/decision.h"
 
 namespace arvessa::app {
 
@@ -21,16 +22,6 @@ struct FrontEndSettings {
   bool swap = false;              // the second channel is microphone 1
   std::optional<int> heldBeam{};  // 0..2: this beam from the first sample to the last
   BeamWeights beams = storedBeams();
-};
-
-// About one frame, after it.
-struct Decision {
-  int beam;                // in use, 0..2
-  int voice;               // 1 if the frame carries voice
-  int agcIndex;            // of the AGC's gain in its table, 0..31
-  double agcGain;          // dB
-  double floor;            // of the suppression, dB
-  double meanSuppression;  // mean gain over all bins, dB; 0 without suppression
 };
 
 class FrontEnd {
