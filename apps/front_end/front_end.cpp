@@ -9,6 +9,13 @@
 namespace arvessa::app {
 
 FrontEnd::FrontEnd(const FrontEndSettings& settings) : settings_(settings) {
+  ArvessaConfig init = config();
+  mustBeZero(Arvessa_Init(&init));
+  change(settings);
+}
+
+void FrontEnd::change(const FrontEndSettings& settings) {
+  settings_ = settings;
   for (std::size_t i = 0; i < kWeights; ++i) {
     // Three times the same beam: whichever of them wins, it is held.
     const std::size_t from =
@@ -19,9 +26,8 @@ FrontEnd::FrontEnd(const FrontEndSettings& settings) : settings_(settings) {
     im_[i] = settings.beams.im[from];
   }
   settings_.beams = {};
-  ArvessaConfig init = config();
-  mustBeZero(Arvessa_Init(&init));
   // The interface has one switch for the engine and its AGC.
+  engineConfig().nrEnable = flag(settings.noiseReduction);
   engineConfig().agcEnable = flag(settings.agc);
   engineConfig().pState = nullptr;
 }

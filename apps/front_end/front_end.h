@@ -28,6 +28,8 @@ class FrontEnd {
  public:
   explicit FrontEnd(const FrontEndSettings& settings);
 
+  // From the next frame on.
+  void change(const FrontEndSettings& settings);
   // One frame of 10 ms at 8 kHz: 80 samples of channel 1, then 80 of channel 2. Both are 4-byte
   // aligned.
   Decision process(std::span<const Word16, 2 * ARVESSA_FRAME_SAMPLES> microphones,
