@@ -2,6 +2,7 @@
 // What Python calls. It owns all memory: a stream is a buffer of as many bytes as *_bytes says,
 // aligned for any number. Arguments are right; the Python side has checked them.
 
+#include <cfenv>
 #include <cstdint>
 #include <cstring>
 #include <new>
@@ -29,6 +30,22 @@ using EngineStream = Chunks<SingleEngine>;
 static_assert(std::is_trivially_copyable_v<FrontEndStream>);
 static_assert(std::is_trivially_copyable_v<EngineStream>);
 
+// Rounding to nearest and denormals, while it lives: the bits of the output depend on both. A
+// library that was built with -ffast-math switches denormals off in the thread that imports it.
+class DefaultFloats {
+ public:
+  DefaultFloats() {
+    std::fegetenv(&before_);
+    std::fesetenv(FE_DFL_ENV);
+  }
+  DefaultFloats(const DefaultFloats&) = delete;
+  DefaultFloats& operator=(const DefaultFloats&) = delete;
+  ~DefaultFloats() { std::fesetenv(&before_); }
+
+ private:
+  std::fenv_t before_{};
+};
+
 // What was written, as counts.
 std::size_t countsOf(const Output& end, const Word16* out, const double* rows,
                      std::size_t* rowCount) {
@@ -39,6 +56,7 @@ std::size_t countsOf(const Output& end, const Word16* out, const double* rows,
 template <class Stream>
 std::size_t process(void* stream, const Word16* in, std::size_t samples, Word16* out, double* rows,
                     std::size_t* rowCount) {
+  const DefaultFloats floats;
   Output end = {out, rows};
   static_cast<Stream*>(stream)->process(in, samples, end);
   return countsOf(end, out, rows, rowCount);
@@ -46,6 +64,7 @@ std::size_t process(void* stream, const Word16* in, std::size_t samples, Word16*
 
 template <class Stream>
 std::size_t flush(void* stream, Word16* out, double* rows, std::size_t* rowCount) {
+  const DefaultFloats floats;
   Output end = {out, rows};
   static_cast<Stream*>(stream)->flush(end);
   return countsOf(end, out, rows, rowCount);

@@ -2,7 +2,9 @@
 """The package against the command, and its streams against whole recordings."""
 
 import csv
+import ctypes
 import pickle
+import platform
 import random
 import tempfile
 import unittest
@@ -103,6 +105,24 @@ class Streams(Equal):
         self.assertSame(stream.flush(), np.empty(0, np.int16))
         self.assertSame(np.concatenate((stream.process(NOISY), stream.flush())),
                         np.concatenate(parts))
+
+    def test_floats_of_the_caller(self):
+        """A fast-math library may have flushed denormals, here SSE's control word does."""
+        expected = arvessa.enhance(NOISY)
+        libm = ctypes.CDLL("libm.so.6")
+        environment = (ctypes.c_uint32 * 8)()
+        libm.fegetenv(environment)
+        fast = type(environment).from_buffer_copy(environment)
+        if platform.machine() == "x86_64":
+            fast[7] |= 0x8040 | 0x4000  # flush to zero, denormals are zero, round upwards
+        libm.fesetenv(fast)
+        try:
+            clean = arvessa.enhance(NOISY)
+            libm.fegetenv(after := type(environment)())
+        finally:
+            libm.fesetenv(environment)
+        self.assertSame(clean, expected)
+        self.assertEqual(after[7], fast[7])
 
     def test_threads(self):
         pieces = [NOISY[begin:begin + 16000] for begin in range(0, 40000, 5000)]
