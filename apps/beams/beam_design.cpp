@@ -29,7 +29,7 @@ MicrophoneVector steeringVector(const Geometry& geometry, double azimuth, double
 
 // Coherence of the microphones in a spherically isotropic field.
 double isotropicCoherence(const Geometry& geometry, double frequency) {
-  const double x = kTwoPi * frequency * distance(geometry) / kSpeedOfSound;
+  const double x = kTwoPi * frequency * distance(geometry.microphones) / kSpeedOfSound;
   return x == 0.0 ? 1.0 : std::sin(x) / x;
 }
 

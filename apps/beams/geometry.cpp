@@ -16,7 +16,7 @@ double cosineToLine(const Geometry& geometry, double degrees) {
   const auto& [first, second] = geometry.microphones;
   const double angle = degrees * std::numbers::pi / 180;
   return ((second.x - first.x) * std::cos(angle) + (second.y - first.y) * std::sin(angle)) /
-         distance(geometry);
+         distance(geometry.microphones);
 }
 
 std::string shown(double degrees) {
@@ -28,17 +28,17 @@ std::string shown(double degrees) {
 
 }  // namespace
 
-double distance(const Geometry& geometry) {
-  const auto& [first, second] = geometry.microphones;
+double distance(const Microphones& microphones) {
+  const auto& [first, second] = microphones;
   return std::hypot(second.x - first.x, second.y - first.y);
 }
 
-double sideLobeFrequency(const Geometry& geometry) {
-  return kSpeedOfSound / (2 * distance(geometry));
+double sideLobeFrequency(const Microphones& microphones) {
+  return kSpeedOfSound / (2 * distance(microphones));
 }
 
 std::string reasonAgainst(const Geometry& geometry) {
-  const double apart = distance(geometry);
+  const double apart = distance(geometry.microphones);
   if (!(apart >= kLeastDistance)) return "the microphones are at the same place";
   if (!(apart <= kLargestDistance)) return "the microphones are farther apart than 1 m";
   const auto& directions = geometry.directions;

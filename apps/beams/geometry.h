@@ -15,8 +15,10 @@ struct Position {  // m
   double y;
 };
 
+using Microphones = std::array<Position, 2>;
+
 struct Geometry {
-  std::array<Position, 2> microphones;
+  Microphones microphones;
   // Towards the source, degrees from the x axis, counter-clockwise; two or three of them.
   std::vector<double> directions;
 };
@@ -24,11 +26,11 @@ struct Geometry {
 // That of the stored beams: 0 degrees is end-fire with microphone 2 ahead.
 Geometry storedGeometry();
 
-double distance(const Geometry& geometry);  // of the microphones, m
+double distance(const Microphones& microphones);  // m
 
 // The frequency in Hz at which the microphones are half a wavelength apart. Above it the beams have
 // side lobes.
-double sideLobeFrequency(const Geometry& geometry);
+double sideLobeFrequency(const Microphones& microphones);
 
 // Why no beams can be made for it; empty if they can.
 std::string reasonAgainst(const Geometry& geometry);

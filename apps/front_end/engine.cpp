@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "abi/engine_frame.h"
 #include "front_end/library_call.h"
 
 namespace arvessa::app {
@@ -18,13 +19,14 @@ constexpr int kFullbandLatency = 144 + 2 + 7;
 constexpr std::array<int, kEngineRates.size()> kLatencies = {24, 48, 96, kFullbandLatency};
 
 std::size_t rateCodeOf(int rate) {
-  return static_cast<std::size_t>(std::ranges::find(kEngineRates, rate) - kEngineRates.begin());
+  return static_cast<std::size_t>(std::find(kEngineRates.begin(), kEngineRates.end(), rate) -
+                                  kEngineRates.begin());
 }
 
 }  // namespace
 
 int engineRateFor(int rate) {
-  const auto* const enough = std::ranges::lower_bound(kEngineRates, rate);
+  const auto* const enough = std::lower_bound(kEngineRates.begin(), kEngineRates.end(), rate);
   return enough == kEngineRates.end() ? kEngineRates.back() : *enough;
 }
 
@@ -43,7 +45,7 @@ void Engine::change(const EngineSettings& settings) {
   latency_ = settings.noiseReduction || settings.agc ? kLatencies[rateCode_] : 0;
 }
 
-void Engine::process(std::span<const Word16> in, std::span<Word16> out) {
+Decision Engine::process(std::span<const Word16> in, std::span<Word16> out) {
   VornConfig config = {state_.data(),
                        VORN_STATE_BYTES,
                        VORN_CHECK_VALUE,
@@ -52,7 +54,10 @@ void Engine::process(std::span<const Word16> in, std::span<Word16> out) {
                        flag(settings_.agc),
                        static_cast<std::uint8_t>(settings_.agcTable)};
   auto length = static_cast<Word16>(in.size());
-  mustBeZero(VORN_Proc(in.data(), length, out.data(), &length, &config));
+  MeanGain observer{meanGain_};
+  mustBeZero(engineFrame(in.data(), length, out.data(), &length, &config, observer));
+  return decisionOf(*reinterpret_cast<const WvqeState*>(state_.data()), settings_.agcTable,
+                    meanGain_, 0);
 }
 
 }  // namespace arvessa::app

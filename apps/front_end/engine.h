@@ -8,6 +8,7 @@
 #include <span>
 
 #include "Vorn.h"
+#include "front_end/decision.h"
 
 namespace arvessa::app {
 
@@ -31,7 +32,7 @@ class Engine {
   // From the next frame on.
   void change(const EngineSettings& settings);
   // One frame of 10 ms; both are 4-byte aligned and may be the same.
-  void process(std::span<const Word16> in, std::span<Word16> out);
+  Decision process(std::span<const Word16> in, std::span<Word16> out);
   // Samples by which the output lags the input, 0 with everything off.
   int latency() const { return latency_; }
 
@@ -40,6 +41,7 @@ class Engine {
   EngineSettings settings_;
   std::uint8_t rateCode_;
   int latency_;
+  double meanGain_ = 1;  // of the suppression in the last frame
 };
 
 }  // namespace arvessa::app

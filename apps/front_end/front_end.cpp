@@ -2,30 +2,11 @@
 #include "front_end/front_end.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "abi/front_end_frame.h"
 #include "front_end/library_call.h"
 
 namespace arvessa::app {
-namespace {
-
-double decibels(double gain) { return gain > 0 ? std::max(-100.0, 20 * std::log10(gain)) : -100; }
-
-// Takes the mean of the suppression gains, which the engine keeps nowhere.
-struct MeanGain {
-  double& mean;
-
-  void operator()(const GainsFound& found) const {
-    double sum = 0;
-    for (const Word16 gain : found.binGain) sum += gain / 32768.0;
-    mean = sum / static_cast<double>(found.binGain.size());
-  }
-  template <class Record>
-  void operator()(const Record& /*other*/) const {}
-};
-
-}  // namespace
 
 FrontEnd::FrontEnd(const FrontEndSettings& settings) : settings_(settings) {
   ArvessaConfig init = config();
@@ -44,20 +25,15 @@ void FrontEnd::change(const FrontEndSettings& settings) {
     re_[i] = settings.beams.re[from];
     im_[i] = settings.beams.im[from];
   }
+  settings_.beams = {};
   // The interface has one switch for the engine and its AGC.
-  vornConfigIn(reinterpret_cast<ArvessaState*>(work_.data()))->agcEnable = flag(settings.agc);
+  engineConfig().nrEnable = flag(settings.noiseReduction);
+  engineConfig().agcEnable = flag(settings.agc);
+  engineConfig().pState = nullptr;
 }
 
-FrontEnd::FrontEnd(const FrontEnd& other) { *this = other; }
-
-FrontEnd& FrontEnd::operator=(const FrontEnd& other) {
-  work_ = other.work_;
-  settings_ = other.settings_;
-  re_ = other.re_;
-  im_ = other.im_;
-  meanGain_ = other.meanGain_;
-  vornConfigIn(reinterpret_cast<ArvessaState*>(work_.data()))->pState = work_.data();
-  return *this;
+VornConfig& FrontEnd::engineConfig() {
+  return *vornConfigIn(reinterpret_cast<ArvessaState*>(work_.data()));
 }
 
 ArvessaConfig FrontEnd::config() {
@@ -78,17 +54,14 @@ Decision FrontEnd::process(std::span<const Word16, 2 * ARVESSA_FRAME_SAMPLES> mi
                    microphones.end(), in.begin());
   const ArvessaConfig cfg = config();
   MeanGain observer{meanGain_};
+  // Points to this very value, so only while it stays in place.
+  engineConfig().pState = work_.data();
   mustBeZero(frontEndFrame(in.data(), out.data(), &cfg, {re_.data(), im_.data()}, observer));
+  engineConfig().pState = nullptr;
 
   const auto& state = *reinterpret_cast<const ArvessaState*>(work_.data());
-  const AgcState& agc = state.engine.agc;
-  const double gain = gainTable(kFrontEndGainTable)[static_cast<std::size_t>(agc.agcGainIdx)];
-  return {settings_.heldBeam.value_or(state.beamformer.beamSelected),
-          agc.vadFlag,
-          agc.agcGainIdx,
-          decibels(gain / 65536.0),
-          -static_cast<double>(state.engine.noiseReduction.floorLevel),
-          decibels(meanGain_)};
+  const int beam = settings_.heldBeam.value_or(state.beamformer.beamSelected);
+  return decisionOf(state.engine, kFrontEndGainTable, meanGain_, beam);
 }
 
 }  // namespace arvessa::app

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The front end as a value, its work buffer included, with what only a program that is built with
+// The front end as a value, its work buffer included and free of pointers, with what only a program that is built with
 // the library can ask of it: other beams, a beam that is held, suppression without AGC, and every
 // decision. No heap, no exceptions.
 
@@ -11,6 +11,7 @@
 
 #include "Arvessa.h"
 #include "abi/work_buffer.h"
+#include "front_end/decision.h"
 
 namespace arvessa::app {
 
@@ -23,22 +24,9 @@ struct FrontEndSettings {
   BeamWeights beams = storedBeams();
 };
 
-// About one frame, after it.
-struct Decision {
-  int beam;                // in use, 0..2
-  int voice;               // 1 if the frame carries voice
-  int agcIndex;            // of the AGC's gain in its table, 0..31
-  double agcGain;          // dB
-  double floor;            // of the suppression, dB
-  double meanSuppression;  // mean gain over all bins, dB; 0 without suppression
-};
-
 class FrontEnd {
  public:
   explicit FrontEnd(const FrontEndSettings& settings);
-  FrontEnd(const FrontEnd& other);
-  FrontEnd& operator=(const FrontEnd& other);
-  ~FrontEnd() = default;
 
   // From the next frame on.
   void change(const FrontEndSettings& settings);
@@ -53,6 +41,7 @@ class FrontEnd {
   static constexpr std::size_t kWeights = std::size_t{kBeams} * kBeamBlock;
 
   ArvessaConfig config();
+  VornConfig& engineConfig();
 
   alignas(VornConfig) std::array<std::byte, ARVESSA_WORK_BYTES> work_{};
   FrontEndSettings settings_;

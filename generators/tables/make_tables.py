@@ -180,7 +180,11 @@ def kummer_squared(v):
     return (math.gamma(1.25) * math.exp(-v) * total) ** 2
 
 
-def array(ctype, name, values, comment):
+# Each pair of 16-bit numbers in one word.
+PAIRS = "alignas(4) const"
+
+
+def array(ctype, name, values, comment, qualifier="const"):
     text = ", ".join(str(v) for v in values)
     lines, line = [], "   "
     for word in text.split():
@@ -190,7 +194,8 @@ def array(ctype, name, values, comment):
         line += " " + word
     lines.append(line)
     note = "".join("// %s\n" % c for c in comment.split("\n") if c)
-    return "%sconst %s %s[%d] = {\n%s};\n" % (note, ctype, name, len(values), "\n".join(lines))
+    return "%s%s %s %s[%d] = {\n%s};\n" % (
+        note, qualifier, ctype, name, len(values), "\n".join(lines))
 
 
 def table_file(header, exported, hidden=()):
@@ -221,14 +226,15 @@ def files():
     for rate, points in (("8K", 64), ("16K", 128), ("32K", 256)):
         fft.append(array("Word16", "WVQE_CONST_TABLE_FFT_COEF_" + rate, flat(twiddles(rate)),
                          "(cos t, -sin t) in Q15, t = pi j / %d, j = 0..%d: %s"
-                         % (points, points - 1, rules[rate])))
+                         % (points, points - 1, rules[rate]), PAIRS))
     for rate in ("8K", "16K", "32K"):
         source = " The last stage from\nthe table of its own rate, the others from the 16 kHz table." \
             if rate == "32K" else ""
         fft.append(array("Word16", "WVQE_CONST_TABLE_FFT_COEF_Rearrange_" + rate,
                          flat(rearranged(rate)),
                          "The same pairs in the order in which the stages use them: stage s takes\n"
-                         "exp(-2 pi j g / 2^(s+1)), g = 0..2^s-1, each twice but in the last." + source))
+                         "exp(-2 pi j g / 2^(s+1)), g = 0..2^s-1, each twice but in the last." + source,
+                         PAIRS))
     out["noise_reduction/transform_tables.cpp"] = table_file("noise_reduction/tables.h", fft)
 
     out["noise_reduction/analysis_window_tables.cpp"] = table_file("noise_reduction/tables.h", [
@@ -253,7 +259,7 @@ def files():
                   "The bin's share in the upper band, Q15.")]
     out["noise_reduction/filterbank_tables.cpp"] = table_file("noise_reduction/tables.h", banks)
 
-    out["noise_reduction/gain_curve_tables.cpp"] = table_file("noise_reduction/tables.h", [array(
+    out["kernels/gain_curve_table.cpp"] = table_file("kernels/gain_curves.h", [array(
         "unsigned short", "WVQE_CONST_TABLE_HYPERGEOM_GAIN",
         [round_half_away(8192 * kummer_squared(i / 2)) for i in range(21)],
         "[Gamma(1.25) M(-0.25; 1; -v)]^2 in Q13 at v = 0, 0.5 .. 10, M Kummer's function.")])

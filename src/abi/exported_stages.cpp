@@ -5,7 +5,8 @@
 
 #include "abi/engine_frame.h"
 #include "abi/views.h"
-#include "noise_reduction/gain_curves.h"
+#include "kernels/gain_curves.h"
+#include "noise_reduction/suppression_floor.h"
 
 namespace arvessa {
 namespace {
@@ -178,16 +179,16 @@ void VORN_NR_Gain_Proc2_ASM(const Word16* priorSnr, const Word32* bandPower, Wor
                             Word32* bandSnrState, const Word16* postSnr, const Word16* bandSmooth,
                             Word16* speechProb, Word16 globalPresence) {
   using namespace arvessa;
-  gainsUnderPresence({bandView(postSnr), bandView(priorSnr)}, bandView(bandPower),
-                     bandView(bandSmooth), globalPresence, bandView(bandSnrState),
-                     {bandView(gainH1), bandView(speechProb)});
+  Kernels::gainsUnderPresence({bandView(postSnr), bandView(priorSnr)}, bandView(bandPower),
+                              bandView(bandSmooth), globalPresence, bandView(bandSnrState),
+                              {bandView(gainH1), bandView(speechProb)});
 }
 
 void VORN_NR_Gain_Proc3_ASM(const Word32* bandNoise, Word16* gainH1, const Word16* speechProb,
                             Word16* bandGain, Word16 floorGain) {
   using namespace arvessa;
-  mixWithFloor(bandView(bandNoise), floorGain, bandView(speechProb), bandView(gainH1),
-               bandView(bandGain));
+  Kernels::mixWithFloor(bandView(bandNoise), floorGain, bandView(speechProb), bandView(gainH1),
+                        bandView(bandGain));
 }
 
 Word32 WVQE_Hypergeom_Gain(Word32 v) { return arvessa::amplitudeFactor(v); }

@@ -128,7 +128,7 @@ ARVESSA_API void WVQE_PostAndPriorSNR(Word16* postSnr, Word16* priorSnr, Word32*
                                       const Word32* bandPower, const Word32* bandNoise,
                                       Word16 frameNo);
 
-// --- gain (noise_reduction/suppression_gain.h, noise_reduction/gain_curves.h)
+// --- gain (noise_reduction/suppression_gain.h, noise_reduction/suppression_floor.h)
 
 // postSnr, priorSnr  24 values in Q8 (-256..25600, 0..25600)
 // bandNoise          24 noise powers, 7 fraction bits

@@ -9,6 +9,7 @@ namespace {
 // The magnitudes of the words, ORed: the highest set bit is that of the largest magnitude.
 std::uint32_t magnitudeBits(std::span<const Word32> words) {
   std::uint32_t bits = 0;
+#pragma GCC unroll 4
   for (const Word32 word : words) {
     const auto sign = static_cast<std::uint32_t>(word >> 31);
     bits |= (static_cast<std::uint32_t>(word) ^ sign) - sign;
@@ -18,11 +19,13 @@ std::uint32_t magnitudeBits(std::span<const Word32> words) {
 
 void shiftRight(std::span<Word32> words, int count) {
   const int bounded = count > 31 ? 31 : count;
+#pragma GCC unroll 4
   for (Word32& word : words) word >>= bounded;
 }
 
 // Without saturation: the words have the headroom.
 void shiftLeft(std::span<Word32> words, int count) {
+#pragma GCC unroll 4
   for (Word32& word : words) {
     word = static_cast<Word32>(static_cast<std::uint32_t>(word) << count);
   }
@@ -32,6 +35,7 @@ void shiftLeft(std::span<Word32> words, int count) {
 
 UsedBits usedBits(std::span<const Word32> words) {
   UsedBits bits = 0;
+#pragma GCC unroll 4
   for (const Word32 word : words) bits |= usedBits(word);
   return bits;
 }

@@ -87,8 +87,41 @@ constexpr Word32 lDiv32(Word32 num, Word32 den) {
 // to m = den 2^b that is floor(num 2^b / (m - 1)), which is another number only from num = m - 1
 // on, that is 2^30 - 1; and there, the loop clamps. An odd m is a den above all num. Larger
 // numerators also lose a bit when they are normalised.
+//
+// A processor without a divider takes the reciprocal of a short divisor, normalised to
+// 2^15 <= d < 2^16: a table of 9 bits, and one step r <- r (2 - d r) (Newton), after which it is less
+// than 2^-15.9 too small, relatively. A quotient up to 2^15 then is at most one too small.
 inline constexpr std::uint32_t kExactLimit = 1U << 30;
+#if defined(__arm__) && !defined(__ARM_FEATURE_IDIV)
+inline constexpr bool kHasDivider = false;
+#else
+inline constexpr bool kHasDivider = true;
+#endif
+struct Reciprocals {
+  std::uint8_t lowBits[256];  // of 2^24 / d in the middle of 128 d, less 256
+};
+inline constexpr Reciprocals kReciprocals = [] {
+  Reciprocals r{};
+  for (std::uint32_t i = 0; i < 256; ++i) {
+    const std::uint32_t middle = (1U << 15) + 128 * i + 64;
+    r.lowBits[i] = static_cast<std::uint8_t>(((1U << 24) + middle / 2) / middle - 256);
+  }
+  return r;
+}();
+// For 0 <= num < 2^31 and 0 < den < 2^16, a quotient up to 2^15.
+constexpr Word32 shortQuotient(std::uint32_t num, std::uint32_t den) {
+  const int zeros = std::countl_zero(den) - 16;
+  const std::uint32_t d = den << zeros;
+  const std::uint32_t estimate = 256U + kReciprocals.lowBits[(d >> 7) & 255];
+  const std::uint32_t r = estimate * (((1U << 25) - d * estimate) >> 2);  // 2^46 / d
+  auto result = static_cast<std::uint32_t>((std::uint64_t{2 * num} * r) >> 32) >> (15 - zeros);
+  if (num - result * den >= den) ++result;
+  return static_cast<Word32>(result);
+}
 constexpr Word32 exactQuotient(Word32 num, Word32 den) {
+  if (!kHasDivider && den < 1 << 16 && num >> 15 < den) {
+    return shortQuotient(static_cast<std::uint32_t>(num), static_cast<std::uint32_t>(den));
+  }
   return static_cast<Word32>(static_cast<std::uint32_t>(num) / static_cast<std::uint32_t>(den));
 }
 

@@ -5,6 +5,11 @@
 
 #include "arithmetic/operators.h"
 #include "kernels/kernels.h"
+#include "kernels/products.h"
+
+#ifdef ARVESSA_VECTOR_UNIT
+#include "kernels/vector_unit.h"
+#endif
 
 extern "C" {
 
@@ -27,112 +32,231 @@ namespace {
 
 using Coefficients = Word32[kFilterOrder + 1];
 
+struct LowPass {
+  static constexpr const Coefficients& b = AEC_CONST_LPF_B;
+  static constexpr const Coefficients& a = AEC_CONST_LPF_A;
+  static constexpr Word16 kShift = kLowPassShift;
+};
+struct HighPass {
+  static constexpr const Coefficients& b = AEC_CONST_HPF_B;
+  static constexpr const Coefficients& a = AEC_CONST_HPF_A;
+  static constexpr Word16 kShift = kHighPassShift;
+};
+
 // Whether no sum of a filter can saturate, whatever its memories hold. A product with a 16-bit
-// input lies within |B|, one with a 32-bit output within |A|.
-constexpr bool cannotSaturate(const Coefficients& b, const Coefficients& a) {
+// input lies within |B|, one with a 32-bit output within |A|; none is with -1.
+template <class Design>
+constexpr bool cannotSaturate() {
   std::int64_t forward = 0;
   std::int64_t feedback = 0;
   for (int i = 0; i <= kFilterOrder; ++i) {
-    forward += b[i] < 0 ? -std::int64_t{b[i]} : b[i];
-    if (i > 0) feedback += a[i] < 0 ? -std::int64_t{a[i]} : a[i];
+    forward += Design::b[i] < 0 ? -std::int64_t{Design::b[i]} : Design::b[i];
+    if (i > 0) feedback += Design::a[i] < 0 ? -std::int64_t{Design::a[i]} : Design::a[i];
   }
   return forward < kMax32 && forward / 8 + 1 + feedback < kMax32;
 }
 // So the sums below are plain ones.
-static_assert(cannotSaturate(AEC_CONST_LPF_B, AEC_CONST_LPF_A));
-static_assert(cannotSaturate(AEC_CONST_HPF_B, AEC_CONST_HPF_A));
+static_assert(cannotSaturate<LowPass>() && cannotSaturate<HighPass>());
+
+Word16 roundedLow(Word32 v) { return roundHigh(lShl(v, kLowPassRounding)); }
+
+// Whole blocks in steps of a kind. A filter first sums what looks at the input only,
+// v[n] = sum floor(b[i] x[n - i] / 2^15) >> 3, and then takes sum floor(a[i] y[n - i] / 2^31) from
+// that, where y = 2^shift v, saturated. Before the blocks lie the ten values of the memories; the
+// blocks may be read and written up to the next multiple of 8. Afterwards the last ten y are
+// there. False, and v is lost, if values lie outside of the range that the steps can compute.
+struct OneByOne {
+  template <class Design>
+  static bool filter(const Word16* x, Word32* y, std::size_t samples, Word32* v) {
+    for (std::size_t n = 0; n < samples; n += 2, x += 2) {
+      Word32 first = 0;
+      Word32 second = 0;
+      FactorPair now = loadPair(x);
+#pragma GCC unroll 5
+      for (int i = 0; i < kFilterOrder; i += 2) {
+        const FactorPair before = loadPair(x - i - 2);
+        first = addByFirst(first, 2 * Design::b[i], now);
+        second = addBySecond(second, 2 * Design::b[i], now);
+        first = addBySecond(first, 2 * Design::b[i + 1], before);
+        second = addByFirst(second, 2 * Design::b[i + 1], now);
+        now = before;
+      }
+      v[n] = addByFirst(first, 2 * Design::b[kFilterOrder], now) >> 3;
+      v[n + 1] = addBySecond(second, 2 * Design::b[kFilterOrder], now) >> 3;
+    }
+    for (std::size_t n = 0; n < samples; n += 2, y += 2) {
+      Word32 first = v[n];
+      Word32 second = v[n + 1];
+#pragma GCC unroll 9
+      for (int i = kFilterOrder; i > 1; --i) {
+        first -= upperProduct(2 * Design::a[i], y[-i]);
+        second -= upperProduct(2 * Design::a[i], y[1 - i]);
+      }
+      v[n] = first - upperProduct(2 * Design::a[1], y[-1]);
+      y[0] = lShl(v[n], Design::kShift);
+      v[n + 1] = second - upperProduct(2 * Design::a[1], y[0]);
+      y[1] = lShl(v[n + 1], Design::kShift);
+    }
+    return true;
+  }
+
+  static void addHigh(const Word32* v, std::span<const Word16> high, Word16* out) {
+    for (std::size_t n = 0; n < high.size(); ++n) {
+      out[n] = add(high[n], roundedLow(lAdd(v[n], lAdd(v[n], v[n]))));
+    }
+  }
+  static void roundHighPass(const Word32* v, std::size_t samples, Word16* high) {
+    for (std::size_t n = 0; n < samples; ++n) high[n] = roundHigh(lShl(v[n], kHighPassRounding));
+  }
+};
+
+#ifdef ARVESSA_VECTOR_UNIT
+struct InVectors {
+  template <class Design>
+  static bool filter(const Word16* x, Word32* y, std::size_t samples, Word32* v) {
+    const FeedbackTaps feedbackTaps = feedbackTapsOf(Design::a);
+    TapPair taps[kFilterOrder / 2 + 1];
+    for (int i = 0; i < kFilterOrder; i += 2) taps[i / 2] = tapPair(Design::b[i], Design::b[i + 1]);
+    taps[kFilterOrder / 2] = tapPair(Design::b[kFilterOrder], 0);
+    for (std::size_t n = 0; n < samples; n += 8) {
+      Words first = splat(0);
+      Words second = splat(0);
+      for (int i = 0; i <= kFilterOrder / 2; ++i) addTaps(first, second, x + n - 2 * i, taps[i]);
+      store(v + n, (first >> 3) + feedbackTaps.excess);
+      store(v + n + 4, (second >> 3) + feedbackTaps.excess);
+    }
+    Feedback feedback(feedbackTaps);
+#pragma GCC unroll 1
+    for (int i = kFilterOrder; i > 0; i -= 2) feedback.remember(y - i);
+    for (std::size_t n = 0; n < samples; n += 2) feedback.step<Design::kShift>(v + n);
+    // What precedes the first value that is too large is exact.
+    if (usedBits({y - kFilterOrder, kFilterOrder}) > kFeedbackBits ||
+        usedBits({v, samples}) > kFeedbackBits >> Design::kShift) {
+      return false;
+    }
+    const std::size_t kept = std::min<std::size_t>(samples, kFilterOrder);
+    for (std::size_t n = samples - kept; n < samples; ++n) y[n] = v[n] * (1 << Design::kShift);
+    return true;
+  }
+
+  // After the filter v has headroom for three times the rounded value.
+  static void addHigh(const Word32* v, std::span<const Word16> high, Word16* out) {
+    constexpr int kFraction = 16 - kLowPassRounding;
+    std::size_t n = 0;
+    for (; n + 4 <= high.size(); n += 4) {
+      const Words x = load(v + n);
+      const Words rounded = (x + x + x + (1 << (kFraction - 1))) >> kFraction;
+      storeSaturatedSum(out + n, &high[n], rounded);
+    }
+    OneByOne::addHigh(v + n, high.subspan(n), out + n);
+  }
+  static void roundHighPass(const Word32* v, std::size_t samples, Word16* high) {
+    constexpr int kFraction = 16 - kHighPassRounding;
+    std::size_t n = 0;
+    for (; n + 4 <= samples; n += 4) {
+      storeSaturated(high + n, (load(v + n) + (1 << (kFraction - 1))) >> kFraction);
+    }
+    OneByOne::roundHighPass(v + n, samples - n, high + n);
+  }
+};
+#endif
 
 // A filter with its memories laid out in time: the ten values before the block, oldest first, then
 // the block itself.
-template <Word16 kMemoryShift>
+template <class Design>
 class Filter {
  public:
-  Filter(const Coefficients& b, const Coefficients& a, const FilterMemory& memory)
-      : b_(b), a_(a), memory_(memory) {
-    std::reverse_copy(memory.x.begin(), memory.x.end(), x_);
+  explicit Filter(const FilterMemory& memory) : memory_(memory) {
+    std::reverse_copy(memory.x.begin(), memory.x.end(), input() - kOrder);
     std::reverse_copy(memory.y.begin(), memory.y.end(), y_);
   }
 
-  // v for the input x, the n-th of the block.
-  Word32 step(int n, Word16 x) {
-    Word16* xNow = x_ + kFilterOrder + n;
-    Word32* yNow = y_ + kFilterOrder + n;
-    *xNow = x;
-    Word32 forward = product16(b_[0], x);
-    Word32 feedback = 0;
-    for (int i = 1; i <= kFilterOrder; ++i) {
-      forward += product16(b_[i], xNow[-i]);
-      feedback -= product32(a_[i], yNow[-i]);
-    }
-    const Word32 v = (forward >> 3) + feedback;
-    *yNow = lShl(v, kMemoryShift);
-    return v;
-  }
+  Word16* input() { return x_ + kBefore; }
 
-  // Puts the last ten values back, after n samples.
-  void finish(int n) const {
-    std::reverse_copy(x_ + n, x_ + n + kFilterOrder, memory_.x.begin());
-    std::reverse_copy(y_ + n, y_ + n + kFilterOrder, memory_.y.begin());
+  // v of the block; the memories are then those after it. Nothing if the steps cannot compute it.
+  template <class Steps>
+  const Word32* run(std::size_t samples) {
+    if (!Steps::template filter<Design>(input(), y_ + kOrder, samples, v_)) return nullptr;
+    const Word16* const x = input() + samples - kOrder;
+    const Word32* const y = y_ + samples;
+    std::reverse_copy(x, x + kOrder, memory_.x.begin());
+    std::reverse_copy(y, y + kOrder, memory_.y.begin());
+    return v_;
   }
 
  private:
-  // Coefficients are far from -1, the one factor that saturates.
-  static Word32 product16(Word32 coefficient, Word16 x) {
-    return static_cast<Word32>((std::int64_t{coefficient} * x) >> 15);
-  }
-  static Word32 product32(Word32 coefficient, Word32 y) {
-    return static_cast<Word32>((std::int64_t{coefficient} * y) >> 31);
-  }
+  static constexpr std::size_t kOrder = kFilterOrder;
+  static constexpr std::size_t kBefore = kOrder + 2;  // even; a vector reads one more
+  static constexpr std::size_t kMaxBlock = kDecimation * kMaxLowFrame;
+  static_assert(kMaxBlock % 8 == 0);
 
-  const Coefficients& b_;
-  const Coefficients& a_;
   FilterMemory memory_;
-  Word16 x_[kFilterOrder + kDecimation * kMaxLowFrame];
-  Word32 y_[kFilterOrder + kDecimation * kMaxLowFrame];
+  alignas(4) Word16 x_[kBefore + kMaxBlock] = {};
+  Word32 y_[kOrder + kMaxBlock];
+  Word32 v_[kMaxBlock];
 };
 
-using LowPass = Filter<kLowPassShift>;
-using HighPass = Filter<kHighPassShift>;
+// The kernels in steps of a kind: false, and nothing is written, if these cannot compute it.
+template <class Steps>
+bool decimated(std::span<const Word16> in, const FilterMemory& memory, std::span<Word16> low) {
+  Filter<LowPass> filter(memory);
+  std::copy(in.begin(), in.end(), filter.input());
+  const Word32* const v = filter.run<Steps>(in.size());
+  if (v == nullptr) return false;
+  for (std::size_t n = 0; n < low.size(); ++n) low[n] = roundedLow(v[kDecimation * n]);
+  return true;
+}
+
+template <class Steps>
+bool highPassed(std::span<const Word16> in, const FilterMemory& memory, std::span<Word16> high) {
+  Filter<HighPass> filter(memory);
+  std::copy(in.begin(), in.end(), filter.input());
+  const Word32* const v = filter.run<Steps>(in.size());
+  if (v != nullptr) Steps::roundHighPass(v, in.size(), high.data());
+  return v != nullptr;
+}
+
+template <class Steps>
+bool interpolated(std::span<const Word16> low, const FilterMemory& memory,
+                  std::span<const Word16> high, std::span<Word16> out) {
+  Filter<LowPass> filter(memory);
+  Word16* sample = filter.input() - 1;
+  for (const Word16 x : low) *(sample += kDecimation) = x;
+  const Word32* const v = filter.run<Steps>(out.size());
+  if (v != nullptr) Steps::addHigh(v, high.first(out.size()), out.data());
+  return v != nullptr;
+}
 
 }  // namespace
 
 void Portable::lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
                                   std::span<Word16> low) {
-  LowPass filter(AEC_CONST_LPF_B, AEC_CONST_LPF_A, memory);
-  const int samples = static_cast<int>(in.size());
-  for (int n = 0; n < samples; ++n) {
-    const Word32 v = filter.step(n, in[static_cast<std::size_t>(n)]);
-    if (n % kDecimation == 0) {
-      low[static_cast<std::size_t>(n / kDecimation)] = roundHigh(lShl(v, kLowPassRounding));
-    }
-  }
-  filter.finish(samples);
+  decimated<OneByOne>(in, memory, low);
 }
-
 void Portable::highPass(std::span<const Word16> in, const FilterMemory& memory,
                         std::span<Word16> high) {
-  HighPass filter(AEC_CONST_HPF_B, AEC_CONST_HPF_A, memory);
-  const int samples = static_cast<int>(in.size());
-  for (int n = 0; n < samples; ++n) {
-    const Word32 v = filter.step(n, in[static_cast<std::size_t>(n)]);
-    high[static_cast<std::size_t>(n)] = roundHigh(lShl(v, kHighPassRounding));
-  }
-  filter.finish(samples);
+  highPassed<OneByOne>(in, memory, high);
 }
-
 void Portable::interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
                                  std::span<const Word16> high, std::span<Word16> out) {
-  Word16 copy[kMaxLowFrame];
-  std::copy(low.begin(), low.end(), copy);
-  LowPass filter(AEC_CONST_LPF_B, AEC_CONST_LPF_A, memory);
-  const int samples = static_cast<int>(out.size());
-  for (int n = 0; n < samples; ++n) {
-    const bool carriesSample = n % kDecimation == kDecimation - 1;
-    const Word32 v = filter.step(n, carriesSample ? copy[n / kDecimation] : Word16{0});
-    const auto at = static_cast<std::size_t>(n);
-    out[at] = add(high[at], roundHigh(lShl(lAdd(v, lAdd(v, v)), kLowPassRounding)));
-  }
-  filter.finish(samples);
+  interpolated<OneByOne>(low, memory, high, out);
 }
+
+#ifdef ARVESSA_VECTOR_UNIT
+void Vector::lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
+                                std::span<Word16> low) {
+  if (!decimated<InVectors>(in, memory, low)) Portable::lowPassAndDecimate(in, memory, low);
+}
+void Vector::highPass(std::span<const Word16> in, const FilterMemory& memory,
+                      std::span<Word16> high) {
+  if (!highPassed<InVectors>(in, memory, high)) Portable::highPass(in, memory, high);
+}
+void Vector::interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
+                               std::span<const Word16> high, std::span<Word16> out) {
+  if (!interpolated<InVectors>(low, memory, high, out)) {
+    Portable::interpolateAndAdd(low, memory, high, out);
+  }
+}
+#endif
 
 }  // namespace arvessa::kernels

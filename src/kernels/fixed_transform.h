@@ -4,10 +4,12 @@
 // with the pieces that are exported one by one.
 
 #include <algorithm>
+#include <type_traits>
 #include <utility>
 
 #include "arithmetic/operators.h"
 #include "kernels/kernels.h"
+#include "kernels/products.h"
 
 namespace arvessa::kernels {
 
@@ -16,7 +18,8 @@ struct Saturating {
   static Word32 add(Word32 a, Word32 b) { return lAdd(a, b); }
   static Word32 sub(Word32 a, Word32 b) { return lSub(a, b); }
   static Word32 negate(Word32 a) { return lNegate(a); }
-  static Word32 multiply(Word32 word, Word16 factor) { return mpy32x16(word, factor); }
+  static Word32 byFirst(Word32 word, FactorPair f) { return mpy32x16(word, firstOf(f)); }
+  static Word32 bySecond(Word32 word, FactorPair f) { return mpy32x16(word, secondOf(f)); }
 };
 
 // The same where no operation can saturate.
@@ -24,9 +27,9 @@ struct Unsaturated {
   static Word32 add(Word32 a, Word32 b) { return a + b; }
   static Word32 sub(Word32 a, Word32 b) { return a - b; }
   static Word32 negate(Word32 a) { return -a; }
-  static Word32 multiply(Word32 word, Word16 factor) {
-    return static_cast<Word32>((std::int64_t{word} * factor) >> 15);
-  }
+  // Of a word below 2^30.
+  static Word32 byFirst(Word32 word, FactorPair f) { return addByFirst(0, 2 * word, f); }
+  static Word32 bySecond(Word32 word, FactorPair f) { return addBySecond(0, 2 * word, f); }
 };
 
 struct Complex {
@@ -39,39 +42,48 @@ template <class Arithmetic>
 struct Scalar {
   using A = Arithmetic;
 
-  // b w, or with kInverse b w*.
+  // a + b w and a - b w, or with kInverse w*, forward halved. With kReal the sine is 0.
   // NOLINTBEGIN(clang-analyzer-core.CallAndMessage): the first stage has written all of b
-  template <bool kInverse>
-  static Complex rotated(const Word32* b, Word16 c, Word16 s) {
-    if constexpr (kInverse) {
-      return {A::add(A::multiply(b[0], c), A::multiply(b[1], s)),
-              A::sub(A::multiply(b[1], c), A::multiply(b[0], s))};
+  template <bool kInverse, bool kReal>
+  static void butterfly(const Word32* a, const Word32* b, FactorPair w, Word32* sum,
+                        Word32* difference) {
+    constexpr int kHalve = kInverse ? 0 : 1;
+    Complex total;
+    Complex rest;
+    if constexpr (std::is_same_v<A, Saturating>) {
+      Complex t = {A::byFirst(b[0], w), A::byFirst(b[1], w)};
+      if constexpr (!kReal) {
+        const Complex crossed = {A::bySecond(b[1], w), A::bySecond(b[0], w)};
+        t.re = kInverse ? A::add(t.re, crossed.re) : A::sub(t.re, crossed.re);
+        t.im = kInverse ? A::sub(t.im, crossed.im) : A::add(crossed.im, t.im);
+      }
+      total = {A::add(a[0], t.re), A::add(a[1], t.im)};
+      rest = {A::sub(a[0], t.re), A::sub(a[1], t.im)};
     } else {
-      return {A::sub(A::multiply(b[0], c), A::multiply(b[1], s)),
-              A::add(A::multiply(b[0], s), A::multiply(b[1], c))};
+      const Word32 re = 2 * b[0];
+      const Word32 im = 2 * b[1];
+      total = {addByFirst(a[0], re, w), addByFirst(a[1], im, w)};
+      if constexpr (!kReal) {
+        total.re = kInverse ? addBySecond(total.re, im, w) : total.re - addBySecond(0, im, w);
+        total.im = kInverse ? total.im - addBySecond(0, re, w) : addBySecond(total.im, re, w);
+      }
+      rest = {2 * a[0] - total.re, 2 * a[1] - total.im};
     }
+    sum[0] = total.re >> kHalve;
+    sum[1] = total.im >> kHalve;
+    difference[0] = rest.re >> kHalve;
+    difference[1] = rest.im >> kHalve;
   }
   // NOLINTEND(clang-analyzer-core.CallAndMessage)
-
-  template <bool kInverse>
-  static void butterfly(const Word32* a, Complex t, Word32* sum, Word32* difference) {
-    constexpr int kHalve = kInverse ? 0 : 1;
-    sum[0] = A::add(a[0], t.re) >> kHalve;
-    sum[1] = A::add(a[1], t.im) >> kHalve;
-    difference[0] = A::sub(a[0], t.re) >> kHalve;
-    difference[1] = A::sub(a[1], t.im) >> kHalve;
-  }
 
   // Reads `from` in bit-reversed order. The twiddle is 1, as near as Q15 comes: 32767.
   template <bool kInverse>
   static void firstStage(const Word32* from, Word32* to, const TransformTables& tables) {
     const int half = tables.points / 2;
-    const Word16 one = tables.twiddles[0];
+    const FactorPair one = loadPair(tables.twiddles);
     for (int k = 0; k < half; ++k) {
       const Word32* a = from + 2 * (tables.reversedBits[k] >> (8 - tables.stages));
-      const Word32* b = a + tables.points;
-      const Complex t = {A::multiply(b[0], one), A::multiply(b[1], one)};
-      butterfly<kInverse>(a, t, to + 2 * k, to + tables.points + 2 * k);
+      butterfly<kInverse, true>(a, a + tables.points, one, to + 2 * k, to + tables.points + 2 * k);
     }
   }
 
@@ -80,50 +92,53 @@ struct Scalar {
   template <bool kInverse>
   static void stage(const Word32* in, Word32* out, int points, int s, const Word16* twiddle) {
     const int run = points >> (s + 1);
-    const int step = run > 1 ? 4 : 2;
     Word32* difference = out + points;
-    for (int group = 0; group < 1 << s; ++group, twiddle += step) {
+    if (run == 1) {
+      for (int k = 0; k < points; k += 2, in += 4) {
+        butterfly<kInverse, false>(in, in + 2, loadPair(twiddle + k), out + k, difference + k);
+      }
+      return;
+    }
+    for (int group = 0; group < 1 << s; ++group, twiddle += 4) {
+      const FactorPair w = loadPair(twiddle);
       for (int k = 0; k < run; ++k, in += 4, out += 2, difference += 2) {
-        const Complex t = rotated<kInverse>(in + 2, twiddle[0], twiddle[1]);
-        butterfly<kInverse>(in, t, out, difference);
+        butterfly<kInverse, false>(in, in + 2, w, out, difference);
       }
     }
   }
 
-  // Bins k and N - k of the samples' spectrum from that of their pairs, from `first` on.
-  static void forwardSplit(const Word32* z, Word32* out, const TransformTables& tables,
-                           int first = 1) {
-    for (int k = first; k <= tables.points / 2; ++k) {
+  // Bins k and N - k of the samples' spectrum from that of their pairs.
+  static void forwardSplit(const Word32* z, Word32* out, const TransformTables& tables) {
+    for (int k = 1; k <= tables.points / 2; ++k) {
       const int m = tables.points - k;
       const Word32 a = A::add(z[2 * k], z[2 * m]);
       const Word32 b = A::sub(z[2 * m], z[2 * k]);
       const Word32 c = A::sub(z[2 * k + 1], z[2 * m + 1]);
       const Word32 d = A::add(z[2 * k + 1], z[2 * m + 1]);
-      const Word16* wk = tables.twiddles + 2 * k;
-      const Word16* wm = tables.twiddles + 2 * m;
-      const Word32 reK = A::sub(A::multiply(d, wk[0]), A::multiply(b, wk[1]));
-      const Word32 imK = A::add(A::multiply(b, wk[0]), A::multiply(d, wk[1]));
-      const Word32 reM = A::add(A::multiply(d, wm[0]), A::multiply(b, wm[1]));
-      const Word32 imM = A::add(A::negate(A::multiply(b, wm[0])), A::multiply(d, wm[1]));
+      const FactorPair wk = loadPair(tables.twiddles + 2 * k);
+      const FactorPair wm = loadPair(tables.twiddles + 2 * m);
+      const Word32 reK = A::sub(A::byFirst(d, wk), A::bySecond(b, wk));
+      const Word32 imK = A::add(A::byFirst(b, wk), A::bySecond(d, wk));
+      const Word32 reM = A::add(A::byFirst(d, wm), A::bySecond(b, wm));
+      const Word32 imM = A::add(A::negate(A::byFirst(b, wm)), A::bySecond(d, wm));
       store(out, k, m, {A::add(a, reK), A::add(c, imK)}, {A::add(a, reM), mirrored(c, imM)});
     }
   }
 
   // And back.
-  static void inverseSplit(const Word32* x, Word32* out, const TransformTables& tables,
-                           int first = 1) {
-    for (int k = first; k <= tables.points / 2; ++k) {
+  static void inverseSplit(const Word32* x, Word32* out, const TransformTables& tables) {
+    for (int k = 1; k <= tables.points / 2; ++k) {
       const int m = tables.points - k;
       const Word32 a = A::add(x[2 * k], x[2 * m]);
       const Word32 b = A::negate(A::sub(x[2 * m], x[2 * k]));
       const Word32 c = A::sub(x[2 * k + 1], x[2 * m + 1]);
       const Word32 d = A::negate(A::add(x[2 * k + 1], x[2 * m + 1]));
-      const Word16* wk = tables.twiddles + 2 * k;
-      const Word16* wm = tables.twiddles + 2 * m;
-      const Word32 reK = A::add(A::multiply(d, wk[0]), A::multiply(b, wk[1]));
-      const Word32 imK = A::sub(A::multiply(b, wk[0]), A::multiply(d, wk[1]));
-      const Word32 reM = A::sub(A::multiply(d, wm[0]), A::multiply(b, wm[1]));
-      const Word32 imM = A::negate(A::add(A::multiply(b, wm[0]), A::multiply(d, wm[1])));
+      const FactorPair wk = loadPair(tables.twiddles + 2 * k);
+      const FactorPair wm = loadPair(tables.twiddles + 2 * m);
+      const Word32 reK = A::add(A::byFirst(d, wk), A::bySecond(b, wk));
+      const Word32 imK = A::sub(A::byFirst(b, wk), A::bySecond(d, wk));
+      const Word32 reM = A::sub(A::byFirst(d, wm), A::bySecond(b, wm));
+      const Word32 imM = A::negate(A::add(A::byFirst(b, wm), A::bySecond(d, wm)));
       store(out, k, m, {A::add(a, reK), A::add(c, imK)}, {A::add(a, reM), mirrored(c, imM)});
     }
   }
@@ -190,11 +205,15 @@ inline bool hasForwardHeadroom(UsedBits bits) { return bits <= bitsBelow(28); }
 inline UsedBits boundOfSpectrum(UsedBits bits) { return doubled(doubled(bits)); }
 
 // Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in
-// the split step) and the roundings. So a sum of all components below 2^29 never saturates.
-inline bool hasInverseHeadroom(std::span<const Word32> spectrum) {
+// the split step) and the roundings. So a sum of all components below 2^29 never saturates. Nor
+// do components below M: those of the pairs' spectrum are complex values within 2 M, and N of them
+// add up to M times the number of components, which may be 2^30. What is multiplied is half of it.
+inline bool hasInverseHeadroom(const ConstBlock& spectrum) {
+  const std::size_t size = spectrum.words.size();
+  if (spectrum.bits < (std::size_t{1} << 30) / size) return true;
   // In units of 512; each magnitude may be up to one unit short.
-  std::uint32_t sum = static_cast<std::uint32_t>(spectrum.size());
-  for (const Word32 word : spectrum) sum += usedBits(word) >> 9;
+  std::uint32_t sum = static_cast<std::uint32_t>(size);
+  for (const Word32 word : spectrum.words) sum += usedBits(word) >> 9;
   return sum < 1U << 20;
 }
 

@@ -51,7 +51,7 @@ struct SoftwareFloat : PlainFloat {
 using FloatForms = std::tuple<PlainFloat, SplitFloat, SoftwareFloat>;
 
 // What the library is built with.
-#if defined(ARVESSA_KERNELS_PLAIN)
+#if defined(ARVESSA_KERNELS_PLAIN) && !defined(ARVESSA_KERNELS_SOFTWARE_FLOAT)
 using ActiveFloatForm = PlainFloat;
 #elif defined(__SOFTFP__) || defined(ARVESSA_KERNELS_SOFTWARE_FLOAT)
 using ActiveFloatForm = SoftwareFloat;

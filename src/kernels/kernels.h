@@ -13,7 +13,7 @@
 // its words may be, and a kernel that cannot saturate below some size falls back to a form before
 // it above. A bound that is too wide costs time, one that is too narrow is an error of the caller.
 // Of a block that they update, smoothPower and updateNoise look themselves where nothing is known
-// (kAllBits); inverseTransform always looks.
+// (kAllBits).
 //
 // Blocks do not overlap unless it is said that they may.
 
@@ -24,8 +24,10 @@
 
 #include "arithmetic/block.h"
 
-#ifdef __SSE2__
+#if defined(__SSE2__)
 #define ARVESSA_VECTOR_UNIT "SSE2"
+#elif defined(__ARM_NEON) && !defined(__ARM_BIG_ENDIAN)
+#define ARVESSA_VECTOR_UNIT "NEON"
 #endif
 
 namespace arvessa::kernels {
@@ -33,7 +35,8 @@ namespace arvessa::kernels {
 inline constexpr int kBands = 24;          // of the filterbank, at every rate
 inline constexpr int kMaxTransform = 512;  // words of a block, at 32 kHz
 
-// A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15.
+// A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15, at
+// multiples of 4 bytes.
 struct TransformTables {
   int points;                // N: 64, 128 or 256
   int stages;                // log2 N - 1, those after the first
@@ -62,6 +65,25 @@ struct FilterMemory {
   std::span<Word32, kFilterOrder> y;
 };
 
+// Of the bands.
+struct BandPowers {
+  std::span<const Word32, kBands> frame;  // 0 or more
+  std::span<const Word32, kBands> noise;  // 0 or more, 7 more fraction bits
+};
+
+template <class T>
+struct BasicBandSnrs {
+  std::span<T, kBands> posterior;  // gamma - 1 in Q8, -256..25600
+  std::span<T, kBands> prior;      // xi in Q8, 0..25600
+};
+using BandSnrs = BasicBandSnrs<const Word16>;
+
+// What speech presence means for a band; both Q15.
+struct Presence {
+  std::span<Word16, kBands> gain;         // under speech presence
+  std::span<Word16, kBands> probability;  // of it
+};
+
 struct Plain {
   static constexpr const char* kName = "plain";
 
@@ -76,8 +98,7 @@ struct Plain {
   // Real FFT of 2N words x[m], as N complex points x[2n] + j x[2n+1]: radix 2 in constant geometry
   // (Pease 1968), then the split of the pairs' spectrum. Every stage halves: the DFT divided by N.
   // The packed spectrum is written to `out`: real values of bins 0 and N, then real and imaginary
-  // part of bins 1..N-1. `x` holds the spectrum of the pairs afterwards. Returns what bounds the
-  // spectrum.
+  // part of bins 1..N-1. `x` is used up. Returns what bounds the spectrum.
   static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
 
   // And back, without halving: the words that a forward transform came from.
@@ -116,6 +137,22 @@ struct Plain {
   // zero since the analysis, by gains[0].
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
 
+  // The SNRs of the bands from their powers and the clean speech of the frame before.
+  static void estimateSnr(const BandPowers& power, std::span<const Word32, kBands> speech,
+                          const BasicBandSnrs<Word16>& snr);
+
+  // The gains under speech presence, its probability, and the clean-speech power for the a priori SNR
+  // of the next frame. globalPresence, of the frame: 4024..32734, Q15.
+  static void gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kBands> framePower,
+                                 std::span<const Word16, kBands> smoothSnr, Word16 globalPresence,
+                                 std::span<Word32, kBands> speech, const Presence& presence);
+
+  // Holds the gains above the floor, in place, and mixes: (p sqrt(gain) + (1 - p) sqrt(floor))
+  // squared, Q15. The floor fades where there is no noise.
+  static void mixWithFloor(std::span<const Word32, kBands> noise, Word16 floorGain,
+                           std::span<const Word16, kBands> probability,
+                           std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain);
+
   // y[n] = x[n] + 0.40327 y[n-1] with y[-1] in `memory`; out[n] is twice the rounded upper half of
   // y[n], saturated, Q15.
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
@@ -145,6 +182,7 @@ struct Plain {
 struct Portable : Plain {
   static constexpr const char* kName = "portable";
 
+  static UsedBits multiply(Block x, std::span<const Word16> factors);
   static UsedBits preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out);
   static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
   static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
@@ -155,7 +193,12 @@ struct Portable : Plain {
   static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                            std::span<Word16> bins);
   static UsedBits smoothPower(Block smooth, ConstBlock power);
+  static void findActiveBins(ConstBlock smooth, ConstBlock minimum,
+                             std::span<unsigned char> active);
   static Word32 sum(ConstBlock words);
+  static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
+                              Word16 alpha);
+  static void scaleBins(Block spectrum, std::span<const Word16> gains);
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
   static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
                                  std::span<Word16> low);
@@ -164,6 +207,7 @@ struct Portable : Plain {
   static void interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
                                 std::span<const Word16> high, std::span<Word16> out);
   static void peakPowers(std::span<const Word16> samples, std::span<Word32> peaks);
+  static void amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y);
 };
 
 #ifdef ARVESSA_VECTOR_UNIT
@@ -185,8 +229,22 @@ struct Vector : Portable {
                              std::span<unsigned char> active);
   static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
                               Word16 alpha);
+  static void estimateSnr(const BandPowers& power, std::span<const Word32, kBands> speech,
+                          const BasicBandSnrs<Word16>& snr);
+  static void gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kBands> framePower,
+                                 std::span<const Word16, kBands> smoothSnr, Word16 globalPresence,
+                                 std::span<Word32, kBands> speech, const Presence& presence);
+  static void mixWithFloor(std::span<const Word32, kBands> noise, Word16 floorGain,
+                           std::span<const Word16, kBands> probability,
+                           std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain);
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
+  static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
+                                 std::span<Word16> low);
+  static void highPass(std::span<const Word16> in, const FilterMemory& memory,
+                       std::span<Word16> high);
+  static void interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
+                                std::span<const Word16> high, std::span<Word16> out);
   static void amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y);
 };
 using Forms = std::tuple<Plain, Portable, Vector>;

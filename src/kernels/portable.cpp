@@ -8,6 +8,7 @@
 #include "arithmetic/operators.h"
 #include "kernels/coefficients.h"
 #include "kernels/fixed_transform.h"
+#include "kernels/products.h"
 
 namespace arvessa::kernels {
 namespace {
@@ -26,7 +27,21 @@ Word32 peakPower(const Word16* x, int count) {
   return std::min(magnitude * magnitude, Word32{0x3FFFFFFF});
 }
 
+// floor(word factor / 2^15) where twice the word fits, and added to a sum.
+constexpr UsedBits kDoubledBits = bitsBelow(30);
+Word32 addProduct(Word32 sum, Word32 word, Word16 factor) {
+  return addByFirst(sum, 2 * word, pairOf(factor));
+}
+Word32 product(Word32 word, Word16 factor) { return addProduct(0, word, factor); }
+
 }  // namespace
+
+UsedBits Portable::multiply(Block x, std::span<const Word16> factors) {
+  if (x.bits > kDoubledBits) return Plain::multiply(x, factors);
+  Word32* const words = x.words.data();
+  for (std::size_t i = 0; i < x.words.size(); ++i) words[i] = product(words[i], factors[i]);
+  return x.bits;
+}
 
 UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
   for (std::size_t n = 0; n < x.words.size(); ++n) {
@@ -44,7 +59,7 @@ UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std:
 
 void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                                 std::span<Word32> out) {
-  if (!hasInverseHeadroom(spectrum.words)) return Plain::inverseTransform(spectrum, tables, out);
+  if (!hasInverseHeadroom(spectrum)) return Plain::inverseTransform(spectrum, tables, out);
   inverseRealTransform<Scalar<Unsaturated>>(spectrum.words.data(), out.data(), tables);
 }
 
@@ -69,16 +84,24 @@ void Portable::sumIntoBands(ConstBlock bins, const Filterbank& bank,
   int lower = bank.lower[0];
   Word32 lowerSum = 0;
   Word32 upperSum = 0;
-  for (std::size_t k = 0; k < bins.words.size(); ++k) {
-    if (bank.lower[k] != lower) {
-      sums[lower] = lowerSum;
-      sums[lower + 1] = upperSum;
-      lower = bank.lower[k];
-      lowerSum = sums[lower];
-      upperSum = sums[lower + 1];
+  const auto sumBins = [&](auto addShare) {
+    for (std::size_t k = 0; k < bins.words.size(); ++k) {
+      if (bank.lower[k] != lower) {
+        sums[lower] = lowerSum;
+        sums[lower + 1] = upperSum;
+        lower = bank.lower[k];
+        lowerSum = sums[lower];
+        upperSum = sums[lower + 1];
+      }
+      lowerSum = addShare(lowerSum, bins.words[k], bank.lowerWeight[k]);
+      upperSum = addShare(upperSum, bins.words[k], bank.upperWeight[k]);
     }
-    lowerSum = lAdd(lowerSum, mpy32x16(bins.words[k], bank.lowerWeight[k]));
-    upperSum = lAdd(upperSum, mpy32x16(bins.words[k], bank.upperWeight[k]));
+  };
+  if (bins.bits < (std::size_t{1} << 30) / bins.words.size()) {
+    sumBins(addProduct);
+  } else {
+    sumBins(
+        [](Word32 sum, Word32 word, Word16 weight) { return lAdd(sum, mpy32x16(word, weight)); });
   }
   sums[lower] = lowerSum;
   sums[lower + 1] = upperSum;
@@ -91,33 +114,80 @@ void Portable::spreadToBins(std::span<const Word16, kBands> bands, const Filterb
     return Plain::spreadToBins(bands, bank, bins);
   }
   const Word16* const gains = bands.data();
+  const Word32* const lower = bank.lower.data();
+  const Word16* const lowerWeight = bank.lowerWeight.data();
+  const Word16* const upperWeight = bank.upperWeight.data();
   for (std::size_t k = 0; k < bins.size(); ++k) {
-    const Word32 sum =
-        gains[bank.lower[k]] * bank.lowerWeight[k] + gains[bank.upper[k]] * bank.upperWeight[k];
-    bins[k] = saturate16(sum >> 15);
+    const Word16* const pair = gains + lower[k];  // the upper band is the next
+    bins[k] = saturate16((pair[0] * lowerWeight[k] + pair[1] * upperWeight[k]) >> 15);
   }
 }
 
 UsedBits Portable::smoothPower(Block smooth, ConstBlock power) {
+  if ((boundOf(smooth) | power.bits) > kDoubledBits) return Plain::smoothPower(smooth, power);
   // The weights of a bin add up to 1 at the most, so that no sum can saturate.
   Word32* const s = smooth.words.data();
   const Word32* const p = power.words.data();
   const std::size_t last = smooth.words.size() - 1;
-  s[0] = mpy32x16(s[0], kSmoothOld) + mpy32x16(p[0], kSmoothEdge);
+  s[0] = addProduct(product(s[0], kSmoothOld), p[0], kSmoothEdge);
   UsedBits bits = usedBits(s[0]);
   for (std::size_t k = 1; k < last; ++k) {
-    s[k] = (mpy32x16(s[k], kSmoothOld) + mpy32x16(p[k - 1], kSmoothSide)) +
-           (mpy32x16(p[k], kSmoothCentre) + mpy32x16(p[k + 1], kSmoothSide));
+    Word32 sum = addProduct(product(s[k], kSmoothOld), p[k - 1], kSmoothSide);
+    sum = addProduct(sum, p[k], kSmoothCentre);
+    s[k] = addProduct(sum, p[k + 1], kSmoothSide);
     bits |= usedBits(s[k]);
   }
-  s[last] = mpy32x16(s[last], kSmoothOld) + mpy32x16(p[last], kSmoothEdge);
+  s[last] = addProduct(product(s[last], kSmoothOld), p[last], kSmoothEdge);
   return bits | usedBits(s[last]);
+}
+
+void Portable::findActiveBins(ConstBlock smooth, ConstBlock minimum,
+                              std::span<unsigned char> active) {
+  if ((smooth.bits | minimum.bits) > kDoubledBits) {
+    return Plain::findActiveBins(smooth, minimum, active);
+  }
+  const Word32* const s = smooth.words.data();
+  const Word32* const m = minimum.words.data();
+  for (std::size_t k = 0; k < active.size(); ++k) {
+    active[k] = product(s[k], kActiveScale) > m[k] + kActiveOffset ? 1 : 0;
+  }
 }
 
 Word32 Portable::sum(ConstBlock words) {
   // The sum of 512 words of 22 bits cannot leave the range.
   if (words.words.size() > 512 || words.bits > bitsBelow(22)) return Plain::sum(words);
   return std::accumulate(words.words.begin(), words.words.end(), Word32{0});
+}
+
+UsedBits Portable::updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
+                               Word16 alpha) {
+  // The shift leaves one bit for doubling, and the sum has headroom for any weights.
+  if (power.bits > bitsBelow(22) || boundOf(noise) > bitsBelow(29)) {
+    return Plain::updateNoise(noise, power, active, alpha);
+  }
+  const Word16 keep = low16(kMax16 - alpha);
+  const Word32* p = power.words.data();
+  const unsigned char* flag = active.data();
+  UsedBits bits = 0;
+  for (Word32& n : noise.words) {
+    if (*flag == 0 || n >> kNoiseBits > *p) {
+      n = std::max(addProduct(product(*p * (1 << kNoiseBits), alpha), n, keep), 0);
+    }
+    bits |= usedBits(n);
+    ++flag;
+    ++p;
+  }
+  return bits;
+}
+
+void Portable::scaleBins(Block spectrum, std::span<const Word16> gains) {
+  if (spectrum.bits > kDoubledBits) return Plain::scaleBins(spectrum, gains);
+  Word32* bin = spectrum.words.data();
+  for (const Word16 gain : gains) {
+    bin[0] = product(bin[0], gain);
+    bin[1] = product(bin[1], gain);
+    bin += 2;
+  }
 }
 
 void Portable::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
@@ -139,6 +209,11 @@ void Portable::peakPowers(std::span<const Word16> samples, std::span<Word32> pea
     peak = peakPower(x, count);
     x += count;
   }
+}
+
+void Portable::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y) {
+  if (usedBits(gain) > kDoubledBits) return Plain::amplify(x, gain, y);
+  for (std::size_t n = 0; n < x.size(); ++n) y[n] = saturate16(product(gain, x[n]));
 }
 
 }  // namespace arvessa::kernels

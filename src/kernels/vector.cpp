@@ -39,7 +39,7 @@ void roundAndDouble(const Word32* words, std::size_t n, Word16* out) {
 }  // namespace
 
 UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
-  if (x.bits > kFactorBits) return Plain::multiply(x, factors);
+  if (x.bits > kFactorBits) return Portable::multiply(x, factors);
   Word32* const words = x.words.data();
   const Word16* const f = factors.data();
   const std::size_t n = x.words.size();
@@ -178,7 +178,7 @@ UsedBits Vector::smoothPower(Block smooth, ConstBlock power) {
 void Vector::findActiveBins(ConstBlock smooth, ConstBlock minimum,
                             std::span<unsigned char> active) {
   if ((smooth.bits | minimum.bits) > kFactorBits || active.size() % 4 != 0) {
-    return Plain::findActiveBins(smooth, minimum, active);
+    return Portable::findActiveBins(smooth, minimum, active);
   }
   const Factors scale = splatFactor(kActiveScale);
   const Word32* const s = smooth.words.data();
@@ -216,7 +216,7 @@ UsedBits Vector::updateNoise(Block noise, ConstBlock power, std::span<const unsi
 
 void Vector::scaleBins(Block spectrum, std::span<const Word16> gains) {
   if (spectrum.bits > kFactorBits || gains.size() % 4 != 0) {
-    return Plain::scaleBins(spectrum, gains);
+    return Portable::scaleBins(spectrum, gains);
   }
   const Word16* const g = gains.data();
   for (std::size_t k = 0; k < gains.size(); k += 4) {
@@ -255,7 +255,7 @@ void Vector::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y
       storeSaturated(to + n, mulQ15(gains, loadFactors(from + n)));
     }
   }
-  if (n < x.size()) Plain::amplify(x.subspan(n), gain, y.subspan(n));
+  if (n < x.size()) Portable::amplify(x.subspan(n), gain, y.subspan(n));
 }
 
 }  // namespace arvessa::kernels

@@ -1,9 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-// The fixed-point transform with two complex numbers at a time, for blocks with headroom.
+// The fixed-point transform with four complex numbers at a time, for blocks with headroom.
+//
+// Points lie in rows, one for each frequency that the stages so far have told apart, and within a
+// row in the order of their blocks, real and imaginary parts in arrays of their own. A butterfly
+// combines the blocks b and b + B/2 of a row of B: neighbours have the same twiddle, and nothing is
+// put in bit-reversed order. Only where rows have four blocks left, four rows are transposed, and
+// neighbours have neighbouring twiddles. Operands, twiddles and floors are those of the definition.
+//
+// b w* is b w with the parts exchanged, before and after: the inverse is the forward transform of
+// exchanged arrays, without its halving.
 
 #include "kernels/kernels.h"
 
 #ifdef ARVESSA_VECTOR_UNIT
+
+#include <cstring>
+#include <utility>
 
 #include "kernels/fixed_transform.h"
 #include "kernels/vector_unit.h"
@@ -11,179 +23,259 @@
 namespace arvessa::kernels {
 namespace {
 
-// Two complex numbers in four words, first and second swapped within each.
-inline Words swapParts(Words x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2); }
+struct Points {
+  Words re;
+  Words im;
+};
 
-// Negates the real or the imaginary parts.
-inline Words negateReals(Words x) {
-  const Words mask = {-1, 0, -1, 0};
-  return (x ^ mask) - mask;
-}
-inline Words negateImags(Words x) {
-  const Words mask = {0, -1, 0, -1};
-  return (x ^ mask) - mask;
-}
+inline Words falling(Words w) { return __builtin_shufflevector(w, w, 3, 2, 1, 0); }
 
-// b w, or with kInverse b w*, of two numbers.
-template <bool kInverse>
-inline Words rotated(Words b, const Twiddles& w) {
-  const Words direct = mulQ15(b, w.cosine);
-  const Words crossed = mulQ15(swapParts(b), w.sine);
-  return direct + (kInverse ? negateImags(crossed) : negateReals(crossed));
-}
+// Where a pass finds its points and leaves them: pairs of parts in a row, of which the parts may be
+// exchanged, or two arrays. The four points up to i may be taken in falling order.
+struct PairsIn {
+  const Word32* pairs;
 
-template <bool kInverse>
-void butterfly(Words a, Words t, Word32* sum, Word32* difference) {
-  constexpr int kHalve = kInverse ? 0 : 1;
-  store(sum, (a + t) >> kHalve);
-  store(difference, (a - t) >> kHalve);
-}
+  Points load(int i) const {
+    const Words first = kernels::load(pairs + 2 * i);
+    const Words second = kernels::load(pairs + 2 * i + 4);
+    return {__builtin_shufflevector(first, second, 0, 2, 4, 6),
+            __builtin_shufflevector(first, second, 1, 3, 5, 7)};
+  }
+  Points loadFalling(int i) const {
+    const Words first = kernels::load(pairs + 2 * i - 6);
+    const Words second = kernels::load(pairs + 2 * i - 2);
+    return {__builtin_shufflevector(second, first, 2, 0, 6, 4),
+            __builtin_shufflevector(second, first, 3, 1, 7, 5)};
+  }
+};
 
-// The product of two numbers with a twiddle; with one of the angle 0 or pi / 2, half of which is 0,
-// it takes half the work.
-template <bool kInverse>
+template <bool kExchanged>
+struct PairsOut {
+  Word32* pairs;
+
+  void store(int i, Points p) const {
+    if constexpr (kExchanged) std::swap(p.re, p.im);
+    kernels::store(pairs + 2 * i, __builtin_shufflevector(p.re, p.im, 0, 4, 1, 5));
+    kernels::store(pairs + 2 * i + 4, __builtin_shufflevector(p.re, p.im, 2, 6, 3, 7));
+  }
+  void storeFalling(int i, Points p) const { store(i - 3, {falling(p.re), falling(p.im)}); }
+};
+
+struct Apart {
+  Word32* re;
+  Word32* im;
+
+  Points load(int i) const { return {kernels::load(re + i), kernels::load(im + i)}; }
+  Points loadFalling(int i) const {
+    const Points p = load(i - 3);
+    return {falling(p.re), falling(p.im)};
+  }
+  void store(int i, Points p) const {
+    kernels::store(re + i, p.re);
+    kernels::store(im + i, p.im);
+  }
+  void storeFalling(int i, Points p) const { store(i - 3, {falling(p.re), falling(p.im)}); }
+};
+
+// Products with a twiddle of any angle, of 0, whose cosine is the largest factor, and of pi / 2.
 struct ByAny {
   Twiddles w;
-  Words operator()(Words b) const { return rotated<kInverse>(b, w); }
+  Turned operator()(Points p) const { return turn(halvesOf(p.re, p.im), w); }
 };
-struct ByReal {
-  Factors cosine;
-  Words operator()(Words b) const { return mulQ15(b, cosine); }
+struct ByNothing {
+  Points operator()(Points p) const { return {mulLargest(p.re), mulLargest(p.im)}; }
 };
-template <bool kInverse>
-struct ByImaginary {
+struct ByRightAngle {
   Factors sine;
-  Words operator()(Words b) const {
-    const Words crossed = mulQ15(swapParts(b), sine);
-    return kInverse ? negateImags(crossed) : negateReals(crossed);
-  }
+  Turned operator()(Points p) const { return {mulQ15(p.im, sine), mulQ15(p.re, sine)}; }
 };
 
-// The butterflies of one stage, two at a time, in order.
-template <bool kInverse>
-class Butterflies {
- public:
-  Butterflies(const Word32* in, Word32* out, int points)
-      : in_(in), sum_(out), difference_(out + points) {}
+template <bool kHalve>
+inline Words sum(Words a, Words b) {
+  return kHalve ? halfSum(a, b) : a + b;
+}
+template <bool kHalve>
+inline Words difference(Words a, Words b) {
+  return kHalve ? halfDifference(a, b) : a - b;
+}
 
-  template <class Product>
-  void run(int pairs, Product product) {
-    for (int i = 0; i < pairs; ++i) {
-      const Words first = load(in_);
-      const Words second = load(in_ + 4);
-      const Words a = __builtin_shufflevector(first, second, 0, 1, 4, 5);
-      const Words b = __builtin_shufflevector(first, second, 2, 3, 6, 7);
-      butterfly<kInverse>(a, product(b), sum_, difference_);
-      in_ += 8;
-      sum_ += 4;
-      difference_ += 4;
+template <bool kHalve>
+inline void combine(Points& a, Points& b, Points t) {
+  b = {difference<kHalve>(a.re, t.re), difference<kHalve>(a.im, t.im)};
+  a = {sum<kHalve>(a.re, t.re), sum<kHalve>(a.im, t.im)};
+}
+template <bool kHalve>
+inline void combine(Points& a, Points& b, Turned t) {
+  b = {sum<kHalve>(a.re, t.negatedRe), difference<kHalve>(a.im, t.im)};
+  a = {difference<kHalve>(a.re, t.negatedRe), sum<kHalve>(a.im, t.im)};
+}
+
+// Two stages of four blocks: with one product, and with one for the sums and one for the
+// differences. The results are those of the rows g, g + 2 F, g + F and g + 3 F.
+template <bool kHalve, class First, class OfSums, class OfDifferences>
+inline void twoStages(Points (&p)[4], const First& first, const OfSums& ofSums,
+                      const OfDifferences& ofDifferences) {
+  combine<kHalve>(p[0], p[2], first(p[2]));
+  combine<kHalve>(p[1], p[3], first(p[3]));
+  combine<kHalve>(p[0], p[1], ofSums(p[1]));
+  combine<kHalve>(p[2], p[3], ofDifferences(p[3]));
+}
+
+// The twiddles of stage s in the order of their use: each twice, but in the last.
+const Word16* twiddlesOfStage(const TransformTables& tables, int s) {
+  return tables.rearranged + 4 * ((1 << s) - 2);
+}
+
+Words splatPair(const Word16* pair) {
+  Word32 word = 0;
+  std::memcpy(&word, pair, sizeof word);
+  return splat(word);
+}
+Words loadPairs(const Word16* pairs) {
+  Words words;
+  std::memcpy(&words, pairs, sizeof words);
+  return words;
+}
+
+// Stages s and s + 1: rows of `blocks` blocks become four times as many of a quarter.
+template <bool kHalve, class In, class Out>
+void pass(In in, Out out, int s, int blocks, const TransformTables& tables) {
+  const int rows = 1 << s;
+  const int quarter = blocks / 4;
+  const Word16* const first = s == 0 ? nullptr : twiddlesOfStage(tables, s);
+  const Word16* const second = twiddlesOfStage(tables, s + 1);
+  const auto row = [&](int g, const auto& product, const auto& ofSums, const auto& ofDifferences) {
+    for (int b = 0; b < quarter; b += 4) {
+      Points p[4];
+      for (int i = 0; i < 4; ++i) p[i] = in.load(g * blocks + i * quarter + b);
+      twoStages<kHalve>(p, product, ofSums, ofDifferences);
+      out.store(g * quarter + b, p[0]);
+      out.store((g + rows) * quarter + b, p[2]);
+      out.store((g + 2 * rows) * quarter + b, p[1]);
+      out.store((g + 3 * rows) * quarter + b, p[3]);
+    }
+  };
+  row(0, ByNothing(), ByNothing(), ByRightAngle{splatFactor(second[4 * rows + 1])});
+  for (int g = 1; g < rows; ++g) {
+    row(g, ByAny{twiddlesOf(splatPair(first + 4 * g))},
+        ByAny{twiddlesOf(splatPair(second + 4 * g))},
+        ByAny{twiddlesOf(splatPair(second + 4 * (g + rows)))});
+  }
+}
+
+// The last two stages: four rows of four blocks at a time.
+template <bool kHalve, class Out>
+void lastPass(Apart in, Out out, int s, const TransformTables& tables) {
+  const int rows = 1 << s;
+  const Word16* const first = twiddlesOfStage(tables, s);
+  const Word16* const second = twiddlesOfStage(tables, s + 1);
+  for (int g = 0; g < rows; g += 4) {
+    Words re[4];
+    Words im[4];
+    loadTransposed(in.re + 4 * g, re);
+    loadTransposed(in.im + 4 * g, im);
+    Points p[4] = {{re[0], im[0]}, {re[1], im[1]}, {re[2], im[2]}, {re[3], im[3]}};
+    const Words each =
+        __builtin_shufflevector(loadPairs(first + 4 * g), loadPairs(first + 4 * g + 8), 0, 2, 4, 6);
+    twoStages<kHalve>(p, ByAny{twiddlesOf(each)}, ByAny{twiddlesOf(loadPairs(second + 2 * g))},
+                      ByAny{twiddlesOf(loadPairs(second + 2 * (g + rows)))});
+    out.store(g, p[0]);
+    out.store(g + rows, p[2]);
+    out.store(g + 2 * rows, p[1]);
+    out.store(g + 3 * rows, p[3]);
+  }
+}
+
+// The complex transform of `in`, which is used up, to `out`, with `work` between. None overlap.
+template <bool kHalve, class In, class Out>
+void rowsTransform(In in, Out out, Apart used, Apart work, const TransformTables& tables) {
+  int s = 0;
+  int blocks = tables.points;
+  if (tables.stages % 2 == 0) {  // an odd number, with the first
+    const int half = blocks / 2;
+    for (int b = 0; b < half; b += 4) {
+      Points p = in.load(b);
+      Points q = in.load(b + half);
+      combine<kHalve>(p, q, ByNothing()(q));
+      work.store(b, p);
+      work.store(half + b, q);
+    }
+    s = 1;
+    blocks = half;
+  } else {
+    pass<kHalve>(in, work, 0, blocks, tables);
+    s = 2;
+    blocks /= 4;
+  }
+  for (; blocks > 4; s += 2, blocks /= 4) {
+    pass<kHalve>(work, used, s, blocks, tables);
+    std::swap(work, used);
+  }
+  lastPass<kHalve>(work, out, s, tables);
+}
+
+// Bins k .. k + 3 and their mirror images, from the spectrum of the pairs or, with kInverse, back.
+// The middle bin is its own image, in whose form it is left.
+template <bool kInverse, class In, class Out>
+void splitBins(In in, Out out, const TransformTables& tables) {
+  const int n = tables.points;
+  for (int k = 1; k < n / 2; k += 4) {
+    const Points atK = in.load(k);
+    const Points atM = in.loadFalling(n - k);
+    const Words a = atK.re + atM.re;
+    const Words b = kInverse ? atK.re - atM.re : atM.re - atK.re;
+    const Words c = atK.im - atM.im;
+    const Words d = kInverse ? -(atK.im + atM.im) : atK.im + atM.im;
+    const Words wK = loadPairs(tables.twiddles + 2 * k);
+    const Words wM = loadPairs(tables.twiddles + 2 * (n - k - 3));
+    const Twiddles twiddlesK = twiddlesOf(wK);
+    const Twiddles twiddlesM = twiddlesOf(__builtin_shufflevector(wM, wM, 3, 2, 1, 0));
+    const Halves halves = halvesOf(d, b);
+    if constexpr (kInverse) {
+      const Turned k4 = turnExchanged(halves, twiddlesK);
+      const Turned m4 = turn(halves, twiddlesM);
+      out.store(k, {halfSum(a, k4.im), halfDifference(c, k4.negatedRe)});
+      out.storeFalling(n - k, {halfDifference(a, m4.negatedRe), halfDifference(-c, m4.im)});
+    } else {
+      const Turned k4 = turn(halves, twiddlesK);
+      const Turned m4 = turnExchanged(halves, twiddlesM);
+      out.store(k, {halfDifference(a, k4.negatedRe), halfSum(c, k4.im)});
+      out.storeFalling(n - k, {halfSum(a, m4.im), halfDifference(m4.negatedRe, c)});
     }
   }
-
- private:
-  const Word32* in_;
-  Word32* sum_;
-  Word32* difference_;
-};
-
-struct TwoAtATime {
-  using A = Unsaturated;
-
-  // Bit reversal of k + 1 is that of k, which is even, plus half the range.
-  template <bool kInverse>
-  static void firstStage(const Word32* from, Word32* to, const TransformTables& tables) {
-    const int points = tables.points;
-    const int half = points / 2;
-    const unsigned char* const reversedBits = tables.reversedBits;
-    const int unused = 8 - tables.stages;  // bits of a byte
-    const Factors one = splatFactor(tables.twiddles[0]);
-    for (int k = 0; k < half; k += 2) {
-      const Word32* even = from + 2 * (reversedBits[k] >> unused);
-      const Word32* odd = even + half;
-      const Words a = joinPairs(even, odd);
-      const Words b = joinPairs(even + points, odd + points);
-      butterfly<kInverse>(a, mulQ15(b, one), to + 2 * k, to + points + 2 * k);
-    }
-  }
-
-  template <bool kInverse>
-  static void stage(const Word32* in, Word32* out, int points, int s, const Word16* twiddle) {
-    Butterflies<kInverse> butterflies(in, out, points);
-    const int pairs = points >> (s + 2);  // of butterflies with the same twiddle
-    if (pairs == 0) {
-      for (int i = 0; i < points / 4; ++i, twiddle += 4) {
-        butterflies.run(1, ByAny<kInverse>{loadTwiddles(twiddle)});
-      }
-      return;
-    }
-    const int quarter = 1 << (s - 1);  // the group of the angle pi / 2
-    const auto groups = [&](int count) {
-      for (int i = 0; i < count; ++i, twiddle += 4) {
-        butterflies.run(pairs, ByAny<kInverse>{splatTwiddle(twiddle)});
-      }
-    };
-    butterflies.run(pairs, ByReal{splatFactor(twiddle[0])});
-    twiddle += 4;
-    groups(quarter - 1);
-    butterflies.run(pairs, ByImaginary<kInverse>{splatFactor(twiddle[1])});
-    twiddle += 4;
-    groups(quarter - 1);
-  }
-
-  static void forwardSplit(const Word32* z, Word32* out, const TransformTables& tables) {
-    Scalar<Unsaturated>::forwardSplit(z, out, tables, splitPairs<false>(z, out, tables));
-  }
-  static void inverseSplit(const Word32* x, Word32* out, const TransformTables& tables) {
-    Scalar<Unsaturated>::inverseSplit(x, out, tables, splitPairs<true>(x, out, tables));
-  }
-
- private:
-  // Bins k and k + 1 with their mirror images at a time. Returns the first bin that is left over.
-  template <bool kInverse>
-  static int splitPairs(const Word32* z, Word32* out, const TransformTables& tables) {
-    const int points = tables.points;
-    const Word16* const twiddles = tables.twiddles;
-    int k = 1;
-    for (; k + 1 < points / 2; k += 2) {
-      const int m = points - k;
-      const Words zk = load(z + 2 * k);
-      const Words pair = load(z + 2 * (m - 1));
-      const Words zm = __builtin_shufflevector(pair, pair, 2, 3, 0, 1);
-      const Words ad = zk + zm;         // a, d
-      const Words negatedBc = zk - zm;  // -b, c
-      const Words ac = __builtin_shufflevector(ad, negatedBc, 0, 5, 2, 7);
-      const Words minusBd = __builtin_shufflevector(negatedBc, ad, 0, 5, 2, 7);
-      // (b, d), of opposite sign in the inverse.
-      const Words bd = kInverse ? negateImags(minusBd) : negateReals(minusBd);
-      const Words db = swapParts(bd);
-      const Twiddles wk = loadTwiddles(twiddles + 2 * k);
-      const Twiddles wm = loadTwiddlesReversed(twiddles + 2 * (m - 1));
-      const Words cosK = mulQ15(db, wk.cosine);
-      const Words sinK = mulQ15(bd, wk.sine);
-      const Words cosM = mulQ15(db, wm.cosine);
-      const Words sinM = mulQ15(bd, wm.sine);
-      const Words turnedK = cosK + (kInverse ? negateImags(sinK) : negateReals(sinK));
-      const Words turnedM = kInverse ? negateImags(cosM) - sinM : negateImags(cosM) + sinM;
-      store(out + 2 * k, (ac + turnedK) >> 1);
-      const Words mirrored = (negateImags(ac) + turnedM) >> 1;
-      store(out + 2 * (m - 1), __builtin_shufflevector(mirrored, mirrored, 2, 3, 0, 1));
-    }
-    return k;
-  }
-};
+}
 
 }  // namespace
 
 UsedBits Vector::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
   if (!hasForwardHeadroom(x.bits)) return Plain::forwardTransform(x, tables, out);
-  realTransform<TwoAtATime>(x.words.data(), out.data(), tables);
+  const int n = tables.points;
+  Word32 scratch[kMaxTransform];
+  Word32* const in = x.words.data();
+  Word32* const to = out.data();
+  const Apart pairs = {scratch, scratch + n};
+  rowsTransform<true>(PairsIn{in}, pairs, Apart{in, in + n}, Apart{to, to + n}, tables);
+  to[0] = pairs.re[0] + pairs.im[0];
+  to[1] = pairs.re[0] - pairs.im[0];
+  splitBins<false>(pairs, PairsOut<false>{to}, tables);
   return boundOfSpectrum(x.bits);
 }
 
 void Vector::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                               std::span<Word32> out) {
-  if (!hasInverseHeadroom(spectrum.words)) return Plain::inverseTransform(spectrum, tables, out);
-  inverseRealTransform<TwoAtATime>(spectrum.words.data(), out.data(), tables);
+  if (!hasInverseHeadroom(spectrum)) return Plain::inverseTransform(spectrum, tables, out);
+  const int n = tables.points;
+  Word32 scratch[kMaxTransform];
+  const Word32* const in = spectrum.words.data();
+  // The last pass does not read what it writes.
+  Word32* const first = tables.stages == 5 ? scratch : out.data();
+  Word32* const second = tables.stages == 5 ? out.data() : scratch;
+  first[0] = (in[0] + in[1]) >> 1;
+  first[n] = (in[0] - in[1]) >> 1;
+  splitBins<true>(PairsIn{in}, Apart{first, first + n}, tables);
+  const Apart exchanged = {first + n, first};
+  rowsTransform<false>(exchanged, PairsOut<true>{out.data()}, exchanged, Apart{second, second + n},
+                       tables);
 }
 
 }  // namespace arvessa::kernels

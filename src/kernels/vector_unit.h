@@ -4,4 +4,8 @@
 // chooses them. A unit is a header of the types and functions of sse2.h, under the same names and
 // with the same results.
 
+#ifdef __SSE2__
 #include "kernels/sse2.h"
+#else
+#include "kernels/neon.h"
+#endif

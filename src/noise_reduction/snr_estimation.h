@@ -9,17 +9,9 @@
 
 namespace arvessa {
 
-struct BandPowers {
-  std::span<const Word32, kernels::kBands> frame;  // 0 or more
-  std::span<const Word32, kernels::kBands> noise;  // 0 or more, 7 more fraction bits
-};
-
-template <class T>
-struct BasicBandSnrs {
-  std::span<T, kernels::kBands> posterior;  // gamma - 1 in Q8, -256..25600
-  std::span<T, kernels::kBands> prior;      // xi in Q8, 0..25600
-};
-using BandSnrs = BasicBandSnrs<const Word16>;
+using kernels::BandPowers;
+using kernels::BandSnrs;
+using kernels::BasicBandSnrs;
 
 // `speech`: smoothed clean-speech power of the previous frames, in the units of power.frame, by
 // which it is replaced on the first frame.

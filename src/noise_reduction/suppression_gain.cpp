@@ -3,46 +3,19 @@
 
 #include <algorithm>
 
-#include "noise_reduction/gain_curves.h"
+#include "kernels/gain_curves.h"
+#include "noise_reduction/suppression_floor.h"
 
 namespace arvessa {
 namespace {
 
 using kernels::kBands;
 
-constexpr Word16 kUnityQ8 = 256;
-
-// e^-v in Q15, v in Q11.
-Word16 expOfNegative(Word32 v) {
-  const Word16 exponent = low16(-std::min(v, Word32{kMax16}));
-  return static_cast<Word16>(std::min(expQ11(exponent) >> 1, Word32{kMax16}));
-}
-
 // The a priori presence of speech in the frame, 0.1 + 0.899 Q(mean smoothed SNR), Q15.
 Word16 frameLevelPresence(Word32 priorSnrSum) {
   const Word16 mean = low16(quotient(priorSnrSum, kBands));
   return add(3277, mult(29458, low16(presenceCurve(mean))));
 }
-
-// Speech presence probability in Q15 from the likelihood ratio of the Gaussian model: 1 / (1 +
-// q/(1-q) (1 + xi) e^-v), with the a priori presence 1 - q the product of the band's and the
-// frame's.
-Word16 presenceProbability(Word16 priorSnr, Word32 v, Word16 smoothSnr, Word16 globalPresence) {
-  constexpr Word16 kMaxLikelihood = 768;  // 3.0 in Q8
-  const Word16 likelihood =
-      std::min(mult(add(kUnityQ8, priorSnr), expOfNegative(v)), kMaxLikelihood);  // Q8
-  if (likelihood == 0) return kMax16;  // speech for certain, whatever was expected
-  // 0.199 + 0.8 Q(smoothed SNR)
-  const Word16 localPresence = add(6521, mult(low16(presenceCurve(smoothSnr)), 26214));
-  const Word16 presence = mult(localPresence, globalPresence);
-  const Word16 absence = sub(kMax16, presence);
-  const Word16 odds = low16(quotient(absence * 256, presence));  // Q8
-  const Word16 denominator = add(kUnityQ8, low16(lMult(odds, likelihood) >> 9));
-  return low16(quotient(32767 * 256, denominator));
-}
-
-// Square root of a Q15 value in Q15.
-Word16 rootQ15(Word16 value) { return low16(squareRoot(Word32{value} * 32768)); }
 
 // 10^(-dB/20) in Q15, dB > 0.
 Word16 amplitudeOfDepth(Word16 dB) {
@@ -62,48 +35,17 @@ Word32 smoothPriorSnr(std::span<const Word16, kBands> priorSnr, std::span<Word16
   return sum;
 }
 
-void gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kBands> framePower,
-                        std::span<const Word16, kBands> smoothSnr, Word16 globalPresence,
-                        std::span<Word32, kBands> speech, const Presence& presence) {
-  for (std::size_t b = 0; b < kBands; ++b) {
-    const Word16 xi = snr.prior[b];
-    const Word16 wiener = low16(quotient(xi * 32768, add(xi, kUnityQ8)));
-    const Word32 gamma = 2048 + snr.posterior[b] * 8;  // Q11
-    const Word32 v = mpy32x16(gamma, wiener);          // Q11
-    const Word16 gain =
-        static_cast<Word16>(std::min(mpy32x16(amplitudeFactor(v), wiener), Word32{kMax16}));
-    presence.gain[b] = gain;
-    // 0.8 gain^2, which is 26212 at most, and 0.2: below 1 together.
-    speech[b] = mpy32x16(framePower[b], mult(mult(gain, gain), 26214)) + mpy32x16(speech[b], 6554);
-    presence.probability[b] = presenceProbability(xi, v, smoothSnr[b], globalPresence);
-  }
-}
-
-void mixWithFloor(std::span<const Word32, kBands> noise, Word16 floorGain,
-                  std::span<const Word16, kBands> probability, std::span<Word16, kBands> gain,
-                  std::span<Word16, kBands> bandGain) {
-  for (std::size_t b = 0; b < kBands; ++b) {
-    const Word32 units = noise[b] >> 7;
-    const Word32 noisy = quotientQ15(units, units + 1);  // near 0 where there is no noise
-    const Word16 floor = mult(floorGain, low16(squareRoot(noisy * 32768)));
-    gain[b] = std::max(gain[b], floor);
-    const Word16 present = mult(probability[b], rootQ15(gain[b]));
-    const Word16 absent = mult(sub(kMax16, probability[b]), rootQ15(floor));
-    const Word16 root = add(present, absent);
-    bandGain[b] = mult(root, root);
-  }
-}
-
 void suppressionGains(const BandPowers& power, const BandSnrs& snr, const GainMemory& memory,
                       const kernels::Filterbank& bank, std::span<Word16> binGain) {
   const Word32 priorSnrSum = smoothPriorSnr(snr.prior, memory.priorSnr);
   Word16 gainH1[kBands];
   Word16 speechProb[kBands];
-  gainsUnderPresence(snr, power.frame, memory.priorSnr, frameLevelPresence(priorSnrSum),
-                     memory.speech, {gainH1, speechProb});
+  Kernels::gainsUnderPresence(snr, power.frame, memory.priorSnr, frameLevelPresence(priorSnrSum),
+                              memory.speech, {gainH1, speechProb});
   moveFloor(power.noise, memory.floorDepth);
   Word16 bandGain[kBands];
-  mixWithFloor(power.noise, amplitudeOfDepth(memory.floorDepth), speechProb, gainH1, bandGain);
+  Kernels::mixWithFloor(power.noise, amplitudeOfDepth(memory.floorDepth), speechProb, gainH1,
+                        bandGain);
   Kernels::spreadToBins(bandGain, bank, binGain);
 }
 

@@ -41,9 +41,6 @@ extern ARVESSA_API const Word16 WVQE_CONST_TABLE_FILTER_RIGHT_8K[64];
 extern ARVESSA_API const Word16 WVQE_CONST_TABLE_FILTER_RIGHT_16K[128];
 extern ARVESSA_API const Word16 WVQE_CONST_TABLE_FILTER_RIGHT_32K[256];
 
-// T(v) = [Gamma(1.25) M(-0.25; 1; -v)]^2 in Q13 at v = 0, 0.5 .. 10.
-extern ARVESSA_API const unsigned short WVQE_CONST_TABLE_HYPERGEOM_GAIN[21];
-
 // Amplitudes per band, Q15. Not used by the engine, whose floor adapts.
 extern ARVESSA_API const Word16 WVQE_SUBBAND_NOISE_SUPPRESS_TABLE[24];
 

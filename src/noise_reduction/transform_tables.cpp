@@ -24,7 +24,7 @@ const unsigned char u8BitRTab[256] = {
     63, 191, 127, 255};
 
 // (cos t, -sin t) in Q15, t = pi j / 64, j = 0..63: rounded, 1.0 clamped to 32767.
-const Word16 WVQE_CONST_TABLE_FFT_COEF_8K[128] = {
+alignas(4) const Word16 WVQE_CONST_TABLE_FFT_COEF_8K[128] = {
     32767, 0, 32729, -1608, 32610, -3212, 32413, -4808, 32138, -6393, 31786, -7962, 31357, -9512,
     30853, -11039, 30274, -12540, 29622, -14010, 28899, -15447, 28106, -16846, 27246, -18205, 26320,
     -19520, 25330, -20788, 24279, -22006, 23170, -23170, 22006, -24279, 20788, -25330, 19520,
@@ -39,7 +39,7 @@ const Word16 WVQE_CONST_TABLE_FFT_COEF_8K[128] = {
 
 // (cos t, -sin t) in Q15, t = pi j / 128, j = 0..127: 32767 cos t, -32767 sin t truncated toward zero,
 // but for 5 pairs.
-const Word16 WVQE_CONST_TABLE_FFT_COEF_16K[256] = {
+alignas(4) const Word16 WVQE_CONST_TABLE_FFT_COEF_16K[256] = {
     32767, 0, 32757, -804, 32727, -1607, 32678, -2410, 32609, -3211, 32520, -4011, 32412, -4807,
     32284, -5601, 32137, -6392, 31970, -7179, 31785, -7961, 31580, -8739, 31356, -9511, 31113,
     -10278, 30851, -11038, 30571, -11792, 30272, -12539, 29955, -13278, 29621, -14009, 29268,
@@ -64,7 +64,7 @@ const Word16 WVQE_CONST_TABLE_FFT_COEF_16K[256] = {
 
 // (cos t, -sin t) in Q15, t = pi j / 256, j = 0..255: 32767 cos t, -32767 sin t truncated toward zero,
 // but for 27 pairs.
-const Word16 WVQE_CONST_TABLE_FFT_COEF_32K[512] = {
+alignas(4) const Word16 WVQE_CONST_TABLE_FFT_COEF_32K[512] = {
     32767, 0, 32764, -402, 32757, -804, 32744, -1206, 32727, -1607, 32705, -2009, 32678, -2410,
     32646, -2811, 32609, -3211, 32567, -3611, 32520, -4011, 32468, -4409, 32412, -4807, 32350,
     -5205, 32284, -5601, 32213, -5997, 32137, -6392, 32056, -6786, 31970, -7179, 31880, -7571,
@@ -110,7 +110,7 @@ const Word16 WVQE_CONST_TABLE_FFT_COEF_32K[512] = {
 
 // The same pairs in the order in which the stages use them: stage s takes
 // exp(-2 pi j g / 2^(s+1)), g = 0..2^s-1, each twice but in the last.
-const Word16 WVQE_CONST_TABLE_FFT_COEF_Rearrange_8K[184] = {
+alignas(4) const Word16 WVQE_CONST_TABLE_FFT_COEF_Rearrange_8K[184] = {
     32767, 0, 32767, 0, 0, -32768, 0, -32768, 32767, 0, 32767, 0, 23170, -23170, 23170, -23170, 0,
     -32768, 0, -32768, -23170, -23170, -23170, -23170, 32767, 0, 32767, 0, 30274, -12540, 30274,
     -12540, 23170, -23170, 23170, -23170, 12540, -30274, 12540, -30274, 0, -32768, 0, -32768,
@@ -128,7 +128,7 @@ const Word16 WVQE_CONST_TABLE_FFT_COEF_Rearrange_8K[184] = {
 
 // The same pairs in the order in which the stages use them: stage s takes
 // exp(-2 pi j g / 2^(s+1)), g = 0..2^s-1, each twice but in the last.
-const Word16 WVQE_CONST_TABLE_FFT_COEF_Rearrange_16K[376] = {
+alignas(4) const Word16 WVQE_CONST_TABLE_FFT_COEF_Rearrange_16K[376] = {
     32767, 0, 32767, 0, 0, -32766, 0, -32766, 32767, 0, 32767, 0, 23169, -23169, 23169, -23169, 0,
     -32766, 0, -32766, -23169, -23169, -23169, -23169, 32767, 0, 32767, 0, 30272, -12539, 30272,
     -12539, 23169, -23169, 23169, -23169, 12539, -30272, 12539, -30272, 0, -32766, 0, -32766,
@@ -163,7 +163,7 @@ const Word16 WVQE_CONST_TABLE_FFT_COEF_Rearrange_16K[376] = {
 // The same pairs in the order in which the stages use them: stage s takes
 // exp(-2 pi j g / 2^(s+1)), g = 0..2^s-1, each twice but in the last. The last stage from
 // the table of its own rate, the others from the 16 kHz table.
-const Word16 WVQE_CONST_TABLE_FFT_COEF_Rearrange_32K[760] = {
+alignas(4) const Word16 WVQE_CONST_TABLE_FFT_COEF_Rearrange_32K[760] = {
     32767, 0, 32767, 0, 0, -32766, 0, -32766, 32767, 0, 32767, 0, 23169, -23169, 23169, -23169, 0,
     -32766, 0, -32766, -23169, -23169, -23169, -23169, 32767, 0, 32767, 0, 30272, -12539, 30272,
     -12539, 23169, -23169, 23169, -23169, 12539, -30272, 12539, -30272, 0, -32766, 0, -32766,

@@ -27,6 +27,13 @@ def level(samples):
     return 10 * math.log10(sum(map(operator.mul, samples, samples)) / len(samples) / 32768**2 + 1e-10)
 
 
+def active_level(samples, rate):
+    blocks = [samples[n : n + rate // 50] for n in range(0, len(samples), rate // 50)]
+    powers = [sum(s * s for s in block) / len(block) for block in blocks]
+    active = [power for power in powers if power >= max(powers) / 1000]
+    return 10 * math.log10(sum(active) / len(active) / 32768**2)
+
+
 def lag(late, early, reach):
     """By how many samples `late` lags `early`, searched within +-reach."""
     middle = early[reach : len(early) - reach]

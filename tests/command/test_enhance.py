@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
+import operator
 import os
 import select
 import subprocess
 import time
 import unittest
 
-from support import COMMAND, CommandTest, lag, level, noise, pcm
+from support import COMMAND, CommandTest, active_level, lag, level, noise, pcm
 
 
 class Enhance(CommandTest):
@@ -81,6 +82,36 @@ class Enhance(CommandTest):
         self.assertGreater(with_agc - plain, 1)
         quiet = self.run_command("enhance", self.path("hiss.wav"), "-o", self.path("o.wav"), "--quiet")
         self.assertEqual((quiet.stdout, quiet.stderr), (b"", b""))
+
+    def test_switches_that_only_this_command_has(self):
+        microphones = self.scene("--talker", 90, "--snr", 25)
+        settled = slice(3000, None)
+        plain = self.enhance("--no-engine")
+        held = [self.enhance("--no-engine", "--beam", beam) for beam in range(3)]
+        self.assertEqual(plain[settled], held[1][settled])
+        self.assertNotEqual(plain[settled], held[0][settled])
+        self.assertNotEqual(held[0][settled], held[2][settled])
+
+        five = [noise(8000, seed) for seed in range(5)]
+        self.write("five.wav", five)
+        self.write("two.wav", [five[4], five[1]])
+        self.assertEqual(self.enhance("--channels", "5,2", source="five.wav"), self.enhance(source="two.wav"))
+        for channels, code in (("1,6", 1), ("1", 2), ("0,1", 2)):
+            self.run_command("enhance", self.path("five.wav"), "-o", "-", "--channels", channels, code=code)
+
+        # Until the first voice the AGC stands at 15.05 dB.
+        self.write("hiss.wav", [noise(8000, 1, 300), noise(8000, 2, 300)])
+        with_agc, without = self.enhance(source="hiss.wav"), self.enhance("--no-agc", source="hiss.wav")
+        self.assertAlmostEqual(level(with_agc) - level(without), 15.05, delta=0.1)
+
+        enhanced = self.enhance("--compare", self.path("both.wav"))
+        left, right = self.read("both.wav", channels=2)
+        self.assertEqual(left[:100] == microphones[0][:100], right[:100] != enhanced[:100])
+        for channel, whole in ((left, microphones[0]), (right, enhanced)):
+            scale = sum(map(operator.mul, channel, whole)) / sum(map(operator.mul, whole, whole))
+            self.assertLess(max(abs(scale * w - c) for c, w in zip(channel, whole)), 1)
+            self.assertLessEqual(scale, 1.0001)
+        self.assertAlmostEqual(active_level(left, 8000), active_level(right, 8000), delta=0.1)
 
     def test_many_at_once_come_out_as_one_by_one(self):
         names = [f"take{i}.wav" for i in range(5)]

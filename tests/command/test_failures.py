@@ -1,12 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 import os
 import resource
-import signal
-import subprocess
-import time
 import unittest
 
-from support import COMMAND, SPEECH, CommandTest, noise, pcm
+from support import SPEECH, CommandTest, noise
 
 
 class Failures(CommandTest):
@@ -25,16 +22,15 @@ class Failures(CommandTest):
             return file.read()
 
     def test_bad_input_is_named_and_leaves_the_old_output_alone(self):
-        for name, data in (("text.wav", b"not audio at all\n" * 99), ("empty.wav", b"")):
-            with open(self.path(name), "wb") as file:
-                file.write(data)
+        with open(self.path("empty.wav"), "wb"):
+            pass
         os.symlink("loop.wav", self.path("loop.wav"))
         os.mkdir(self.path("folder.wav"))
         self.write("mono.wav", [noise(800)])
         self.write("three.wav", [noise(800)] * 3)
         self.write("header.wav", [[], []])
-        reasons = {"missing.wav": "No such file", "text.wav": "audio", "empty.wav": "empty",
-                   "loop.wav": "symbolic links", "folder.wav": "directory", "mono.wav": "1 channel;",
+        reasons = {"missing.wav": "No such file", "empty.wav": "empty",
+                   "loop.wav": "symbolic links", "mono.wav": "1 channel;",
                    "three.wav": "3 channels;", "header.wav": "no samples"}
         with open(self.path("out.wav"), "wb") as file:
             file.write(b"precious")
@@ -43,42 +39,10 @@ class Failures(CommandTest):
             error = self.refused("enhance", self.path(name), "-o", self.path("out.wav"))
             self.assertIn(name, error)
             self.assertIn(reason, error)
-        for data in (b"", self.content("good.wav")):
-            self.assertIn("standard input", self.refused("enhance", "-", "-o", self.path("out.wav"), input=data))
+        self.assertIn("directory", self.refused("trace", self.path("folder.wav"), "-o", self.path("out.wav")))
+        self.assertIn("standard input", self.refused("enhance", "-", "-o", self.path("out.wav"), input=b""))
         self.assertEqual(self.content("out.wav"), b"precious")
         self.assertEqual(set(os.listdir(self.directory)), names)
-
-    def test_truncated_input_is_reported_and_the_rest_is_kept(self):
-        done = self.run_command("enhance", "-", "-o", "-", "--quiet", input=bytes(4 * 100 + 3), code=1)
-        self.assertEqual(len(pcm(done.stdout)), 100)
-        self.assertIn(b"standard input: truncated: the last 3 bytes", done.stderr)
-        self.run_command("engine", self.good, "-o", self.path("cut.flac"))
-        os.truncate(self.path("cut.flac"), os.path.getsize(self.path("cut.flac")) // 2)
-        done = self.run_command("engine", self.path("cut.flac"), "-o", self.path("out.wav"), code=1)
-        self.assertIn(b"cut.flac", done.stderr)
-        self.assertGreater(len(self.read("out.wav", channels=2)[0]), 30000)
-        for name in ("cut.wav", "cut.aiff", "cut.au", "cut.w64"):
-            self.run_command("engine", self.good, "-o", self.path(name))
-            os.truncate(self.path(name), 90001)
-            self.assertIn("truncated", self.refused("engine", self.path(name), "-o", self.path("out.wav"), "--quiet"))
-            self.assertGreater(len(self.read("out.wav", channels=2)[0]), 20000)
-            self.refused("scene", SPEECH, "--noise", self.path(name), "-o", self.path("scene.wav"))
-
-    def test_an_input_of_unknown_length_is_whole(self):
-        self.run_command("engine", self.good, "--no-nr", "--no-agc", "-o", self.path("piped.flac"))
-        with open(self.path("piped.flac"), "r+b") as file:
-            file.seek(21)  # the 36 bits of the number of samples
-            high = file.read(1)[0] & 0xF0
-            file.seek(21)
-            file.write(bytes([high, 0, 0, 0, 0]))
-        self.run_command("engine", self.path("piped.flac"), "--no-nr", "--no-agc", "-o", self.path("out.wav"))
-        self.assertEqual(self.content("out.wav"), self.content("good.wav"))
-        for size in (2**31 - 37, 2**31, 2**32 - 1):  # what writers to a pipe put there
-            with open(self.path("piped.wav"), "wb") as file:
-                good = self.content("good.wav")
-                file.write(good[:40] + size.to_bytes(4, "little") + good[44:])
-            self.run_command("engine", self.path("piped.wav"), "--no-nr", "--no-agc", "-o", self.path("out.wav"))
-            self.assertEqual(self.content("out.wav"), good)
 
     def test_wrong_usage(self):
         out = ["-o", self.path("out.wav")]
@@ -86,14 +50,23 @@ class Failures(CommandTest):
                           ["enhance", self.good, self.good, *out], ["engine", self.good, "--agc-table", 5, *out],
                           ["enhance", self.good, "-o", self.path("out.mp3x")],
                           ["enhance", "-", "--out-dir", self.directory],
-                          ["enhance", self.good, self.path("x/good.flac"), "--out-dir", self.path("clean")],
+                          ["enhance", self.good, self.path("x/good.wav"), "--out-dir", self.path("clean")],
                           ["engine", self.good, "--rate", 16000, *out], ["scene", SPEECH, "--snr", "nan", *out],
                           ["scene", SPEECH, "--seed", -1, *out],
                           ["scene", SPEECH, "--noise", "none", "--noise-from", 0, *out]):
             self.refused(*arguments, code=2)
-        self.assertIn("improve", self.refused("improve", self.good, *out, code=2))
+        for arguments, words in ((["improve", self.good, *out], "command improve"),
+                                 (["enhanc"], "did you mean enhance?"),
+                                 (["help", "bems"], "did you mean beams?"),
+                                 (["trace", self.good, "--bem", 1, *out], "did you mean --beam? (arvessa trace --help"),
+                                 (["enhance", self.good, "--jobs", "0x2", *out], "0x2"),
+                                 (["scene", SPEECH, "--noise", "babel", *out], "fan, white, babble or none")):
+            self.assertIn(words, self.refused(*arguments, code=2))
+        for command in ("enhance", "engine", "scene", "trace", "beams"):
+            arguments = [] if command == "beams" else [SPEECH if command == "scene" else self.good]
+            self.assertIn("output is empty", self.refused(command, *arguments, "-o", "", code=2))
         self.assertEqual(os.listdir(self.directory), ["good.wav"])
-        for arguments in (["--help"], ["enhance", "--help"], ["engine", "--help"], ["scene", "--help"],
+        for arguments in (["--help"], ["help"], ["help", "trace"], ["enhance", "--help"], ["engine", "--help"], ["scene", "--help"],
                           ["trace", "--help"], ["info"], ["--version"]):
             self.assertIn(b"arvessa" if arguments[0] != "info" else b"8132", self.run_command(*arguments).stdout)
 
@@ -133,20 +106,6 @@ class Failures(CommandTest):
 
     def to_output(self, output):
         return self.refused("enhance", self.good, "-o", "-", stdout=output)
-
-    def test_an_interrupted_run_leaves_nothing_behind(self):
-        for ending in (signal.SIGINT, signal.SIGTERM, signal.SIGQUIT):
-            process = subprocess.Popen([COMMAND, "enhance", "-", "-o", self.path("out.wav")], stdin=subprocess.PIPE)
-            process.stdin.write(bytes(32000))
-            process.stdin.flush()
-            deadline = time.monotonic() + 20
-            while len(os.listdir(self.directory)) == 1 and time.monotonic() < deadline:
-                time.sleep(0.01)
-            self.assertEqual(len(os.listdir(self.directory)), 2, "no output was begun")
-            process.send_signal(ending)
-            self.assertEqual(process.wait(20), -ending)
-            process.stdin.close()
-            self.assertEqual(os.listdir(self.directory), ["good.wav"])
 
     def test_bad_ones_among_many_do_not_keep_the_good_ones(self):
         self.write("mono.wav", [noise(800)])

@@ -6,17 +6,10 @@ import subprocess
 import unittest
 import wave
 
-from support import COMMAND, SPEECH, CommandTest, lag, level, noise
+from support import COMMAND, CommandTest, SPEECH, active_level, lag, level, noise
 
 DISTANCE = 0.1385  # of the microphones, metres
 SOUND = 340.0  # m/s
-
-
-def active_level(samples, rate):
-    blocks = [samples[n : n + rate // 50] for n in range(0, len(samples), rate // 50)]
-    powers = [sum(s * s for s in block) / len(block) for block in blocks]
-    active = [power for power in powers if power >= max(powers) / 1000]
-    return 10 * math.log10(sum(active) / len(active) / 32768**2)
 
 
 def coherence(first, second, frequency, rate, size=256):

@@ -75,6 +75,19 @@ TEST(Arithmetic, DivisionsEqualTheReference) {
   expectSameFunctions(1000000, shortFractions, PAIR(VORN_div_s));
 }
 
+// What stands in for a divider, around the multiples of every divisor.
+TEST(Arithmetic, ShortQuotientsAreExact) {
+  Random random(5);
+  for (std::uint32_t den = 1; den < 65536; ++den) {
+    for (const std::uint32_t q : {1U, 32767U, 1U + static_cast<unsigned>(random.below(32767))}) {
+      for (const std::uint32_t num : {q * den - 1, q * den, q * den + den - 1}) {
+        const auto want = static_cast<Word32>(num / den);
+        ASSERT_EQ(shortQuotient(num, den), want) << num << " / " << den;
+      }
+    }
+  }
+}
+
 TEST(Arithmetic, FunctionsOfOneNumberEqualTheReference) {
   Random random(4);
   const auto magnitudes = [&](auto& operand) { operand = {random.word32() & kMax32}; };

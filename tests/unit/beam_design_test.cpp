@@ -59,7 +59,7 @@ TEST(BeamDesign, StoredTableIsWhatTheFileOfTheDesignHolds) {
     EXPECT_EQ(file.table.im[i], MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[i]) << i;
   }
   EXPECT_EQ(file.geometry.directions, storedGeometry().directions);
-  EXPECT_NEAR(distance(file.geometry), distance(storedGeometry()), 1e-12);
+  EXPECT_NEAR(distance(file.geometry.microphones), distance(storedGeometry().microphones), 1e-12);
 }
 
 TEST(BeamDesign, DamagedFilesAreRefusedWithTheLine) {
@@ -98,7 +98,7 @@ TEST(BeamDesign, TwoDirectionsAndAnotherPlaceOfTheArray) {
     EXPECT_NEAR(std::abs(weights[0][k][0]), std::abs(stored[0][k][0]), 1e-9);
     EXPECT_EQ(weights[2][k], weights[1][k]);
   }
-  EXPECT_NEAR(sideLobeFrequency(turned), 1227.4, 0.1);
+  EXPECT_NEAR(sideLobeFrequency(turned.microphones), 1227.4, 0.1);
 }
 
 TEST(BeamDesign, ValuesThatEveryConstantMoves) {

@@ -9,6 +9,7 @@
 #include "beamformer/window_table.h"
 #include "kernels/band_split_filters.h"
 #include "kernels/float_transform_tables.h"
+#include "kernels/gain_curves.h"
 #include "noise_reduction/tables.h"
 #include "support/support.h"
 

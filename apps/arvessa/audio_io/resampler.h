@@ -8,7 +8,8 @@
 // a live stream waits for the future: 75 ms from 48 to 8 kHz, 82 ms from 44.1 to 8 kHz, 117 ms from
 // 16 to 8 kHz, 21 ms from 44.1 to 48 kHz and 19 ms back.
 //
-// libsoxr chooses its code by the processor, so that the last bit of a result may depend on it.
+// libsoxr chooses its code by the processor, so that the last bit of a result may depend on it:
+// the promise of the same samples everywhere begins behind the conversion.
 
 #include <soxr.h>
 

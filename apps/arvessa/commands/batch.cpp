@@ -16,13 +16,14 @@
 namespace arvessa::app {
 namespace {
 
-Record runJob(const Job& job, const std::vector<std::string>& inputs, OutputFolders& folders,
+// `folders` are made for the output if there are any.
+Record runJob(const Job& job, const std::vector<std::string>& inputs, OutputFolders* folders,
               const Work& work, Progress& progress) {
   Record record;
   const Stopwatch stopwatch;
   try {
     checkIsNoInput(job.output, inputs);
-    if (job.output != "-") folders.makeFor(job.output);
+    if (folders != nullptr) folders->makeFor(job.output);
     record.outcome = work(job, std::ref(progress));
     record.status = record.outcome->complaint.empty() ? Status::kDone : Status::kIncomplete;
   } catch (const Stopped&) {
@@ -38,8 +39,8 @@ Record runJob(const Job& job, const std::vector<std::string>& inputs, OutputFold
   return record;
 }
 
-std::vector<Record> recordsOf(const std::vector<Job>& jobs, std::size_t atOnce, bool quiet,
-                              const Work& work) {
+std::vector<Record> recordsOf(const Plan& plan, std::size_t atOnce, bool quiet, const Work& work) {
+  const std::vector<Job>& jobs = plan.jobs;
   std::vector<std::string> inputs;
   inputs.reserve(jobs.size());
   for (const Job& job : jobs) inputs.push_back(job.input);
@@ -49,7 +50,7 @@ std::vector<Record> recordsOf(const std::vector<Job>& jobs, std::size_t atOnce, 
   std::atomic<std::size_t> next = 0;
   const auto takeJobs = [&] {
     for (std::size_t i = next++; i < jobs.size() && !stopRequested(); i = next++) {
-      records[i] = runJob(jobs[i], inputs, folders, work, progress);
+      records[i] = runJob(jobs[i], inputs, plan.makesFolders ? &folders : nullptr, work, progress);
     }
   };
   std::vector<std::jthread> others;
@@ -72,7 +73,7 @@ int runJobs(const Plan& plan, int atOnce, const ReportSettings& settings, const 
   const Stopwatch stopwatch;
   const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
   const std::vector<Record> records = recordsOf(
-      plan.jobs, atOnce == 0 ? processors : static_cast<std::size_t>(atOnce), settings.quiet, work);
+      plan, atOnce == 0 ? processors : static_cast<std::size_t>(atOnce), settings.quiet, work);
   return report(plan, records, settings, stopwatch.seconds());
 }
 

@@ -67,8 +67,9 @@ void writeText(const std::string& text, const std::string& path) {
 std::string summary(const beams::Geometry& geometry, const beams::Weights& weights) {
   constexpr std::array<int, 4> kBinsShown = {7, 15, 31, 55};  // 500 to 3500 Hz
   std::ostringstream out;
-  out << "microphones " << fixed(1000 * beams::distance(geometry), 1)
-      << " mm apart, half a wavelength at " << fixed(beams::sideLobeFrequency(geometry), 0)
+  out << "microphones " << fixed(1000 * beams::distance(geometry.microphones), 1)
+      << " mm apart, half a wavelength at "
+      << fixed(beams::sideLobeFrequency(geometry.microphones), 0)
       << " Hz: above it the beams have side lobes\n"
       << "                     directivity, dB              white noise gain, dB\n"
       << "beam  direction";

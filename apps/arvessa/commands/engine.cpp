@@ -75,7 +75,7 @@ void addEngine(CLI::App& app, Run& run) {
   command->footer(
       "The engine works at 8, 16, 32 and 48 kHz; other rates are converted to the next higher of\n"
       "these and back. Raw samples (-) are 16-bit little-endian, interleaved. They are answered\n"
-      "frame by frame; at a rate that is converted, some 30 ms later.\n\n"
+      "frame by frame; at a rate that is converted, some 40 to 140 ms later.\n\n"
       "Examples:\n"
       "  arvessa engine call.wav -o quiet.wav --agc-table 2\n"
       "  arvessa engine *.wav --out-dir quiet --no-agc\n"

@@ -107,6 +107,7 @@ Plan planJobs(const BatchOptions& options) {
     add(onlyJob(options));
     return plan;
   }
+  plan.makesFolders = true;
   std::map<std::string, std::string> inputOfTarget;
   for (const Recording& recording : recordingsIn(options.inputs, options.outputFolder)) {
     const std::string output =

@@ -35,6 +35,7 @@ void addOutputOption(CLI::App& command, std::string& output, const std::string& 
 
 struct Plan {
   std::vector<Job> jobs;
+  bool makesFolders = false;  // for the outputs, where they are missing
   std::size_t skipped = 0;  // because their output is there already
 };
 

@@ -13,6 +13,7 @@
 #include "audio_io/file_format.h"
 #include "audio_io/level.h"
 #include "audio_io/open.h"
+#include "commands/beams_option.h"
 #include "commands/commands.h"
 #include "commands/jobs.h"
 #include "commands/progress.h"
@@ -25,6 +26,7 @@ namespace {
 
 struct Options {
   SceneSettings scene;
+  std::string beams;
   std::string output;
   bool quiet = false;
 };
@@ -71,7 +73,8 @@ std::string summary(const SceneSettings& settings, const Scene& scene) {
 
 int runScene(const Options& options) {
   const Stopwatch stopwatch;
-  const SceneSettings& settings = options.scene;
+  SceneSettings settings = options.scene;
+  settings.microphones = readBeams(options.beams).geometry.microphones;
   checkWritableFormat(options.output);
   if (settings.noise == "none" && settings.noiseFrom) {
     throw UsageError("--noise-from needs a noise; --noise none has none");
@@ -121,17 +124,19 @@ void addScene(CLI::App& app, Run& run) {
       ->capture_default_str();
   command->add_option("--rate", settings.rate, "rate to write, Hz; by default the speech's")
       ->check(CLI::Range(1000, 192000));
+  addBeamsOption(*command, options->beams);
   command->add_flag("--quiet", options->quiet, "no progress bar, no summary");
   command->footer(
-      "The microphones are " + fixed(1000 * distanceOf(settings.array), 1) +
-      " mm apart: 0 degrees is beyond microphone 2, 90 degrees in front,\n"
-      "180 degrees beyond microphone 1. The noise comes from all around. The signal-to-noise "
-      "ratio\n"
-      "is that of the speech without its pauses to all of the noise, at microphone 1. Babble and\n"
-      "recorded noise are made of the first " +
+      "The microphones are " + fixed(1000 * beams::distance(settings.microphones), 1) +
+      " mm apart, or as --beams says: 0 degrees is beyond microphone\n"
+      "2, 90 degrees in front, 180 degrees beyond microphone 1. The noise comes from all around.\n"
+      "The signal-to-noise ratio is that of the speech without its pauses to all of the noise, at\n"
+      "microphone 1. Babble and recorded noise are made of the first " +
       std::to_string(Material::kMost / 1'000'000) +
-      " million samples of their recording,\n10 minutes at 16 kHz. Speech from a pipe is kept in "
-      "memory; a file is read two or three times.\n\n"
+      " million samples of their\n"
+      "recording, 10 minutes at 16 kHz. A file of speech is read two or three times; speech from "
+      "a\n"
+      "pipe is kept in memory.\n\n"
       "Examples:\n"
       "  arvessa scene speech.wav --talker 0 --noise babble --snr 5 -o noisy.wav\n"
       "  arvessa scene speech.wav --noise fan --noise-from 180 --seed 7 --rate 8000 -o noisy.flac");

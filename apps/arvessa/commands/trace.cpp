@@ -60,7 +60,7 @@ void addTrace(CLI::App& app, Run& run) {
       "  arvessa trace noisy.wav -o decisions.csv");
   command->callback([options, &run] {
     run = [options] {
-      return runJobs({{options->job}}, 1, {options->quiet},
+      return runJobs({.jobs = {options->job}}, 1, {options->quiet},
                      std::bind_front(trace, std::cref(*options)));
     };
   });

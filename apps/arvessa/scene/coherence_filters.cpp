@@ -23,7 +23,7 @@ constexpr int kFurtherSamples = 16;
 }  // namespace
 
 CoherenceFilters isotropicFilters(double distance, int rate) {
-  const double delay = distance / kSpeedOfSound * rate;  // samples
+  const double delay = distance / beams::kSpeedOfSound * rate;  // samples
   const int reach = static_cast<int>(std::ceil(kReach * delay)) + kFurtherSamples;
   std::vector<double> common(2 * static_cast<std::size_t>(reach) + 1);
   std::vector<double> opposed(2 * static_cast<std::size_t>(reach));

@@ -50,14 +50,14 @@ Ingredients::Ingredients(const SceneSettings& sceneSettings, Speech talkersSpeec
 
 Rendering::Rendering(const Ingredients& ingredients)
     : speech_(ingredients.speech.open()),
-      talker_(ingredients.settings.array, ingredients.settings.talker, speech_->rate),
+      talker_(ingredients.settings.microphones, ingredients.settings.talker, speech_->rate),
       latency_(talker_.latency()) {
   const SceneSettings& settings = ingredients.settings;
   if (settings.noise == "none") return;
-  field_.emplace(settings.array, speech_->rate,
+  field_.emplace(settings.microphones, speech_->rate,
                  std::array{noiseOf(ingredients, 0), noiseOf(ingredients, 1)});
   if (settings.noiseFrom) {
-    point_.emplace(settings.array, *settings.noiseFrom, speech_->rate,
+    point_.emplace(settings.microphones, *settings.noiseFrom, speech_->rate,
                    noiseOf(ingredients, kPointStream));
   }
 }

@@ -21,7 +21,7 @@ struct SceneSettings {
   double snr = 5;                   // dB, of the speech without its pauses to all of the noise
   std::uint64_t seed = 1;
   std::optional<int> rate;  // Hz; by default the speech's
-  MicrophoneArray array;
+  beams::Microphones microphones = beams::storedGeometry().microphones;
 };
 
 // What was written.

@@ -10,31 +10,26 @@
 namespace arvessa::app {
 namespace {
 
-std::size_t latencyOf(const MicrophoneArray& array, int rate) {
-  const double mostAhead = distanceOf(array) / 2 / kSpeedOfSound * rate;
+std::size_t latencyOf(const beams::Microphones& microphones, int rate) {
+  const double mostAhead = beams::distance(microphones) / 2 / beams::kSpeedOfSound * rate;
   return static_cast<std::size_t>(std::ceil(mostAhead)) + kDelayReach;
 }
 
 // How much sooner than halfway between the microphones a wave passes microphone 2, in samples.
-double leadOf(const MicrophoneArray& array, double degrees, int rate) {
+double leadOf(const beams::Microphones& microphones, double degrees, int rate) {
   const double angle = degrees * std::numbers::pi / 180;
-  const auto& [first, second] = array.microphones;
+  const auto& [first, second] = microphones;
   const double path =
       (second.x - first.x) * std::cos(angle) + (second.y - first.y) * std::sin(angle);
-  return path / 2 / kSpeedOfSound * rate;
+  return path / 2 / beams::kSpeedOfSound * rate;
 }
 
 }  // namespace
 
-double distanceOf(const MicrophoneArray& array) {
-  const auto& [first, second] = array.microphones;
-  return std::hypot(second.x - first.x, second.y - first.y);
-}
-
-PlaneWave::PlaneWave(const MicrophoneArray& array, double degrees, int rate)
-    : latency_(latencyOf(array, rate)),
-      delays_{Fir(delayTaps(static_cast<double>(latency_) + leadOf(array, degrees, rate))),
-              Fir(delayTaps(static_cast<double>(latency_) - leadOf(array, degrees, rate)))} {}
+PlaneWave::PlaneWave(const beams::Microphones& microphones, double degrees, int rate)
+    : latency_(latencyOf(microphones, rate)),
+      delays_{Fir(delayTaps(static_cast<double>(latency_) + leadOf(microphones, degrees, rate))),
+              Fir(delayTaps(static_cast<double>(latency_) - leadOf(microphones, degrees, rate)))} {}
 
 void PlaneWave::process(std::span<const float> wave, TwoChannels& heard) {
   for (std::size_t m = 0; m < heard.size(); ++m) {
@@ -43,8 +38,9 @@ void PlaneWave::process(std::span<const float> wave, TwoChannels& heard) {
   }
 }
 
-PointSource::PointSource(const MicrophoneArray& array, double degrees, int rate, Noise noise)
-    : noise_(std::move(noise)), wave_(array, degrees, rate) {
+PointSource::PointSource(const beams::Microphones& microphones, double degrees, int rate,
+                         Noise noise)
+    : noise_(std::move(noise)), wave_(microphones, degrees, rate) {
   TwoChannels beginning;  // where the filters still see the silence before it
   next(2 * wave_.latency(), beginning);
 }
@@ -55,9 +51,10 @@ void PointSource::next(std::size_t samples, TwoChannels& heard) {
   wave_.process(block_, heard);
 }
 
-IsotropicField::IsotropicField(const MicrophoneArray& array, int rate, std::array<Noise, 2> noises)
+IsotropicField::IsotropicField(const beams::Microphones& microphones, int rate,
+                               std::array<Noise, 2> noises)
     : noises_(std::move(noises)), filters_([&] {
-        CoherenceFilters filters = isotropicFilters(distanceOf(array), rate);
+        CoherenceFilters filters = isotropicFilters(beams::distance(microphones), rate);
         return std::array{Fir(std::move(filters.common)), Fir(std::move(filters.opposed))};
       }()) {
   TwoChannels beginning;

@@ -7,23 +7,11 @@
 #include <span>
 #include <vector>
 
+#include "beams/geometry.h"
 #include "scene/fir.h"
 #include "scene/noise.h"
 
 namespace arvessa::app {
-
-inline constexpr double kSpeedOfSound = 340;  // m/s
-
-struct Position {
-  double x, y;  // metres
-};
-
-// The microphones of the device that the library's beams are for, unless said otherwise.
-struct MicrophoneArray {
-  std::array<Position, 2> microphones = {{{-0.0697, -0.0024}, {0.0688, -0.0025}}};
-};
-
-double distanceOf(const MicrophoneArray& array);  // of the microphones, metres
 
 using TwoChannels = std::array<std::vector<float>, 2>;
 
@@ -32,7 +20,7 @@ using TwoChannels = std::array<std::vector<float>, 2>;
 class PlaneWave {
  public:
   // `degrees` from the x axis towards the y axis.
-  PlaneWave(const MicrophoneArray& array, double degrees, int rate);
+  PlaneWave(const beams::Microphones& microphones, double degrees, int rate);
   std::size_t latency() const { return latency_; }
   void process(std::span<const float> wave, TwoChannels& heard);
 
@@ -44,7 +32,7 @@ class PlaneWave {
 // A noise as a plane wave.
 class PointSource {
  public:
-  PointSource(const MicrophoneArray& array, double degrees, int rate, Noise noise);
+  PointSource(const beams::Microphones& microphones, double degrees, int rate, Noise noise);
   void next(std::size_t samples, TwoChannels& heard);
 
  private:
@@ -56,7 +44,7 @@ class PointSource {
 // A spherically isotropic field of two independent noises of equal spectrum.
 class IsotropicField {
  public:
-  IsotropicField(const MicrophoneArray& array, int rate, std::array<Noise, 2> noises);
+  IsotropicField(const beams::Microphones& microphones, int rate, std::array<Noise, 2> noises);
   void next(std::size_t samples, TwoChannels& heard);
 
  private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "noise_reduction/tables.h"
+#include "kernels/gain_curves.h"
 
 // Written by generators/tables/make_tables.py.
 

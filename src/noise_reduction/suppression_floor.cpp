@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "noise_reduction/gain_curves.h"
+#include "noise_reduction/suppression_floor.h"
 
 #include <algorithm>
+
+#include "arithmetic/operators.h"
 
 namespace arvessa {
 

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The curves of the suppression gain and the controller of its floor.
-
-#include <span>
+// The curves of the suppression gain.
 
 #include "arithmetic/division.h"
 #include "arithmetic/elementary_functions.h"
 #include "arithmetic/operators.h"
-#include "kernels/kernels.h"
-#include "noise_reduction/tables.h"
+
+// T(v) = [Gamma(1.25) M(-0.25; 1; -v)]^2 in Q13 at v = 0, 0.5 .. 10.
+extern "C" ARVESSA_API const unsigned short WVQE_CONST_TABLE_HYPERGEOM_GAIN[21];
 
 namespace arvessa {
 
@@ -35,9 +34,5 @@ inline Word32 presenceCurve(Word32 x) {
   const Word16 denominator = add(512, mult(19661, low16(inverse)));  // 4 + 0.6/x in Q7
   return quotient(16776704, denominator);                            // 4 in Q15 x Q7
 }
-
-// Moves the depth of the suppression floor, 4..15 dB, by at most 1 dB towards a target that rises
-// with the total of the band noise powers (7 fraction bits), with a hysteresis of 3 dB.
-void moveFloor(std::span<const Word32, kernels::kBands> noise, Word16& depth);
 
 }  // namespace arvessa

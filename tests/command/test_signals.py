@@ -1,0 +1,106 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What becomes of the recordings when a signal ends the command."""
+
+import os
+import pty
+import signal
+import subprocess
+import sys
+import time
+import unittest
+
+from support import COMMAND, CommandTest, noise, pcm
+
+# Writes the file of its first argument as a recorder does that goes on until it is interrupted.
+RECORDER = """import sys, time
+sys.stdout.buffer.write(open(sys.argv[1], "rb").read())
+sys.stdout.flush()
+time.sleep(100)
+"""
+
+
+class Signals(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.good = self.write("good.wav", [noise(20000, 1), noise(20000, 2)])
+
+    def wait_for(self, condition):
+        deadline = time.monotonic() + 60
+        while not condition():
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.02)
+
+    def live(self, *arguments, **options):
+        """The command, which has read all of good.wav from a pipe that stays open."""
+        process = subprocess.Popen([COMMAND, "enhance", "-", *arguments], stdin=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, **options)
+        self.addCleanup(process.stderr.close)
+        self.addCleanup(process.stdin.close)
+        with open(self.good, "rb") as file:
+            process.stdin.write(file.read())
+        process.stdin.flush()
+        return process
+
+    def expected(self):
+        self.run_command("enhance", self.good, "-o", self.path("expected.wav"))
+        return self.read("expected.wav")
+
+    def test_control_c_in_a_terminal_keeps_every_frame(self):
+        expected = self.expected()
+        for name in ("out.wav", "out.flac"):
+            child, terminal = pty.fork()
+            if child == 0:
+                recorder = f"'{sys.executable}' -c '{RECORDER.replace(chr(39), chr(34))}' '{self.good}'"
+                script = f"{recorder} | {COMMAND} enhance - -o {self.path(name)}; echo code=${{PIPESTATUS[1]}}"
+                os.execvp("bash", ["bash", "-c", "trap : INT\n" + script])
+            self.wait_for(lambda: any(entry.startswith(".arvessa-") for entry in os.listdir(self.directory)))
+            time.sleep(1)  # until the recorder has written
+            os.write(terminal, b"\x03")
+            said = b""
+            while b"code=" not in said:
+                said += os.read(terminal, 4096)
+            os.close(terminal)
+            os.waitpid(child, 0)
+            self.assertIn(b"code=130", said)
+            self.assertIn(f"ended by signal (interrupt); {self.path(name)} holds all that came in".encode(), said)
+            self.run_command("engine", self.path(name), "--no-nr", "--no-agc", "-o", self.path("back.wav"))
+            self.assertEqual(self.read("back.wav"), expected)
+
+    def test_other_signals_and_standard_output(self):
+        expected = self.expected()
+        for ending, code in ((signal.SIGTERM, 143), (signal.SIGHUP, 129)):
+            process = self.live("-o", "-", "--quiet", stdout=subprocess.PIPE)
+            self.addCleanup(process.stdout.close)
+            received = process.stdout.read(2 * 19000)
+            process.send_signal(ending)
+            received += process.stdout.read()
+            self.assertEqual(process.wait(60), code)
+            self.assertEqual(list(pcm(received)), expected)
+            self.assertIn(b"standard output holds all that came in", process.stderr.read())
+
+    def test_a_second_signal_ends_at_once_and_leaves_nothing(self):
+        for endings in ((signal.SIGQUIT,), (signal.SIGTERM, signal.SIGTERM)):
+            process = self.live("-o", self.path("out.wav"))
+            self.wait_for(lambda: len(os.listdir(self.directory)) == 2)
+            for ending in endings:
+                process.send_signal(ending)
+                time.sleep(0.1)  # of the 0.25 s in which the pipe might still bring something
+            self.assertEqual(process.wait(60), -endings[-1])
+            self.assertEqual(os.listdir(self.directory), ["good.wav"])
+
+    def test_work_on_files_is_given_up_and_listed(self):
+        self.write("long.wav", [8_000_000 * [1000]] * 2)
+        inputs = [self.good, self.path("long.wav"), self.path("after.wav")]
+        os.symlink("long.wav", inputs[2])
+        process = subprocess.Popen([COMMAND, "enhance", *inputs, "--out-dir", self.path("all"), "--jobs", "1"],
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        self.wait_for(lambda: os.path.exists(self.path("all/good.wav")) and len(os.listdir(self.path("all"))) == 2)
+        process.send_signal(signal.SIGINT)
+        error = process.communicate(timeout=60)[1].decode()
+        self.assertEqual(process.returncode, 130)
+        self.assertEqual(error, f"arvessa: ended by signal (interrupt); not done: {inputs[1]}, {inputs[2]}\n")
+        self.assertEqual(os.listdir(self.path("all")), ["good.wav"])
+
+
+if __name__ == "__main__":
+    unittest.main()
