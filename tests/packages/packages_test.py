@@ -55,7 +55,7 @@ class Packages(unittest.TestCase):
                      f"usr/lib/{triplet}/arvessa/libArvessa_ANDROID.so",
                      f"usr/lib/{triplet}/libArvessa.a", f"usr/lib/{triplet}/pkgconfig/arvessa.pc",
                      f"usr/lib/{triplet}/cmake/Arvessa/ArvessaConfig.cmake",
-                     "usr/share/doc/arvessa/examples/vorn.conf"):
+                     "usr/share/doc/arvessa/examples/vorn.conf", "usr/share/arvessa/arvessa.html"):
             self.assertIn(name, found)
         version = run("dpkg-parsechangelog", "-l", SOURCE / "debian/changelog", "-S", "Version")
         self.assertEqual(run(self.root / "usr/bin/arvessa", "--version").split()[1], version.strip())
