@@ -73,9 +73,9 @@ struct FrontEndStage {
   static constexpr const char* kName = "Arvessa: two microphones in, one voice out";
   static constexpr std::size_t kInputs = 2;
   static constexpr std::size_t kLongestFrame = ARVESSA_FRAME_SAMPLES;
-  static constexpr std::array kPorts = {"Microphone 1",       "Microphone 2", "Voice",
-                                        "No noise reduction", "No AGC",       "Swap microphones",
-                                        "latency"};
+  static constexpr std::array kPorts = {
+      "Microphone 1", "Microphone 2",     "Voice",  "No noise reduction",
+      "No AGC",       "Swap microphones", "latency"};
   static constexpr const char* kRates = "8000";
   static bool accepts(unsigned long rate) { return rate == ARVESSA_SAMPLE_RATE; }
 
@@ -195,14 +195,14 @@ const LADSPA_Descriptor* descriptor() {
       .connect_port = [](LADSPA_Handle handle, unsigned long port,
                          LADSPA_Data* data) { plugin<Stage>(handle)->connect(port, data); },
       .activate = [](LADSPA_Handle handle) { plugin<Stage>(handle)->restart(); },
-      .run = [](LADSPA_Handle handle,
-                unsigned long count) { plugin<Stage>(handle)->run(count); },
+      .run = [](LADSPA_Handle handle, unsigned long count) { plugin<Stage>(handle)->run(count); },
       .run_adding = nullptr,
       .set_run_adding_gain = nullptr,
       .deactivate = nullptr,
-      .cleanup = [](LADSPA_Handle handle) {
-        std::default_delete<Plugin<Stage>>()(plugin<Stage>(handle));
-      }};
+      .cleanup =
+          [](LADSPA_Handle handle) {
+            std::default_delete<Plugin<Stage>>()(plugin<Stage>(handle));
+          }};
   return &made;
 }
 

@@ -132,9 +132,8 @@ Signal later(const std::vector<Signal>& in, std::size_t frame, const Process& pr
 
 Signal engineLater(const Signal& in, int rate, Engine engine) {
   const auto frame = static_cast<std::size_t>(rate / 100);
-  return later({in}, frame, [&](auto pcm, auto out, std::size_t) {
-    engine.process(pcm.first(frame), out);
-  });
+  return later({in}, frame,
+               [&](auto pcm, auto out, std::size_t) { engine.process(pcm.first(frame), out); });
 }
 
 Signal frontEndLater(const std::vector<Signal>& in, FrontEnd frontEnd) {
@@ -164,7 +163,8 @@ TEST(Ladspa, SwitchesActFromTheNextFrameOn) {
   const std::vector<Signal> in = microphones(32000);
   Host mono("vorn", 16000);
   mono.control("No noise reduction") = 1;
-  EXPECT_EQ(mono.run(in, {256}), engineLater(in[0], 16000, Engine({.noiseReduction = false}, 16000)));
+  EXPECT_EQ(mono.run(in, {256}),
+            engineLater(in[0], 16000, Engine({.noiseReduction = false}, 16000)));
   mono.activate();
   mono.control("No AGC") = 1;
   Signal delayed(160);

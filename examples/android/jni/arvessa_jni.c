@@ -23,8 +23,8 @@ JNIEXPORT jlong JNICALL Java_arvessa_FrontEnd_open(JNIEnv* env, jclass type, jbo
   return (jlong)(intptr_t)stream;
 }
 
-JNIEXPORT jint JNICALL Java_arvessa_FrontEnd_process__J_3S_3S(JNIEnv* env, jclass type, jlong handle,
-                                                              jshortArray interleaved,
+JNIEXPORT jint JNICALL Java_arvessa_FrontEnd_process__J_3S_3S(JNIEnv* env, jclass type,
+                                                              jlong handle, jshortArray interleaved,
                                                               jshortArray out) {
   (void)type;
   enum { kFrame = ARVESSA_FRAME_SAMPLES };
