@@ -290,16 +290,16 @@ void Portable::interpolateAndAdd(std::span<const Word16> low, const FilterMemory
 #ifdef ARVESSA_VECTOR_UNIT
 void Vector::lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
                                 std::span<Word16> low) {
-  if (!decimated<InVectors>(in, memory, low)) Portable::lowPassAndDecimate(in, memory, low);
+  if (!decimated<InVectors>(in, memory, low)) Plain::lowPassAndDecimate(in, memory, low);
 }
 void Vector::highPass(std::span<const Word16> in, const FilterMemory& memory,
                       std::span<Word16> high) {
-  if (!highPassed<InVectors>(in, memory, high)) Portable::highPass(in, memory, high);
+  if (!highPassed<InVectors>(in, memory, high)) Plain::highPass(in, memory, high);
 }
 void Vector::interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
                                std::span<const Word16> high, std::span<Word16> out) {
   if (!interpolated<InVectors>(low, memory, high, out)) {
-    Portable::interpolateAndAdd(low, memory, high, out);
+    Plain::interpolateAndAdd(low, memory, high, out);
   }
 }
 #endif

@@ -39,11 +39,14 @@ Word32 product(Word32 word, Word16 factor) { return addProduct(0, word, factor);
 UsedBits Portable::multiply(Block x, std::span<const Word16> factors) {
   if (x.bits > kDoubledBits) return Plain::multiply(x, factors);
   Word32* const words = x.words.data();
-  for (std::size_t i = 0; i < x.words.size(); ++i) words[i] = product(words[i], factors[i]);
+  const Word16* const f = factors.data();
+#pragma GCC unroll 4
+  for (std::size_t i = 0; i < x.words.size(); ++i) words[i] = product(words[i], f[i]);
   return x.bits;
 }
 
 UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
+#pragma GCC unroll 4
   for (std::size_t n = 0; n < x.words.size(); ++n) {
     out[n] = lAdd(x.words[n], lMult32ByCoefficient(kPreemphasis, previous));
     previous = x.words[n];
@@ -154,6 +157,7 @@ void Portable::findActiveBins(ConstBlock smooth, ConstBlock minimum,
   }
   const Word32* const s = smooth.words.data();
   const Word32* const m = minimum.words.data();
+#pragma GCC unroll 4
   for (std::size_t k = 0; k < active.size(); ++k) {
     active[k] = product(s[k], kActiveScale) > m[k] + kActiveOffset ? 1 : 0;
   }
@@ -189,6 +193,7 @@ UsedBits Portable::updateNoise(Block noise, ConstBlock power, std::span<const un
 void Portable::scaleBins(Block spectrum, std::span<const Word16> gains) {
   if (spectrum.bits > kDoubledBits) return Plain::scaleBins(spectrum, gains);
   Word32* bin = spectrum.words.data();
+#pragma GCC unroll 4
   for (const Word16 gain : gains) {
     bin[0] = product(bin[0], gain);
     bin[1] = product(bin[1], gain);
@@ -201,6 +206,7 @@ void Portable::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) 
   // all. To round them does not saturate, either.
   if (x.bits > bitsBelow(30)) return Plain::deemphasise(x, memory, out);
   Word32 y = memory;
+#pragma GCC unroll 4
   for (std::size_t n = 0; n < out.size(); ++n) {
     y = x.words[n] + lMult32ByCoefficient(kDeemphasis, y);
     out[n] = saturate16(2 * ((y + 0x8000) >> 16));
