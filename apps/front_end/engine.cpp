@@ -40,6 +40,11 @@ Engine::Engine(const EngineSettings& settings, int rate)
   mustBeZero(VORN_Init(&config));
 }
 
+void Engine::change(const EngineSettings& settings) {
+  settings_ = settings;
+  latency_ = settings.noiseReduction || settings.agc ? kLatencies[rateCode_] : 0;
+}
+
 Decision Engine::process(std::span<const Word16> in, std::span<Word16> out) {
   VornConfig config = {state_.data(),
                        VORN_STATE_BYTES,

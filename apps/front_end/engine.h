@@ -29,6 +29,8 @@ class Engine {
  public:
   // `rate` is one of kEngineRates.
   Engine(const EngineSettings& settings, int rate);
+  // From the next frame on.
+  void change(const EngineSettings& settings);
   // One frame of 10 ms; both are 4-byte aligned and may be the same.
   Decision process(std::span<const Word16> in, std::span<Word16> out);
   // Samples by which the output lags the input, 0 with everything off.

@@ -9,6 +9,13 @@
 namespace arvessa::app {
 
 FrontEnd::FrontEnd(const FrontEndSettings& settings) : settings_(settings) {
+  ArvessaConfig init = config();
+  mustBeZero(Arvessa_Init(&init));
+  change(settings);
+}
+
+void FrontEnd::change(const FrontEndSettings& settings) {
+  settings_ = settings;
   for (std::size_t i = 0; i < kWeights; ++i) {
     // Three times the same beam: whichever of them wins, it is held.
     const std::size_t from =
@@ -18,22 +25,15 @@ FrontEnd::FrontEnd(const FrontEndSettings& settings) : settings_(settings) {
     re_[i] = settings.beams.re[from];
     im_[i] = settings.beams.im[from];
   }
-  ArvessaConfig init = config();
-  mustBeZero(Arvessa_Init(&init));
+  settings_.beams = {};
   // The interface has one switch for the engine and its AGC.
-  vornConfigIn(reinterpret_cast<ArvessaState*>(work_.data()))->agcEnable = flag(settings.agc);
+  engineConfig().nrEnable = flag(settings.noiseReduction);
+  engineConfig().agcEnable = flag(settings.agc);
+  engineConfig().pState = nullptr;
 }
 
-FrontEnd::FrontEnd(const FrontEnd& other) { *this = other; }
-
-FrontEnd& FrontEnd::operator=(const FrontEnd& other) {
-  work_ = other.work_;
-  settings_ = other.settings_;
-  re_ = other.re_;
-  im_ = other.im_;
-  meanGain_ = other.meanGain_;
-  vornConfigIn(reinterpret_cast<ArvessaState*>(work_.data()))->pState = work_.data();
-  return *this;
+VornConfig& FrontEnd::engineConfig() {
+  return *vornConfigIn(reinterpret_cast<ArvessaState*>(work_.data()));
 }
 
 ArvessaConfig FrontEnd::config() {
@@ -54,7 +54,10 @@ Decision FrontEnd::process(std::span<const Word16, 2 * ARVESSA_FRAME_SAMPLES> mi
                    microphones.end(), in.begin());
   const ArvessaConfig cfg = config();
   MeanGain observer{meanGain_};
+  // Points to this very value, so only while it stays in place.
+  engineConfig().pState = work_.data();
   mustBeZero(frontEndFrame(in.data(), out.data(), &cfg, {re_.data(), im_.data()}, observer));
+  engineConfig().pState = nullptr;
 
   const auto& state = *reinterpret_cast<const ArvessaState*>(work_.data());
   const int beam = settings_.heldBeam.value_or(state.beamformer.beamSelected);

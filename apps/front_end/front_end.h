@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The front end as a value, its work buffer included, with what only a program that is built with
+// The front end as a value, its work buffer included and free of pointers, with what only a program that is built with
 // the library can ask of it: other beams, a beam that is held, suppression without AGC, and every
 // decision. No heap, no exceptions.
 
@@ -27,10 +27,9 @@ struct FrontEndSettings {
 class FrontEnd {
  public:
   explicit FrontEnd(const FrontEndSettings& settings);
-  FrontEnd(const FrontEnd& other);
-  FrontEnd& operator=(const FrontEnd& other);
-  ~FrontEnd() = default;
 
+  // From the next frame on.
+  void change(const FrontEndSettings& settings);
   // One frame of 10 ms at 8 kHz: 80 samples of channel 1, then 80 of channel 2. Both are 4-byte
   // aligned.
   Decision process(std::span<const Word16, 2 * ARVESSA_FRAME_SAMPLES> microphones,
@@ -42,6 +41,7 @@ class FrontEnd {
   static constexpr std::size_t kWeights = std::size_t{kBeams} * kBeamBlock;
 
   ArvessaConfig config();
+  VornConfig& engineConfig();
 
   alignas(VornConfig) std::array<std::byte, ARVESSA_WORK_BYTES> work_{};
   FrontEndSettings settings_;

@@ -129,11 +129,11 @@ constexpr Word32 lMult32(Word32 x, Word32 y) {
   return lAdd(lAdd(xHighLow, lMult(xHigh, yHigh)), yHighLow);
 }
 
-// The same for an x whose upper half is not -32768, where no sum can saturate: the first two terms
-// are floor(xHigh y / 2^15).
+// The same for |x| < 0.5, where no sum can saturate: the first two terms are
+// floor(xHigh y / 2^15), and a product of the low half fits a word.
 constexpr Word32 lMult32ByCoefficient(Word32 x, Word32 y) {
-  const auto high = static_cast<Word32>((std::int64_t{extractHigh(x)} * y) >> 15);
-  return high + static_cast<Word32>((std::int64_t{extractHigh(y)} * (x & 0xFFFF)) >> 15);
+  const auto high = static_cast<Word32>((std::int64_t{extractHigh(x) * (1 << 17)} * y) >> 32);
+  return high + ((extractHigh(y) * (x & 0xFFFF)) >> 15);
 }
 
 // Q31 x Q31 -> Q31, exact product floored. Only -1 x -1 saturates.

@@ -33,11 +33,17 @@ namespace {
 using Coefficients = Word32[kFilterOrder + 1];
 
 struct LowPass {
+  static constexpr bool kEveryThird = false;
   static constexpr const Coefficients& b = AEC_CONST_LPF_B;
   static constexpr const Coefficients& a = AEC_CONST_LPF_A;
   static constexpr Word16 kShift = kLowPassShift;
 };
+// Of samples that lie between two zeros each.
+struct InterpolatingLowPass : LowPass {
+  static constexpr bool kEveryThird = true;
+};
 struct HighPass {
+  static constexpr bool kEveryThird = false;
   static constexpr const Coefficients& b = AEC_CONST_HPF_B;
   static constexpr const Coefficients& a = AEC_CONST_HPF_A;
   static constexpr Word16 kShift = kHighPassShift;
@@ -58,7 +64,15 @@ constexpr bool cannotSaturate() {
 // So the sums below are plain ones.
 static_assert(cannotSaturate<LowPass>() && cannotSaturate<HighPass>());
 
-Word16 roundedLow(Word32 v) { return roundHigh(lShl(v, kLowPassRounding)); }
+// roundHigh(lShl(v, count)): what saturates there, saturates here.
+Word16 rounded(Word32 v, int count) {
+  return saturate16((v >> (16 - count)) + ((v >> (15 - count)) & 1));
+}
+// lShl(v, count) in fewer steps.
+Word32 shifted(Word32 v, int count) {
+  const auto y = static_cast<Word32>(static_cast<std::uint32_t>(v) << count);
+  return y >> count == v ? y : v < 0 ? kMin32 : kMax32;
+}
 
 // Whole blocks in steps of a kind. A filter first sums what looks at the input only,
 // v[n] = sum floor(b[i] x[n - i] / 2^15) >> 3, and then takes sum floor(a[i] y[n - i] / 2^31) from
@@ -68,6 +82,34 @@ Word16 roundedLow(Word32 v) { return roundHigh(lShl(v, kLowPassRounding)); }
 struct OneByOne {
   template <class Design>
   static bool filter(const Word16* x, Word32* y, std::size_t samples, Word32* v) {
+    if (Design::kEveryThird && betweenZeros(x)) {
+      forwardEveryThird<Design>(x, samples, v);
+    } else {
+      forward<Design>(x, samples, v);
+    }
+    for (std::size_t n = 0; n < samples; n += 2, y += 2) {
+      Word32 first = v[n];
+      Word32 second = v[n + 1];
+#pragma GCC unroll 9
+      for (int i = kFilterOrder; i > 1; --i) {
+        first -= upperProduct(2 * Design::a[i], y[-i]);
+        second -= upperProduct(2 * Design::a[i], y[1 - i]);
+      }
+      v[n] = first - upperProduct(2 * Design::a[1], y[-1]);
+      y[0] = shifted(v[n], Design::kShift);
+      v[n + 1] = second - upperProduct(2 * Design::a[1], y[0]);
+      y[1] = shifted(v[n + 1], Design::kShift);
+    }
+    return true;
+  }
+
+  // Whether of the ten values before x only every third, the last one included, is not zero.
+  static bool betweenZeros(const Word16* x) {
+    return (x[-2] | x[-3] | x[-5] | x[-6] | x[-8] | x[-9]) == 0;
+  }
+
+  template <class Design>
+  static void forward(const Word16* x, std::size_t samples, Word32* v) {
     for (std::size_t n = 0; n < samples; n += 2, x += 2) {
       Word32 first = 0;
       Word32 second = 0;
@@ -84,29 +126,31 @@ struct OneByOne {
       v[n] = addByFirst(first, 2 * Design::b[kFilterOrder], now) >> 3;
       v[n + 1] = addBySecond(second, 2 * Design::b[kFilterOrder], now) >> 3;
     }
-    for (std::size_t n = 0; n < samples; n += 2, y += 2) {
-      Word32 first = v[n];
-      Word32 second = v[n + 1];
-#pragma GCC unroll 9
-      for (int i = kFilterOrder; i > 1; --i) {
-        first -= upperProduct(2 * Design::a[i], y[-i]);
-        second -= upperProduct(2 * Design::a[i], y[1 - i]);
+  }
+
+  // Where only the last of every three values is not zero.
+  template <class Design>
+  static void forwardEveryThird(const Word16* x, std::size_t samples, Word32* v) {
+    for (std::size_t n = 0; n < samples; n += kDecimation, x += kDecimation) {
+      const FactorPair now = pairOf(x[2]);
+      const FactorPair before[4] = {pairOf(x[-1]), pairOf(x[-4]), pairOf(x[-7]), pairOf(x[-10])};
+      Word32 sums[3] = {0, 0, addByFirst(0, 2 * Design::b[0], now)};
+#pragma GCC unroll 10
+      for (int i = 1; i <= kFilterOrder; ++i) {
+        Word32& sum = sums[(i + 2) % 3];
+        sum = addByFirst(sum, 2 * Design::b[i], before[(i - 1) / 3]);
       }
-      v[n] = first - upperProduct(2 * Design::a[1], y[-1]);
-      y[0] = lShl(v[n], Design::kShift);
-      v[n + 1] = second - upperProduct(2 * Design::a[1], y[0]);
-      y[1] = lShl(v[n + 1], Design::kShift);
+      for (std::size_t r = 0; r < 3; ++r) v[n + r] = sums[r] >> 3;
     }
-    return true;
   }
 
   static void addHigh(const Word32* v, std::span<const Word16> high, Word16* out) {
     for (std::size_t n = 0; n < high.size(); ++n) {
-      out[n] = add(high[n], roundedLow(lAdd(v[n], lAdd(v[n], v[n]))));
+      out[n] = add(high[n], rounded(lAdd(v[n], lAdd(v[n], v[n])), kLowPassRounding));
     }
   }
   static void roundHighPass(const Word32* v, std::size_t samples, Word16* high) {
-    for (std::size_t n = 0; n < samples; ++n) high[n] = roundHigh(lShl(v[n], kHighPassRounding));
+    for (std::size_t n = 0; n < samples; ++n) high[n] = rounded(v[n], kHighPassRounding);
   }
 };
 
@@ -203,7 +247,8 @@ bool decimated(std::span<const Word16> in, const FilterMemory& memory, std::span
   std::copy(in.begin(), in.end(), filter.input());
   const Word32* const v = filter.run<Steps>(in.size());
   if (v == nullptr) return false;
-  for (std::size_t n = 0; n < low.size(); ++n) low[n] = roundedLow(v[kDecimation * n]);
+  for (std::size_t n = 0; n < low.size(); ++n)
+    low[n] = rounded(v[kDecimation * n], kLowPassRounding);
   return true;
 }
 
@@ -219,7 +264,7 @@ bool highPassed(std::span<const Word16> in, const FilterMemory& memory, std::spa
 template <class Steps>
 bool interpolated(std::span<const Word16> low, const FilterMemory& memory,
                   std::span<const Word16> high, std::span<Word16> out) {
-  Filter<LowPass> filter(memory);
+  Filter<InterpolatingLowPass> filter(memory);
   Word16* sample = filter.input() - 1;
   for (const Word16 x : low) *(sample += kDecimation) = x;
   const Word32* const v = filter.run<Steps>(out.size());

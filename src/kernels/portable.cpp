@@ -81,23 +81,29 @@ void Portable::sumIntoBands(ConstBlock bins, const Filterbank& bank,
   // Neighbouring bins mostly share their bands, whose sums stay in registers meanwhile.
   std::fill(bands.begin(), bands.end(), 0);
   Word32* const sums = bands.data();
-  int lower = bank.lower[0];
+  const Word32* const words = bins.words.data();
+  const Word32* const bandOf = bank.lower.data();
+  const Word16* const lowerWeight = bank.lowerWeight.data();
+  const Word16* const upperWeight = bank.upperWeight.data();
+  const std::size_t size = bins.words.size();
+  int lower = bandOf[0];
   Word32 lowerSum = 0;
   Word32 upperSum = 0;
   const auto sumBins = [&](auto addShare) {
-    for (std::size_t k = 0; k < bins.words.size(); ++k) {
-      if (bank.lower[k] != lower) {
+    for (std::size_t k = 0; k < size; ++k) {
+      if (bandOf[k] != lower) {
         sums[lower] = lowerSum;
         sums[lower + 1] = upperSum;
-        lower = bank.lower[k];
+        lower = bandOf[k];
         lowerSum = sums[lower];
         upperSum = sums[lower + 1];
       }
-      lowerSum = addShare(lowerSum, bins.words[k], bank.lowerWeight[k]);
-      upperSum = addShare(upperSum, bins.words[k], bank.upperWeight[k]);
+      lowerSum = addShare(lowerSum, words[k], lowerWeight[k]);
+      upperSum = addShare(upperSum, words[k], upperWeight[k]);
     }
   };
-  if (bins.bits < (std::size_t{1} << 30) / bins.words.size()) {
+  // All shares together then stay below 2^30.
+  if (bins.bits < (std::size_t{1} << 30) / size) {
     sumBins(addProduct);
   } else {
     sumBins(

@@ -39,11 +39,11 @@ def names_in(path):
     return [line for line in lines if line and not line.startswith("#")]
 
 
-def make_stub(abi, name, directory):
-    """A shared library with a label for each allowed name and no code."""
+def make_stub(abi, name, directory, more=()):
+    """A shared library with a label for each allowed name, and for some more, and no code."""
     source = directory / f"{name}.s"
     labels = (f".globl {label}\n.type {label}, %function\n{label}:\n"
-              for label in names_in(HERE / f"{name}.txt"))
+              for label in (*names_in(HERE / f"{name}.txt"), *more))
     source.write_text(".text\n" + "".join(labels))
     run("clang", f"--target={abi.target}", "-shared", "-nostdlib", "-fuse-ld=lld",
         f"-Wl,-soname,{name}.so", source, "-o", directory / f"{name}.so")
@@ -78,6 +78,26 @@ class AndroidLibrary(unittest.TestCase):
             f"-DARVESSA_HEADERS={abi.debian}")
         run("cmake", "--build", cls.build)
         cls.library = BuiltLibrary(cls.build / "src" / "libArvessa_ANDROID.so")
+
+    def test_example_compiles_and_links_with_it(self):
+        example = SOURCE / "examples" / "android"
+        headers = pathlib.Path("/usr", self.abi.debian, "include")
+        jni = pathlib.Path("/usr/include/android/nativehelper")
+        compiled = [f"--target={self.abi.target}", "-nostdlibinc", "-Wall", "-Wextra", "-Werror",
+                    "-I", SOURCE / "include"]
+        run("clang++", *compiled, "-std=c++17", "-isystem", headers / "c++/12", "-isystem",
+            headers / "c++/12" / self.abi.debian, "-isystem", headers, "-fsyntax-only", "-x", "c++",
+            example / "hal" / "speech_input.h", "-Wno-pragma-once-outside-header")
+        stubs = self.build / "jni_stubs"
+        stubs.mkdir(exist_ok=True)
+        make_stub(self.abi, "libc", stubs, more=("malloc", "free"))
+        glue = self.build / "libarvessa_jni.so"
+        run("clang", *compiled, "-isystem", headers, "-isystem", jni, "-fPIC", "-shared", "-nostdlib",
+            "-fuse-ld=lld", "-Wl,-z,defs", "-L", self.build / "src", "-L", stubs,
+            example / "jni" / "arvessa_jni.c", "-lArvessa_ANDROID", "-lc", "-o", glue)
+        self.assertEqual(set(BuiltLibrary(glue).symbols(defined=True)), {
+            "Java_arvessa_FrontEnd_open", "Java_arvessa_FrontEnd_process__J_3S_3S",
+            "Java_arvessa_FrontEnd_close__J"})
 
     def code(self):
         return run(f"{self.abi.debian}-objdump", "--disassemble", "--no-show-raw-insn",

@@ -30,6 +30,14 @@ class Installed(unittest.TestCase):
     def path(self, *parts):
         return os.path.join(self.folder.name, *parts)
 
+    def test_what_people_run_is_where_their_programs_look(self):
+        for built, installed in (("apps/arvessa/arvessa", "bin/arvessa"),
+                                 ("apps/arvessa/arvessa.1", "share/man/man1/arvessa.1"),
+                                 ("apps/arvessa/arvessa", "share/bash-completion/completions/arvessa"),
+                                 ("plugins/arvessa.so", "lib/ladspa/arvessa.so")):
+            self.assertEqual(os.path.exists(os.path.join(BUILD, built)),
+                             os.path.exists(os.path.join(self.prefix, installed)), installed)
+
     def test_find_package_serves_c_and_cpp(self):
         run("cmake", "-S", os.path.join(SOURCE, "tests/install/consumer"), "-B", self.path("consumer"),
             "-DCMAKE_PREFIX_PATH=" + self.prefix)

@@ -255,10 +255,14 @@ TYPED_TEST(Kernels, BandSplitFilters) {
   forEach({0xFFFFF, 0x7FFFFFF, 0x3FFFFFFF, 0x40000000, kMax32}, 20, [&](Word32 peak) {
     const std::size_t n = this->often() ? kMaxLowFrame : 1 + this->random.below(kMaxLowFrame);
     const Halves in = this->factors(3 * n), low = this->factors(n);
+    Halves before = this->factors(kFilterOrder);
+    for (const std::size_t i : {1, 2, 4, 5, 7, 8}) {  // as the interpolation leaves them, too
+      if (n % 2 == 0) before[i] = 0;
+    }
     const auto filter = [&](auto run, std::size_t samples) {
       this->expectSame(
           [&](auto form, Halves& x, Words& y, Halves& out) { run(form, memory(x, y), out); },
-          this->factors(kFilterOrder), this->words(kFilterOrder, peak), Halves(samples));
+          before, this->words(kFilterOrder, peak), Halves(samples));
     };
     filter([&](auto form, auto of, auto& out) { form.lowPassAndDecimate(in, of, out); }, n);
     filter([&](auto form, auto of, auto& out) { form.highPass(in, of, out); }, 3 * n);

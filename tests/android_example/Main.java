@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+import arvessa.FrontEnd;
+import arvessa.Recorder;
+import java.io.BufferedOutputStream;
+import java.io.DataOutputStream;
+import java.io.IOException;
+
+/** Raw samples of two microphones through the example's classes, after what they have to refuse. */
+public final class Main {
+    private static void refused(Class<?> expected, Runnable call) {
+        try {
+            call.run();
+        } catch (RuntimeException refusal) {
+            if (expected.isInstance(refusal)) return;
+        }
+        throw new AssertionError("no " + expected);
+    }
+
+    public static void main(String[] arguments) throws IOException {
+        FrontEnd frontEnd = new FrontEnd(true, true);
+        short[] frame = new short[FrontEnd.FRAME];
+        refused(IllegalArgumentException.class, () -> frontEnd.process(frame, frame));
+        frontEnd.close();
+        frontEnd.close();
+        refused(IllegalStateException.class, () -> frontEnd.process(new short[160], frame));
+
+        DataOutputStream out = new DataOutputStream(new BufferedOutputStream(System.out));
+        new Recorder(clean -> {
+            try {
+                for (short sample : clean) out.writeShort(Short.reverseBytes(sample));
+            } catch (IOException failure) {
+                throw new java.io.UncheckedIOException(failure);
+            }
+        }).run();
+        out.flush();
+    }
+}

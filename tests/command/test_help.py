@@ -1,0 +1,61 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The man page and the completion for bash, which both read the help texts."""
+
+import os
+import pathlib
+import re
+import subprocess
+import unittest
+
+from support import COMMAND, CommandTest
+
+COMPLETION = pathlib.Path(__file__).parents[2] / "apps/arvessa/help/completion.bash"
+PAGE = pathlib.Path(COMMAND).with_name("arvessa.1")
+COMMANDS = ["enhance", "engine", "scene", "trace", "beams", "info"]
+
+
+class Help(CommandTest):
+    def options(self, command):
+        text = self.run_command(command, "--help").stdout.decode()
+        return re.findall(r"^  (?:-\w,)?(--[\w-]+)", text, re.MULTILINE)
+
+    def complete(self, *words):
+        script = ('source "$1"; COMP_WORDS=("${@:2}"); COMP_CWORD=$(($# - 2)); '
+                  '_arvessa "$2"; printf "%s\\n" "${COMPREPLY[@]}"')
+        done = subprocess.run(["bash", "-uc", script, "-", COMPLETION, COMMAND, *words],
+                              capture_output=True, text=True, check=True)
+        self.assertEqual(done.stderr, "")
+        return done.stdout.split()
+
+    def test_completion(self):
+        self.assertEqual(self.complete(""), [*COMMANDS, "help", "--help", "--version"])
+        self.assertEqual(self.complete("en"), ["enhance", "engine"])
+        self.assertEqual(self.complete("help", "en"), ["enhance", "engine"])
+        self.assertEqual(self.complete("engine", "in.wav", "--no"), ["--no-nr", "--no-agc"])
+        for command in COMMANDS:
+            self.assertEqual(self.complete(command, "-"), self.options(command))
+        # Nothing of ours, and then file names.
+        self.assertEqual(self.complete("enhance", "no"), [])
+        registered = subprocess.run(["bash", "-c", f'source "{COMPLETION}"; complete -p arvessa'],
+                                    capture_output=True, text=True, check=True).stdout
+        self.assertIn("-o default", registered)
+        self.assertEqual(self.complete("nonsense", "--no"), [])
+
+    @unittest.skipUnless(PAGE.exists(), "built without help2man")
+    def test_man_page(self):
+        done = subprocess.run(["man", "--warnings", "--local-file", PAGE], capture_output=True,
+                              env={**os.environ, "LC_ALL": "C.UTF-8", "MANWIDTH": "100"}, text=True)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertRegex(done.stdout, r"arvessa - clean speech")
+        sections = re.split(r"^(\S.*)\n", done.stdout, flags=re.MULTILINE)
+        for command in COMMANDS:
+            section = sections[sections.index(f"ARVESSA {command.upper()}") + 1]
+            for option in self.options(command):
+                self.assertRegex(section, rf"(?m)^ +(-\w,)?{option}\b")
+            for line in self.run_command(command, "--help").stdout.decode().splitlines():
+                if line.startswith("  arvessa "):
+                    self.assertRegex(section, rf"(?m)^ +{re.escape(line.strip())}$")
+
+
+if __name__ == "__main__":
+    unittest.main()
