@@ -176,7 +176,7 @@ class Figure {
   drawColours() {
     const { pen } = this;
     const right = LEFT + this.width;
-    const wide = Math.min(160, this.width / 4);
+    const wide = Math.min(160, this.width / 6);
     pen.fillStyle = this.colour('quiet');
     pen.textAlign = 'right';
     pen.fillText(`${HIGHEST} dBFS`.replace('-', '\u2212'), right, HEAD / 2 + 1);
