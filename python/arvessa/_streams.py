@@ -51,6 +51,7 @@ class _Stream:
     """What both streams have in common. Threads that share one take turns."""
 
     _functions: _library.StreamFunctions
+    _fields = list(DECISION.names or ())
     _frame: int  # samples of 10 ms
     _settings: Dict[str, Any]
     _state: NDArray[np.uint64]
@@ -96,6 +97,27 @@ class _Stream:
             self._restart()
             self._rows = rows
         return out
+
+    @property
+    def decisions(self) -> Decisions:
+        """What was decided, a record for each frame that the latest ``process`` or ``flush`` completed.
+
+        Its fields are the columns of ``arvessa trace``. ``output_dbfs`` is the level of the samples
+        that came in with the frame, so that a record comes one frame late; ``flush`` brings the last.
+
+        time_s               beginning of these 10 ms, in the input
+        input_dbfs           level of all channels, at least -100
+        output_dbfs          level of the same 10 ms in the output
+        beam                 in use, 0 to 2; not of ``Engine``
+        direction_deg        where it looks; not of ``Engine``
+        voice                whether the frame carries voice
+        agc_index            place of the AGC's gain in its table, 0 to 31; -1 before voice sets it
+        agc_gain_db          that gain
+        floor_db             the least gain that the suppression may reach, -15 to -4
+        mean_suppression_db  mean gain of the suppression over all bins
+        """
+        records = np.rec.fromarrays(list(self._rows.T), dtype=DECISION)
+        return records[self._fields].view(np.recarray)
 
     def reset(self) -> None:
         """Forgets everything but the settings."""
@@ -161,26 +183,6 @@ class FrontEnd(_Stream):
         directions = np.resize(beams.directions, 3)
         return self._functions.new(*switches, re.ctypes.data, im.ctypes.data, directions.ctypes.data)
 
-    @property
-    def decisions(self) -> Decisions:
-        """What was decided, a record for each frame that the latest ``process`` or ``flush`` completed.
-
-        Its fields are the columns of ``arvessa trace``. ``output_dbfs`` is the level of the samples
-        that came in with the frame, so that a record comes one frame late; ``flush`` brings the last.
-
-        time_s               beginning of these 10 ms, in the input
-        input_dbfs           level of both microphones, at least -100
-        output_dbfs          level of the same 10 ms in the output
-        beam                 in use, 0 to 2
-        direction_deg        where it looks
-        voice                whether the frame carries voice
-        agc_index            place of the AGC's gain in its table, 0 to 31; -1 before voice sets it
-        agc_gain_db          that gain
-        floor_db             the least gain that the suppression may reach, -15 to -4
-        mean_suppression_db  mean gain of the suppression over all bins
-        """
-        return np.rec.fromarrays(list(self._rows.T), dtype=DECISION)
-
 
 class Engine(_Stream):
     """The engine alone as a stream: one channel in, one out, int16 (samples,).
@@ -192,6 +194,7 @@ class Engine(_Stream):
     """
 
     _functions = _library.ENGINE
+    _fields = [name for name in _Stream._fields if name not in ("beam", "direction_deg")]
 
     def __init__(self, rate: int, *, suppression: bool = True, agc: bool = True,
                  agc_table: int = 4) -> None:
