@@ -24,7 +24,7 @@ class BuildWithCMake(build_py):
     def run(self):
         super().run()
         build = Path(self.get_finalized_command("build").build_temp).resolve() / "cmake"
-        parts = [f"-DARVESSA_{part}=OFF" for part in ("APPS", "TESTS", "BENCH")]
+        parts = [f"-DARVESSA_{part}=OFF" for part in ("APPS", "PLUGINS", "TESTS", "BENCH")]
         subprocess.run(["cmake", "--fresh", "-S", PROJECT, "-B", build, "-DCMAKE_BUILD_TYPE=Release",
                         "-DARVESSA_PYTHON=REQUIRED", *parts], check=True)
         subprocess.run(["cmake", "--build", build, "--parallel", "--target", "arvessa_python"],
