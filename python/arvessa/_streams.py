@@ -38,13 +38,13 @@ def _check_samples(samples: object, channels: int) -> None:
     if not isinstance(samples, np.ndarray):
         raise TypeError(f"samples are a {type(samples).__name__}, no NumPy array")
     if samples.dtype != np.int16:
-        raise TypeError(f"samples are {samples.dtype}, not int16; nothing is converted. soundfile.read "
-                        "gives int16 with dtype='int16'")
+        raise TypeError(f"samples are {samples.dtype}, not int16; nothing is converted. "
+                        "soundfile.read gives int16 with dtype='int16'")
     if channels == 1 and samples.ndim != 1:
         raise ValueError(f"samples have the shape {samples.shape}, not (samples,)")
     if channels == 2 and (samples.ndim != 2 or samples.shape[1] != 2):
-        raise ValueError(f"samples have the shape {samples.shape}, not (samples, 2): microphone 1 is "
-                         "samples[:, 0], microphone 2 is samples[:, 1]")
+        raise ValueError(f"samples have the shape {samples.shape}, not (samples, 2): microphone 1 "
+                         "is samples[:, 0], microphone 2 is samples[:, 1]")
 
 
 class _Stream:
@@ -79,8 +79,8 @@ class _Stream:
         """Takes the next samples, any number of them, and gives all that is ready.
 
         The output comes in whole frames of 10 ms and begins with the delay: its sample
-        ``i + latency`` is at the place of sample ``i`` of the input. The part of a frame that was not
-        completed is kept for the next call.
+        ``i + latency`` is at the place of sample ``i`` of the input. The part of a frame that was
+        not completed is kept for the next call.
         """
         _check_samples(samples, self._functions.channels)
         with self._lock:
@@ -100,10 +100,11 @@ class _Stream:
 
     @property
     def decisions(self) -> Decisions:
-        """What was decided, a record for each frame that the latest ``process`` or ``flush`` completed.
+        """What was decided, a record for each frame that the latest call completed.
 
         Its fields are the columns of ``arvessa trace``. ``output_dbfs`` is the level of the samples
-        that came in with the frame, so that a record comes one frame late; ``flush`` brings the last.
+        that came in with the frame, so that a record comes one frame late. ``flush`` brings the
+        last.
 
         time_s               beginning of these 10 ms, in the input
         input_dbfs           level of all channels, at least -100
@@ -149,7 +150,8 @@ def _build(functions: _library.StreamFunctions) -> str:
 class FrontEnd(_Stream):
     """The whole front end as a stream at 8 kHz: two microphones in, one voice out.
 
-    ``process`` takes int16 (samples, 2), microphone 1 in the first channel, and gives int16 (samples,).
+    ``process`` takes int16 (samples, 2), microphone 1 in the first channel, and gives int16
+    (samples,).
 
     suppression:  noise reduction, of the engine
     agc:          automatic gain control, of the engine
@@ -181,7 +183,8 @@ class FrontEnd(_Stream):
         re = np.ascontiguousarray(beams.weights.real)
         im = np.ascontiguousarray(beams.weights.imag)
         directions = np.resize(beams.directions, 3)
-        return self._functions.new(*switches, re.ctypes.data, im.ctypes.data, directions.ctypes.data)
+        return self._functions.new(*switches, re.ctypes.data, im.ctypes.data,
+                                   directions.ctypes.data)
 
 
 class Engine(_Stream):
@@ -204,7 +207,8 @@ class Engine(_Stream):
         _check_switches(suppression=suppression, agc=agc)
         if agc_table not in (2, 3, 4):
             raise ValueError(f"agc_table is {agc_table}; there are 2, 3 and 4")
-        super().__init__(rate // 100, rate=rate, suppression=suppression, agc=agc, agc_table=agc_table)
+        super().__init__(rate // 100, rate=rate, suppression=suppression, agc=agc,
+                         agc_table=agc_table)
 
     def _new_state(self) -> NDArray[np.uint64]:
         return self._functions.new(*self._settings.values())
