@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Whether the Python package can be built and tested here. The build takes a compiler alone; the tests
-# take a Python with these modules, in the path or Debian's, as ARVESSA_PYTHON_INTERPRETER.
+# Whether the Python package can be built and tested here. The build takes a compiler alone; the
+# tests take a Python with these modules, in the path or Debian's, as ARVESSA_PYTHON_INTERPRETER.
 if(CMAKE_CROSSCOMPILING)
   set(ARVESSA_PYTHON OFF)
   return()

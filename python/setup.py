@@ -24,9 +24,9 @@ class BuildWithCMake(build_py):
     def run(self):
         super().run()
         build = Path(self.get_finalized_command("build").build_temp).resolve() / "cmake"
-        parts = [f"-DARVESSA_{part}=OFF" for part in ("APPS", "TESTS", "BENCH")]
-        subprocess.run(["cmake", "--fresh", "-S", PROJECT, "-B", build, "-DCMAKE_BUILD_TYPE=Release",
-                        "-DARVESSA_PYTHON=REQUIRED", *parts], check=True)
+        parts = [f"-DARVESSA_{part}=OFF" for part in ("APPS", "PLUGINS", "TESTS", "BENCH")]
+        subprocess.run(["cmake", "--fresh", "-S", PROJECT, "-B", build, *parts,
+                        "-DARVESSA_PYTHON=REQUIRED", "-DCMAKE_BUILD_TYPE=Release"], check=True)
         subprocess.run(["cmake", "--build", build, "--parallel", "--target", "arvessa_python"],
                        check=True)
         self.copy_file(str(build / "python/arvessa/_arvessa.so"), f"{self.build_lib}/arvessa")

@@ -18,8 +18,8 @@ class Beams:
     weights:      complex64 (3, 64, 2): beam, bin of the transform of 128 samples at 8 kHz,
                   microphone. They multiply the microphones' bins: y = w[0] x1 + w[1] x2.
     microphones:  float64 (2, 2), x and y of both in metres
-    directions:   float64 (2,) or (3,), degrees from the x axis. With two, the third beam repeats the
-                  second.
+    directions:   float64 (2,) or (3,), degrees from the x axis. With two, the third beam repeats
+                  the second.
     """
 
     weights: NDArray[np.complex64]
@@ -43,7 +43,7 @@ def _check(name: str, values: object, dtype: str, *shapes: Tuple[int, ...]) -> N
 
 
 def read_beams(path: Union[str, "os.PathLike[str]"]) -> Beams:
-    """The beams of a file that ``arvessa beams`` wrote. ValueError with the reason if it is none."""
+    """The beams of a file that ``arvessa beams`` wrote. ValueError says why if it is none."""
     with open(path, "rb") as file:
         text = file.read()
     try:

@@ -38,19 +38,20 @@ def _check_samples(samples: object, channels: int) -> None:
     if not isinstance(samples, np.ndarray):
         raise TypeError(f"samples are a {type(samples).__name__}, no NumPy array")
     if samples.dtype != np.int16:
-        raise TypeError(f"samples are {samples.dtype}, not int16; nothing is converted. soundfile.read "
-                        "gives int16 with dtype='int16'")
+        raise TypeError(f"samples are {samples.dtype}, not int16; nothing is converted. "
+                        "soundfile.read gives int16 with dtype='int16'")
     if channels == 1 and samples.ndim != 1:
         raise ValueError(f"samples have the shape {samples.shape}, not (samples,)")
     if channels == 2 and (samples.ndim != 2 or samples.shape[1] != 2):
-        raise ValueError(f"samples have the shape {samples.shape}, not (samples, 2): microphone 1 is "
-                         "samples[:, 0], microphone 2 is samples[:, 1]")
+        raise ValueError(f"samples have the shape {samples.shape}, not (samples, 2): microphone 1 "
+                         "is samples[:, 0], microphone 2 is samples[:, 1]")
 
 
 class _Stream:
     """What both streams have in common. Threads that share one take turns."""
 
     _functions: _library.StreamFunctions
+    _fields = list(DECISION.names or ())
     _frame: int  # samples of 10 ms
     _settings: Dict[str, Any]
     _state: NDArray[np.uint64]
@@ -78,8 +79,8 @@ class _Stream:
         """Takes the next samples, any number of them, and gives all that is ready.
 
         The output comes in whole frames of 10 ms and begins with the delay: its sample
-        ``i + latency`` is at the place of sample ``i`` of the input. The part of a frame that was not
-        completed is kept for the next call.
+        ``i + latency`` is at the place of sample ``i`` of the input. The part of a frame that was
+        not completed is kept for the next call.
         """
         _check_samples(samples, self._functions.channels)
         with self._lock:
@@ -96,6 +97,28 @@ class _Stream:
             self._restart()
             self._rows = rows
         return out
+
+    @property
+    def decisions(self) -> Decisions:
+        """What was decided, a record for each frame that the latest call completed.
+
+        Its fields are the columns of ``arvessa trace``. ``output_dbfs`` is the level of the samples
+        that came in with the frame, so that a record comes one frame late. ``flush`` brings the
+        last.
+
+        time_s               beginning of these 10 ms, in the input
+        input_dbfs           level of all channels, at least -100
+        output_dbfs          level of the same 10 ms in the output
+        beam                 in use, 0 to 2; not of ``Engine``
+        direction_deg        where it looks; not of ``Engine``
+        voice                whether the frame carries voice
+        agc_index            place of the AGC's gain in its table, 0 to 31; -1 before voice sets it
+        agc_gain_db          that gain
+        floor_db             the least gain that the suppression may reach, -15 to -4
+        mean_suppression_db  mean gain of the suppression over all bins
+        """
+        records = np.rec.fromarrays(list(self._rows.T), dtype=DECISION)
+        return records[self._fields].view(np.recarray)
 
     def reset(self) -> None:
         """Forgets everything but the settings."""
@@ -127,7 +150,8 @@ def _build(functions: _library.StreamFunctions) -> str:
 class FrontEnd(_Stream):
     """The whole front end as a stream at 8 kHz: two microphones in, one voice out.
 
-    ``process`` takes int16 (samples, 2), microphone 1 in the first channel, and gives int16 (samples,).
+    ``process`` takes int16 (samples, 2), microphone 1 in the first channel, and gives int16
+    (samples,).
 
     suppression:  noise reduction, of the engine
     agc:          automatic gain control, of the engine
@@ -159,27 +183,8 @@ class FrontEnd(_Stream):
         re = np.ascontiguousarray(beams.weights.real)
         im = np.ascontiguousarray(beams.weights.imag)
         directions = np.resize(beams.directions, 3)
-        return self._functions.new(*switches, re.ctypes.data, im.ctypes.data, directions.ctypes.data)
-
-    @property
-    def decisions(self) -> Decisions:
-        """What was decided, a record for each frame that the latest ``process`` or ``flush`` completed.
-
-        Its fields are the columns of ``arvessa trace``. ``output_dbfs`` is the level of the samples
-        that came in with the frame, so that a record comes one frame late; ``flush`` brings the last.
-
-        time_s               beginning of these 10 ms, in the input
-        input_dbfs           level of both microphones, at least -100
-        output_dbfs          level of the same 10 ms in the output
-        beam                 in use, 0 to 2
-        direction_deg        where it looks
-        voice                whether the frame carries voice
-        agc_index            place of the AGC's gain in its table, 0 to 31; -1 before voice sets it
-        agc_gain_db          that gain
-        floor_db             the least gain that the suppression may reach, -15 to -4
-        mean_suppression_db  mean gain of the suppression over all bins
-        """
-        return np.rec.fromarrays(list(self._rows.T), dtype=DECISION)
+        return self._functions.new(*switches, re.ctypes.data, im.ctypes.data,
+                                   directions.ctypes.data)
 
 
 class Engine(_Stream):
@@ -192,6 +197,7 @@ class Engine(_Stream):
     """
 
     _functions = _library.ENGINE
+    _fields = [name for name in _Stream._fields if name not in ("beam", "direction_deg")]
 
     def __init__(self, rate: int, *, suppression: bool = True, agc: bool = True,
                  agc_table: int = 4) -> None:
@@ -201,7 +207,8 @@ class Engine(_Stream):
         _check_switches(suppression=suppression, agc=agc)
         if agc_table not in (2, 3, 4):
             raise ValueError(f"agc_table is {agc_table}; there are 2, 3 and 4")
-        super().__init__(rate // 100, rate=rate, suppression=suppression, agc=agc, agc_table=agc_table)
+        super().__init__(rate // 100, rate=rate, suppression=suppression, agc=agc,
+                         agc_table=agc_table)
 
     def _new_state(self) -> NDArray[np.uint64]:
         return self._functions.new(*self._settings.values())

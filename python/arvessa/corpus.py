@@ -3,9 +3,9 @@
 
     python3 -m arvessa.corpus IN OUT [--scheduler ADDRESS]
 
-Every worker runs the command ``arvessa`` on batches of files, and so needs it and sees IN and OUT by
-the same names. A recording that has its output already is left out: after an interruption, the same
-call goes on. What cannot be done is listed at the end; the exit code is then 1.
+Every worker runs the command ``arvessa`` on batches of files, and so needs it and sees IN and OUT
+by the same names. A recording that has its output already is left out: after an interruption, the
+same call goes on. What cannot be done is listed at the end; the exit code is then 1.
 """
 
 import argparse
@@ -142,8 +142,8 @@ def main(arguments: Sequence[str] = ()) -> int:
             parser.error(f"the scheduler at {options.scheduler} has no workers")
         done, skipped, troubles = enhance_all(client, options.command, folder, output, files,
                                               options.batch * 1e6)
-    print(f"{done} of {len(files)} recordings done, {skipped} there already, {len(troubles)} failed "
-          "or incomplete")
+    print(f"{done} of {len(files)} recordings done, {skipped} there already, {len(troubles)} "
+          "failed or incomplete")
     if troubles:
         print("corpus: not done or incomplete:", *sorted(troubles), sep="\n  ", file=sys.stderr)
     return 1 if troubles else 0

@@ -23,10 +23,11 @@ using arvessa::python::Chunks;
 using arvessa::python::Directions;
 using arvessa::python::Output;
 using arvessa::python::SingleEngine;
-using arvessa::python::TracedFrontEnd;
+using arvessa::python::Traced;
+using arvessa::python::WholeFrontEnd;
 
-using FrontEndStream = Chunks<TracedFrontEnd>;
-using EngineStream = Chunks<SingleEngine>;
+using FrontEndStream = Chunks<Traced<WholeFrontEnd>>;
+using EngineStream = Chunks<Traced<SingleEngine>>;
 static_assert(std::is_trivially_copyable_v<FrontEndStream>);
 static_assert(std::is_trivially_copyable_v<EngineStream>);
 
@@ -49,7 +50,7 @@ class DefaultFloats {
 // What was written, as counts.
 std::size_t countsOf(const Output& end, const Word16* out, const double* rows,
                      std::size_t* rowCount) {
-  *rowCount = static_cast<std::size_t>(end.rows - rows) / TracedFrontEnd::kColumns;
+  *rowCount = static_cast<std::size_t>(end.rows - rows) / arvessa::python::kColumns;
   return static_cast<std::size_t>(end.samples - out);
 }
 
@@ -98,7 +99,7 @@ void arvessa_front_end_start(void* stream, bool suppression, bool agc, bool engi
   settings.beams = {re, im};
   Directions ofBeams{};
   std::copy_n(directions, ofBeams.size(), ofBeams.begin());
-  new (stream) FrontEndStream(TracedFrontEnd(settings, ofBeams));
+  new (stream) FrontEndStream(Traced(WholeFrontEnd{arvessa::app::FrontEnd(settings), ofBeams}));
 }
 
 int arvessa_front_end_latency(const void* stream) {
@@ -121,7 +122,8 @@ std::size_t arvessa_front_end_flush(void* stream, Word16* out, double* rows,
 std::size_t arvessa_engine_bytes() { return sizeof(EngineStream); }
 
 void arvessa_engine_start(void* stream, int rate, bool suppression, bool agc, int agcTable) {
-  new (stream) EngineStream(SingleEngine(EngineSettings{suppression, agc, agcTable}, rate));
+  const EngineSettings settings{suppression, agc, agcTable};
+  new (stream) EngineStream(Traced(SingleEngine{arvessa::app::Engine(settings, rate), rate}));
 }
 
 int arvessa_engine_latency(const void* stream) {

@@ -1,16 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "stages.h"
 
-#include <cmath>
-
 namespace arvessa::python {
 namespace {
-
-std::int64_t energy(std::span<const Word16> samples) {
-  std::int64_t sum = 0;
-  for (const std::int64_t sample : samples) sum += sample * sample;
-  return sum;
-}
 
 // dBFS: the mean square of a constant of +-1 is 0, and what lies below -100 counts as that.
 double level(std::int64_t energy, std::size_t samples) {
@@ -20,37 +12,25 @@ double level(std::int64_t energy, std::size_t samples) {
 
 }  // namespace
 
-void TracedFrontEnd::process(std::span<const Word16> in, std::size_t filled, Output& out) {
-  const std::span<Word16, kMostSamples> frame(out.samples, kMostSamples);
-  const app::Decision decision = frontEnd_.process(in.first<kChannels * kMostSamples>(), frame);
-  if (filled_ > 0) writeRow(frame, out.rows);
-  filled_ = filled;
-  if (filled == 0) return;
-  levelIn_ = level(energy(in.first(filled)) + energy(in.subspan(kMostSamples, filled)), 2 * filled);
-  decision_ = decision;
-  std::ranges::copy(frame, last_.begin());
+std::int64_t energyOf(std::span<const Word16> samples) {
+  std::int64_t sum = 0;
+  for (const std::int64_t sample : samples) sum += sample * sample;
+  return sum;
 }
 
-void TracedFrontEnd::finish(Output& out) {
-  if (filled_ > 0) writeRow({}, out.rows);
-}
-
-void TracedFrontEnd::writeRow(std::span<const Word16> next, double*& rows) {
-  const auto begin = static_cast<std::size_t>(latency());
-  const std::size_t here = std::min(filled_, kMostSamples - begin);
-  const std::int64_t out =
-      energy(std::span(last_).subspan(begin, here)) + energy(next.first(filled_ - here));
-  const std::array<double, kColumns> row = {
-      static_cast<double>(frames_++) / 100,
-      levelIn_,
-      level(out, filled_),
-      static_cast<double>(decision_.beam),
-      directions_.at(static_cast<std::size_t>(decision_.beam)),
-      static_cast<double>(decision_.voice),
-      static_cast<double>(decision_.agcIndex),
-      decision_.agcGain,
-      decision_.floor,
-      decision_.meanSuppression};
+void writeRow(std::int64_t frame, std::int64_t energyIn, std::size_t channels,
+              std::int64_t energyOut, std::size_t samples, const app::Decision& decision,
+              double direction, double*& rows) {
+  const std::array<double, kColumns> row = {static_cast<double>(frame) / 100,
+                                            level(energyIn, channels * samples),
+                                            level(energyOut, samples),
+                                            static_cast<double>(decision.beam),
+                                            direction,
+                                            static_cast<double>(decision.voice),
+                                            static_cast<double>(decision.agcIndex),
+                                            decision.agcGain,
+                                            decision.floor,
+                                            decision.meanSuppression};
   rows = std::ranges::copy(row, rows).out;
 }
 

@@ -77,6 +77,16 @@ class LikeTheCommand(Equal):
                     out = np.concatenate((stream.process(noisy), stream.flush()))[stream.latency:]
                     self.assertSame(out, read(FOLDER / "engine.wav"))
 
+    def test_decisions_of_the_engine(self):
+        """The front end is the beamformer and the engine behind it."""
+        beamformer, engine = arvessa.FrontEnd(engine=False), arvessa.Engine(8000)
+        engine.process(beamformer.process(NOISY))
+        whole = arvessa.trace(NOISY)
+        names = [name for name in engine.decisions.dtype.names if not name.endswith("dbfs")]
+        self.assertEqual(len(names), 6)
+        for name in names:
+            np.testing.assert_array_equal(engine.decisions[name], whole[name][:-1], name)
+
 
 class Streams(Equal):
     def test_chunks_copies_and_pickles_give_the_whole(self):
