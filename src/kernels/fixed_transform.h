@@ -43,7 +43,8 @@ struct Scalar {
   using A = Arithmetic;
 
   // a + b w and a - b w, or with kInverse w*, forward halved. With kReal the sine is 0.
-  // NOLINTBEGIN(clang-analyzer-core.CallAndMessage): the first stage has written all of b
+  // The first stage has written all of b.
+  // NOLINTBEGIN(clang-analyzer-core.CallAndMessage,clang-analyzer-core.UndefinedBinaryOperatorResult)
   template <bool kInverse, bool kReal>
   static void butterfly(const Word32* a, const Word32* b, FactorPair w, Word32* sum,
                         Word32* difference) {
@@ -74,7 +75,7 @@ struct Scalar {
     difference[0] = rest.re >> kHalve;
     difference[1] = rest.im >> kHalve;
   }
-  // NOLINTEND(clang-analyzer-core.CallAndMessage)
+  // NOLINTEND(clang-analyzer-core.CallAndMessage,clang-analyzer-core.UndefinedBinaryOperatorResult)
 
   // Reads `from` in bit-reversed order. The twiddle is 1, as near as Q15 comes: 32767.
   template <bool kInverse>

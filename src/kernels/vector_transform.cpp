@@ -142,8 +142,8 @@ template <bool kHalve, class In, class Out>
 void pass(In in, Out out, int s, int blocks, const TransformTables& tables) {
   const int rows = 1 << s;
   const int quarter = blocks / 4;
-  const Word16* const first = s == 0 ? nullptr : twiddlesOfStage(tables, s);
   const Word16* const second = twiddlesOfStage(tables, s + 1);
+  const Word16* const first = s == 0 ? second : twiddlesOfStage(tables, s);  // stage 0 reads none
   const auto row = [&](int g, const auto& product, const auto& ofSums, const auto& ofDifferences) {
     for (int b = 0; b < quarter; b += 4) {
       Points p[4];

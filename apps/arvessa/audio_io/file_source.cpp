@@ -120,7 +120,7 @@ std::string FileSource::whatIsMissing() const {
 }
 
 std::string FileSource::complaint() const {
-  const std::string missing = whatIsMissing();
+  std::string missing = whatIsMissing();
   if (invalid_ == 0) return missing;
   return counted(invalid_, " sample is not a finite number", " samples are not finite numbers") +
          (missing.empty() ? "" : "; ") + missing;

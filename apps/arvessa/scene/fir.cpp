@@ -60,9 +60,9 @@ void Fir::process(std::span<const float> x, std::span<float> y) {
 }
 
 std::vector<float> delayTaps(double delay) {
-  std::vector<float> taps;
-  for (double n = 0; n < delay + kDelayReach; ++n) {
-    taps.push_back(static_cast<float>(kernel(n - delay)));
+  std::vector<float> taps(static_cast<std::size_t>(std::ceil(delay + kDelayReach)));
+  for (std::size_t n = 0; n < taps.size(); ++n) {
+    taps[n] = static_cast<float>(kernel(static_cast<double>(n) - delay));
   }
   return taps;
 }

@@ -42,7 +42,7 @@ class Fan {
  public:
   Fan(int rate, Random random)
       : rate_(rate),
-        random_(std::move(random)),
+        random_(random),
         pole_(std::exp(-kTurn * kTurbulenceCorner / rate)),
         drive_(std::sqrt(1 - pole_ * pole_)),
         turbulence_(random_.normal()),
@@ -105,11 +105,11 @@ double Random::normal() {
 }
 
 Noise whiteNoise(Random random) {
-  return [random = std::move(random)](std::span<float> to) mutable {
+  return [random](std::span<float> to) mutable {
     for (float& sample : to) sample = static_cast<float>(random.normal());
   };
 }
 
-Noise fanNoise(int rate, Random random) { return Fan(rate, std::move(random)); }
+Noise fanNoise(int rate, Random random) { return Fan(rate, random); }
 
 }  // namespace arvessa::app

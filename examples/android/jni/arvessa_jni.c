@@ -10,6 +10,11 @@ typedef struct {
   ArvessaConfig config;
 } Stream;
 
+// Java keeps the address in a long.
+static Stream* streamOf(jlong handle) {
+  return (Stream*)(intptr_t)handle;  // NOLINT(performance-no-int-to-ptr)
+}
+
 JNIEXPORT jlong JNICALL Java_arvessa_FrontEnd_open(JNIEnv* env, jclass type, jboolean suppressNoise,
                                                    jboolean enhance) {
   (void)env, (void)type;
@@ -28,7 +33,7 @@ JNIEXPORT jint JNICALL Java_arvessa_FrontEnd_process__J_3S_3S(JNIEnv* env, jclas
                                                               jshortArray out) {
   (void)type;
   enum { kFrame = ARVESSA_FRAME_SAMPLES };
-  Stream* stream = (Stream*)(intptr_t)handle;
+  Stream* stream = streamOf(handle);
   jshort pairs[2 * kFrame];
   _Alignas(4) Word16 mics[2 * kFrame];
   _Alignas(4) Word16 clean[kFrame];
@@ -44,5 +49,5 @@ JNIEXPORT jint JNICALL Java_arvessa_FrontEnd_process__J_3S_3S(JNIEnv* env, jclas
 
 JNIEXPORT void JNICALL Java_arvessa_FrontEnd_close__J(JNIEnv* env, jclass type, jlong handle) {
   (void)env, (void)type;
-  free((Stream*)(intptr_t)handle);
+  free(streamOf(handle));
 }
