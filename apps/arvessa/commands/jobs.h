@@ -36,7 +36,7 @@ void addOutputOption(CLI::App& command, std::string& output, const std::string& 
 struct Plan {
   std::vector<Job> jobs;
   bool makesFolders = false;  // for the outputs, where they are missing
-  std::size_t skipped = 0;  // because their output is there already
+  std::size_t skipped = 0;    // because their output is there already
 };
 
 // Looks into folders. Throws a UsageError if two outputs would be one file.
