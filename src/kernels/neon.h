@@ -45,7 +45,9 @@ inline constexpr UsedBits kFactorBits = 0x7FFEFFFF;
 
 inline Words mulQ15(Words x, Factors f) { return asWords(vqdmulhq_s32(ofUnit(x), f.high)); }
 
-inline Words mulPositive(Words x, Factors f) { return mulQ15(x - (1 << 30), f); }
+inline constexpr UsedBits kShareBits = kFactorBits;
+inline Words share(Words x, Factors f) { return mulQ15(x, f); }
+inline Words shareLess(Words x, Factors f) { return mulQ15(x - (1 << 30), f); }
 
 inline Words mulLargest(Words x) { return mulQ15(x, splatFactor(32767)); }
 
@@ -87,8 +89,8 @@ inline Words mulHighQ15(Words x, Factors f) {
   return asWords(vshrq_n_s32(vqdmulhq_s32(high, f.high), 16));
 }
 
-inline Words squaredMagnitudes(const Word16* pairs) {
-  const int16x4x2_t parts = vld2_s16(pairs);
+inline Words squaredMagnitudes(Words first, Words second) {
+  const int16x4x2_t parts = vuzp_s16(vqmovn_s32(ofUnit(first)), vqmovn_s32(ofUnit(second)));
   return asWords(vmlal_s16(vmull_s16(parts.val[0], parts.val[0]), parts.val[1], parts.val[1]));
 }
 

@@ -11,6 +11,7 @@
 
 #include "ArvessaTypes.h"
 #include "arithmetic/block.h"
+#include "arithmetic/operators.h"
 
 namespace arvessa::kernels {
 
@@ -67,14 +68,19 @@ inline Words mulQ15(Words x, Factors f) {
   return reinterpret_cast<Words>(_mm_add_epi32(_mm_slli_epi32(high, 1), _mm_srai_epi32(low, 15)));
 }
 
-// floor(x f / 2^15) - 2^15 f for any x of 0 or more: x - 2^30 is multiplied, whose upper half can be
-// rounded, and 2^30 f / 2^15 is a whole number.
-inline Words mulPositive(Words x, Factors f) {
-  const auto word = reinterpret_cast<__m128i>(x);
-  const __m128i rounded = _mm_add_epi32(word, _mm_set1_epi32(0x8000 - (1 << 30)));
-  const __m128i high = _mm_slli_epi32(_mm_madd_epi16(rounded, f.high), 1);
-  const __m128i low = _mm_srai_epi32(_mm_madd_epi16(word, f.low), 15);
-  return reinterpret_cast<Words>(_mm_add_epi32(high, low));
+// The same for factors of 0 or more and |x| < 2^30, in fewer steps: of 2 x = 65536 h + l, with l
+// without a sign, h f + floor(l f / 2^16).
+inline constexpr UsedBits kShareBits = bitsBelow(30);
+inline Words ofDoubled(__m128i doubled, Factors f) {
+  return reinterpret_cast<Words>(
+      _mm_add_epi32(_mm_madd_epi16(doubled, f.high), _mm_mulhi_epu16(doubled, f.low)));
+}
+inline Words share(Words x, Factors f) { return ofDoubled(reinterpret_cast<__m128i>(x + x), f); }
+
+// floor(x f / 2^15) - 2^15 f for any x and factors of 0 or more: x - 2^30 is multiplied, and
+// 2^30 f / 2^15 is a whole number.
+inline Words shareLess(Words x, Factors f) {
+  return ofDoubled(_mm_xor_si128(reinterpret_cast<__m128i>(x + x), _mm_set1_epi32(kMin32)), f);
 }
 
 // floor(32767 x / 2^15).
@@ -157,10 +163,11 @@ inline Words mulHighQ15(Words x, Factors f) {
       _mm_srai_epi32(_mm_madd_epi16(reinterpret_cast<__m128i>(x), f.high), 15));
 }
 
-// re^2 + im^2 of four pairs, modulo 2^32.
-inline Words squaredMagnitudes(const Word16* pairs) {
-  const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pairs));
-  return reinterpret_cast<Words>(_mm_madd_epi16(v, v));
+// re^2 + im^2, modulo 2^32, of four pairs of words saturated to 16 bits, two in each vector.
+inline Words squaredMagnitudes(Words first, Words second) {
+  const __m128i pairs =
+      _mm_packs_epi32(reinterpret_cast<__m128i>(first), reinterpret_cast<__m128i>(second));
+  return reinterpret_cast<Words>(_mm_madd_epi16(pairs, pairs));
 }
 
 // Of four pairs of neighbours, each at a place that a table gives: pair[0] first[i] + pair[1]
