@@ -197,19 +197,47 @@ inline void multiplyEight(const Word16* x, Word16 factor, Word16* to) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_or_si128(high, low));
 }
 
-// The largest magnitude of samples, a multiple of eight of them, where that of -2^15 counts as
-// 2^15 - 1; and whether -2^15 is there.
-inline Word16 largestMagnitude(const Word16* x, std::size_t count) {
-  __m128i largest = _mm_setzero_si128();
+// -|x|, which unlike |x| has 16 bits in all cases: the least of every eighth sample.
+inline __m128i negatedMagnitudes(const Word16* x, std::size_t count) {
+  __m128i least = _mm_setzero_si128();
   for (std::size_t i = 0; i < count; i += 8) {
     const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
-    const __m128i negated = _mm_subs_epi16(_mm_setzero_si128(), eight);
-    largest = _mm_max_epi16(largest, _mm_max_epi16(eight, negated));
+    const __m128i negated = _mm_sub_epi16(_mm_setzero_si128(), eight);
+    least = _mm_min_epi16(least, _mm_min_epi16(eight, negated));
   }
-  largest = _mm_max_epi16(largest, _mm_shuffle_epi32(largest, 0x4E));
-  largest = _mm_max_epi16(largest, _mm_shuffle_epi32(largest, 0xB1));
-  largest = _mm_max_epi16(largest, _mm_shufflelo_epi16(largest, 0xB1));
-  return static_cast<Word16>(_mm_cvtsi128_si32(largest));
+  return least;
+}
+
+// The largest magnitude of samples, a multiple of eight of them.
+inline Word32 largestMagnitude(const Word16* x, std::size_t count) {
+  __m128i least = negatedMagnitudes(x, count);
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0x4E));
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0xB1));
+  least = _mm_min_epi16(least, _mm_shufflelo_epi16(least, 0xB1));
+  return -static_cast<Word16>(_mm_cvtsi128_si32(least));
+}
+
+// The squares of the largest magnitudes of two rows, a multiple of eight samples each; that of a
+// full-scale sample is held below 2^30.
+inline void largestSquares(const Word16* first, const Word16* second, std::size_t count,
+                           Word32* squares) {
+  const __m128i a = negatedMagnitudes(first, count);
+  const __m128i b = negatedMagnitudes(second, count);
+  __m128i least = _mm_min_epi16(_mm_unpacklo_epi16(a, b), _mm_unpackhi_epi16(a, b));
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0x4E));
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0xB1));
+  const __m128i both = _mm_unpacklo_epi16(least, _mm_setzero_si128());
+  const __m128i squared = _mm_madd_epi16(both, both);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(squares),
+                   _mm_sub_epi32(squared, _mm_srli_epi32(squared, 30)));
+}
+
+// Eight samples in the upper halves of words, shifted by `left`, then by `right`.
+inline void storeShifted(Word32* to, const Word16* from, int left, int right) {
+  const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+  const __m128i zero = _mm_setzero_si128();
+  store(to, reinterpret_cast<Words>(_mm_unpacklo_epi16(zero, eight)) << left >> right);
+  store(to + 4, reinterpret_cast<Words>(_mm_unpackhi_epi16(zero, eight)) << left >> right);
 }
 
 // 1 where a word of the mask is -1, 0 where it is 0; and back.
@@ -240,6 +268,13 @@ inline Words saturatedSum(Words a, Words b) {
 inline void storeSaturated(Word16* to, Words x) {
   const auto word = reinterpret_cast<__m128i>(x);
   _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi32(word, word));
+}
+
+// Twice eight words of 16 bits, saturated.
+inline void storeDoubled(Word16* to, Words first, Words second) {
+  const __m128i eight =
+      _mm_packs_epi32(reinterpret_cast<__m128i>(first), reinterpret_cast<__m128i>(second));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_adds_epi16(eight, eight));
 }
 
 // The sum of `from` and four words, both saturated to 16 bits.

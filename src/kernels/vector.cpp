@@ -33,18 +33,9 @@ class BitsOf {
 // Twice the rounded upper halves of words with headroom, saturated.
 void roundAndDouble(const Word32* words, std::size_t n, Word16* out) {
   std::size_t i = 0;
-  for (; i + 4 <= n; i += 4) {
-    const Words rounded = (load(words + i) + 0x8000) >> 16;
-    storeSaturated(out + i, rounded + rounded);
-  }
+  const auto rounded = [&](std::size_t k) { return (load(words + k) + 0x8000) >> 16; };
+  for (; i + 8 <= n; i += 8) storeDoubled(out + i, rounded(i), rounded(i + 4));
   for (; i < n; ++i) out[i] = saturate16(2 * roundHigh(words[i]));
-}
-
-Words unionOf(std::span<const Word32> block) {
-  Words all = splat(0);
-  const Word32* const words = block.data();
-  for (std::size_t i = 0; i + 4 <= block.size(); i += 4) all |= load(words + i);
-  return all;
 }
 
 // Of words of the same sign.
@@ -81,17 +72,11 @@ Block Vector::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
                                std::span<Word32> words) {
   if (samples.size() % 8 != 0) return Portable::normaliseSamples(samples, headroom, words);
   const Word16* const x = samples.data();
-  const Word16 magnitude = largestMagnitude(x, samples.size());
-  // Of -2^15 the magnitude is one more than that; only then it matters.
-  const bool lowest = magnitude == kMax16 && std::count(x, x + samples.size(), kMin16) > 0;
-  const std::uint32_t all = lowest ? 0x8000 : static_cast<std::uint32_t>(magnitude);
-  const auto [shift, bits] = normalisationOf(all << 16, headroom);
-  const int left = 16 + std::clamp(shift, -16, 15);
-  const int right = std::clamp(-16 - shift, 0, 31);
-  Word32* const to = words.data();
-  for (std::size_t i = 0; i < samples.size(); i += 4) {
-    store(to + i, loadWide(x + i) << left >> right);
-  }
+  const auto magnitude = static_cast<std::uint32_t>(largestMagnitude(x, samples.size()));
+  const auto [shift, bits] = normalisationOf(magnitude << 16, headroom);
+  const int left = std::clamp(shift, 0, 31);
+  const int right = std::clamp(-shift, 0, 31);
+  for (std::size_t i = 0; i < samples.size(); i += 8) storeShifted(&words[i], x + i, left, right);
   return {words.first(samples.size()), bits, static_cast<Word16>(shift)};
 }
 
@@ -182,6 +167,7 @@ void Vector::sumIntoBands(ConstBlock bins, const Filterbank& bank,
   }
   Word32 fromBelow = 0;
   Shares start = {0, 0};
+#pragma GCC unroll 4
   for (std::size_t b = 0; b < kBands; ++b) {
     const Shares end = before[bank.firstBins[b + 1]];
     bands[b] = fromBelow + (end.lower - start.lower);
@@ -216,11 +202,11 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
   Word32* const noise = bins.noise.data();
   const Word32* const p = power.words.data();
   // No sum of products saturates if no word is negative, since the weights add up to less than 1.
-  if (size % 4 != 0 ||
-      any((unionOf(bins.smooth) | unionOf(bins.noise) | unionOf(bins.minimum) |
-           unionOf(power.words)) < 0)) {
-    return Portable::trackNoise(power, bins, alpha, active);
+  Words signs = splat(0);
+  for (std::size_t k = 0; k + 4 <= size; k += 4) {
+    signs |= (load(s + k) | load(minima + k)) | (load(noise + k) | load(p + k));
   }
+  if (size % 4 != 0 || any(signs < 0)) return Portable::trackNoise(power, bins, alpha, active);
   // What the products of a sum lack: its weights add up to 32767.
   constexpr Word32 kLacking = kMax16 << 15;
   static_assert(kSmoothOld + kSmoothCentre + 2 * kSmoothSide == kMax16);
@@ -341,13 +327,10 @@ void Vector::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
 
 void Vector::peakPowers(std::span<const Word16> samples, std::span<Word32> peaks) {
   const std::size_t count = samples.size() / peaks.size();
+  if (peaks.size() % 2 != 0) return Portable::peakPowers(samples, peaks);
   const Word16* x = samples.data();
-  for (Word32& peak : peaks) {
-    const Word32 magnitude = largestMagnitude(x, count);
-    peak = magnitude * magnitude;
-    // Full scale: -2^15, whose square is held below 2^30, may be among the samples.
-    if (magnitude == kMax16 && std::count(x, x + count, kMin16) > 0) peak = 0x3FFFFFFF;
-    x += count;
+  for (std::size_t j = 0; j < peaks.size(); j += 2, x += 2 * count) {
+    largestSquares(x, x + count, count, &peaks[j]);
   }
 }
 
