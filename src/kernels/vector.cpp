@@ -46,6 +46,7 @@ inline Words least(Words a, Words b) { return b + ((a - b) & ((a - b) >> 31)); }
 UsedBits Vector::bitsOf(std::span<const Word32> words) {
   BitsOf bits;
   const std::size_t whole = words.size() - words.size() % 4;
+#pragma GCC unroll 2
   for (std::size_t i = 0; i < whole; i += 4) bits.add(load(&words[i]));
   return bits.all() | usedBits(words.subspan(whole));
 }
@@ -86,6 +87,7 @@ UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
   const Word16* const f = factors.data();
   const std::size_t n = x.words.size();
   std::size_t i = 0;
+#pragma GCC unroll 2
   for (; i + 4 <= n; i += 4) store(words + i, share(load(words + i), loadFactors(f + i)));
   for (; i < n; ++i) words[i] = mpy32x16(words[i], f[i]);
   return x.bits;
@@ -103,6 +105,7 @@ UsedBits Vector::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> o
   static_assert(extractLow(kPreemphasis) < 0);
   const Word32* const in = x.words.data();
   Word32* const to = out.data();
+#pragma GCC unroll 2
   for (std::size_t n = 4; n < x.words.size(); n += 4) {
     const Words q = load(in + n - 1);
     const Words product = mulQ15(q, high) + mulHighQ15(q, low) + 2 * (q >> 16);
@@ -187,6 +190,7 @@ void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterban
   const Word16* const lowerWeight = bank.lowerWeight.data();
   const Word16* const upperWeight = bank.upperWeight.data();
   Word16* const out = bins.data();
+#pragma GCC unroll 2
   for (std::size_t k = 0; k < bins.size(); k += 4) {
     const Words sum = weightedPairs(gains, lower + k, lowerWeight + k, upperWeight + k);
     storeSaturated(out + k, sum >> 15);
@@ -203,6 +207,7 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
   const Word32* const p = power.words.data();
   // No sum of products saturates if no word is negative, since the weights add up to less than 1.
   Words signs = splat(0);
+#pragma GCC unroll 2
   for (std::size_t k = 0; k + 4 <= size; k += 4) {
     signs |= (load(s + k) | load(minima + k)) | (load(noise + k) | load(p + k));
   }
@@ -272,6 +277,7 @@ void Vector::scaleBins(Block spectrum, std::span<const Word16> gains) {
     return Portable::scaleBins(spectrum, gains);
   }
   const Word16* const g = gains.data();
+#pragma GCC unroll 2
   for (std::size_t k = 0; k < gains.size(); k += 4) {
     const PairFactors factors = spreadFactors(g + k);
     Word32* const at = spectrum.words.data() + 2 * k;
@@ -291,16 +297,19 @@ UsedBits Vector::addOverlap(ConstBlock time, std::span<Word32> overlap, std::spa
   Word32* const kept = overlap.data();
   Word32* const to = block.data();
   BitsOf bits;
+#pragma GCC unroll 2
   for (std::size_t i = 0; i < overlap.size(); i += 4) {
     const Words sum = saturatedSum(load(words + i) << up >> down, load(kept + i));
     store(to + i, sum);
     bits.add(sum);
   }
+#pragma GCC unroll 2
   for (std::size_t i = overlap.size(); i < block.size(); i += 4) {
     const Words word = load(words + i) << up >> down;
     store(to + i, word);
     bits.add(word);
   }
+#pragma GCC unroll 2
   for (std::size_t i = 0; i < overlap.size(); i += 4) {
     store(kept + i, load(words + block.size() + i) << up >> down);
   }
