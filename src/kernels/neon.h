@@ -79,9 +79,14 @@ inline Turned turn(Halves x, const Twiddles& w) {
 }
 inline Turned turnExchanged(Halves x, const Twiddles& w) { return turn({x.im, x.re}, w); }
 
-inline void loadTransposed(const Word32* from, Words (&columns)[4]) {
-  const int32x4x4_t all = vld4q_s32(from);
-  for (int i = 0; i < 4; ++i) columns[i] = asWords(all.val[i]);
+inline void loadTransposed(const Word32* from, int stride, Words (&columns)[4]) {
+  const int32x4x2_t even = vzipq_s32(vld1q_s32(from), vld1q_s32(from + 2 * stride));
+  const int32x4x2_t odd = vzipq_s32(vld1q_s32(from + stride), vld1q_s32(from + 3 * stride));
+  for (int half = 0; half < 2; ++half) {
+    const int32x4x2_t pair = vzipq_s32(even.val[half], odd.val[half]);
+    columns[2 * half] = asWords(pair.val[0]);
+    columns[2 * half + 1] = asWords(pair.val[1]);
+  }
 }
 
 inline Words mulHighQ15(Words x, Factors f) {

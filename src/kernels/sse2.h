@@ -144,9 +144,10 @@ inline Turned turnExchanged(Halves x, const Twiddles& w) {
           sumOfHalves(x, w.cs, w.cs, _mm_set1_epi16(1))};
 }
 
-// Four rows of four words, to four columns.
-inline void loadTransposed(const Word32* from, Words (&columns)[4]) {
-  const Words a = load(from), b = load(from + 4), c = load(from + 8), d = load(from + 12);
+// Four rows of four words, `stride` words from each to the next, to four columns.
+inline void loadTransposed(const Word32* from, int stride, Words (&columns)[4]) {
+  const Words a = load(from), b = load(from + stride);
+  const Words c = load(from + 2 * stride), d = load(from + 3 * stride);
   const Words ab = __builtin_shufflevector(a, b, 0, 4, 1, 5);
   const Words cd = __builtin_shufflevector(c, d, 0, 4, 1, 5);
   const Words abUpper = __builtin_shufflevector(a, b, 2, 6, 3, 7);

@@ -52,20 +52,27 @@ UsedBits Vector::bitsOf(std::span<const Word32> words) {
 }
 
 Block Vector::normalise(std::span<Word32> words, Word16 headroom) {
-  if (words.size() % 4 != 0) return Plain::normalise(words, headroom);
+  if (words.size() % 8 != 0) return Plain::normalise(words, headroom);
   Word32* const at = words.data();
   Words magnitudes = splat(0);
-#pragma GCC unroll 2
-  for (std::size_t i = 0; i < words.size(); i += 4) {
-    const Words word = load(at + i);
+  const auto add = [&](Words word) {
     const Words sign = word >> 31;
     magnitudes |= (word ^ sign) - sign;
+  };
+  for (std::size_t i = 0; i < words.size(); i += 8) {
+    add(load(at + i));
+    add(load(at + i + 4));
   }
   const auto [shift, bits] = normalisationOf(unionOf(magnitudes), headroom);
-  const int left = std::clamp(shift, 0, 31);
-  const int right = std::clamp(-shift, 0, 31);
-#pragma GCC unroll 2
-  for (std::size_t i = 0; i < words.size(); i += 4) store(at + i, load(at + i) << left >> right);
+  if (shift < 0) {
+    for (std::size_t i = 0; i < words.size(); i += 4) store(at + i, load(at + i) >> -shift);
+  } else {
+    const int left = std::min(shift, 31);
+    for (std::size_t i = 0; i < words.size(); i += 8) {
+      store(at + i, load(at + i) << left);
+      store(at + i + 4, load(at + i + 4) << left);
+    }
+  }
   return {words, bits, static_cast<Word16>(shift)};
 }
 
@@ -87,31 +94,38 @@ UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
   const Word16* const f = factors.data();
   const std::size_t n = x.words.size();
   std::size_t i = 0;
-#pragma GCC unroll 2
-  for (; i + 4 <= n; i += 4) store(words + i, share(load(words + i), loadFactors(f + i)));
+  const auto scale = [&](std::size_t k) {
+    store(words + k, share(load(words + k), loadFactors(f + k)));
+  };
+  for (; i + 8 <= n; i += 8) {
+    scale(i);
+    scale(i + 4);
+  }
   for (; i < n; ++i) words[i] = mpy32x16(words[i], f[i]);
   return x.bits;
 }
 
 UsedBits Vector::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
-  // The sum stays below 1.41 2^30.
+  // The sums but the first stay below 1.41 2^30.
   if (x.bits > bitsBelow(30)) return Portable::preemphasise(x, previous, out);
-  const ConstBlock head(x.words.first(4), x.bits);
-  const UsedBits bits = Portable::preemphasise(head, previous, out);
+  const Word32* const in = x.words.data();
+  Word32* const to = out.data();
+  to[0] = lAdd(in[0], lMult32ByCoefficient(kPreemphasis, previous));
   // Of the coefficient 65536 h + l, l is taken as signed: its product is then short by 2^16 times
   // the upper half, 2 of them after the shift.
   const Factors high = splatFactor(extractHigh(kPreemphasis));
   const Factors low = splatFactor(extractLow(kPreemphasis));
   static_assert(extractLow(kPreemphasis) < 0);
-  const Word32* const in = x.words.data();
-  Word32* const to = out.data();
-#pragma GCC unroll 2
-  for (std::size_t n = 4; n < x.words.size(); n += 4) {
+  const auto filter = [&](std::size_t n) {
     const Words q = load(in + n - 1);
     const Words product = mulQ15(q, high) + mulHighQ15(q, low) + 2 * (q >> 16);
     store(to + n, load(in + n) + product);
-  }
-  return bits;
+  };
+  const std::size_t size = x.words.size();
+  filter(1);
+#pragma GCC unroll 2
+  for (std::size_t n = 4; n < size; n += 4) filter(n);
+  return boundOfPreemphasis(x.bits, to[0]);
 }
 
 UsedBits Vector::powers(ConstBlock spectrum, std::span<Word32> power) {
@@ -181,11 +195,10 @@ void Vector::sumIntoBands(ConstBlock bins, const Filterbank& bank,
 
 void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                           std::span<Word16> bins) {
-  if (bins.size() % 4 != 0 ||
-      std::any_of(bands.begin(), bands.end(), [](Word16 gain) { return gain < 0; })) {
-    return Portable::spreadToBins(bands, bank, bins);
-  }
   const Word16* const gains = bands.data();
+  const Words negative = outsideOf(gains, 0, kMax16) | outsideOf(gains + 8, 0, kMax16) |
+                         outsideOf(gains + 16, 0, kMax16);
+  if (bins.size() % 4 != 0 || any(negative)) return Portable::spreadToBins(bands, bank, bins);
   const Word32* const lower = bank.lower.data();
   const Word16* const lowerWeight = bank.lowerWeight.data();
   const Word16* const upperWeight = bank.upperWeight.data();
@@ -273,16 +286,19 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
 }
 
 void Vector::scaleBins(Block spectrum, std::span<const Word16> gains) {
-  if (spectrum.bits > kShareBits || gains.size() % 4 != 0) {
+  if (spectrum.bits > kShareBits || gains.size() % 8 != 0) {
     return Portable::scaleBins(spectrum, gains);
   }
   const Word16* const g = gains.data();
-#pragma GCC unroll 2
-  for (std::size_t k = 0; k < gains.size(); k += 4) {
+  const auto scale = [&](std::size_t k) {
     const PairFactors factors = spreadFactors(g + k);
     Word32* const at = spectrum.words.data() + 2 * k;
     store(at, share(load(at), factors.first));
     store(at + 4, share(load(at + 4), factors.second));
+  };
+  for (std::size_t k = 0; k < gains.size(); k += 8) {
+    scale(k);
+    scale(k + 4);
   }
 }
 
