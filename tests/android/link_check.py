@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Builds the library by a preset for Android, without the NDK, and reads what came out.
 
@@ -159,7 +158,3 @@ class AndroidLibrary(unittest.TestCase):
         code = self.code()
         self.assertIn("MVDR_BeamForming", code)
         self.assertEqual(re.findall(r"\sv\w+\.f32(?:\.\w+)?\s+[qd]\d+.*", code), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,9 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 import json
 import os
-import unittest
 
-from support import CommandTest, noise
+from commands import CommandTest, noise
 
 
 class Batch(CommandTest):
@@ -13,8 +12,7 @@ class Batch(CommandTest):
         for name, seed in (("in/day/one/a.wav", 1), ("in/b.wav", 2), ("in/.hidden.wav", 3)):
             self.write(name, [noise(8000, seed), noise(8000, seed + 9)])
         self.run_command("engine", self.path("in/b.wav"), "-o", self.path("in/day/c.flac"))
-        with open(self.path("in/notes.txt"), "w", encoding="utf-8") as file:
-            file.write("no recording\n")
+        self.store("in/notes.txt", b"no recording")
 
     def files(self, folder):
         return {os.path.relpath(os.path.join(where, name), self.path(folder))
@@ -22,7 +20,7 @@ class Batch(CommandTest):
 
     def test_folders_keep_their_subfolders_and_formats(self):
         out = ["--out-dir", self.path("in/clean")]
-        self.run_command("enhance", self.path("in"), *out)
+        self.run_command("enhance", self.path("in"), *out, "--jobs", 3)
         self.assertEqual(self.files("in/clean"), {"day/one/a.wav", "b.wav", "day/c.flac"})
         for name in ("day/one/a.wav", "b.wav"):
             self.run_command("enhance", self.path(f"in/{name}"), "-o", self.path("one.wav"))
@@ -40,7 +38,11 @@ class Batch(CommandTest):
         inputs = [self.path(name) for name in ("in/b.wav", "mono.wav", "in/day/c.flac")]
         with open(inputs[2], "r+b") as file:
             file.truncate(os.path.getsize(inputs[2]) * 3 // 4)
-        done = self.run_command("enhance", *inputs, "--out-dir", self.path("out"), "--report", "json", code=1)
+        done = self.run_command("enhance", *inputs, "--out-dir", self.path("out"), "--report", "json",
+                                "--jobs", 2, code=1)
+        self.assertEqual(self.files("out"), {"b.wav", "c.flac"})
+        listed = done.stderr.decode().splitlines()[-1]
+        self.assertTrue("mono.wav" in listed and "c.flac" in listed and "b.wav" not in listed, listed)
         report = json.loads(done.stdout)
         self.assertEqual([entry["status"] for entry in report["recordings"]], ["done", "failed", "incomplete"])
         self.assertEqual((report["done"], report["failed"], report["incomplete"]), (1, 1, 1))
@@ -62,7 +64,3 @@ class Batch(CommandTest):
         done = self.run_command("engine", self.path("empty"), "--out-dir", kept, code=1)
         self.assertIn("holds no recordings", done.stderr.decode())
         self.run_command("engine", self.path("in"), "-o", self.path("x.wav"), code=2)
-
-
-if __name__ == "__main__":
-    unittest.main()

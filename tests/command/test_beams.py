@@ -2,11 +2,8 @@
 import csv
 import os
 import subprocess
-import unittest
 
-from support import SPEECH, CommandTest
-
-SOURCE = os.environ["ARVESSA_SOURCE"]
+from commands import SOURCE, CommandTest
 
 
 class Beams(CommandTest):
@@ -72,7 +69,3 @@ class Beams(CommandTest):
                                     env={**os.environ, "PYTHONHOME": "/nowhere"})
             self.assertIn("python3-matplotlib", done.stderr.decode())
             self.assertFalse(os.path.exists(self.path("p.png")))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-import unittest
 
-from support import SPEECH, CommandTest, lag, level, noise
+from commands import SPEECH, CommandTest, lag, level, noise
 
 
 class Engine(CommandTest):
@@ -47,7 +46,3 @@ class Engine(CommandTest):
             with_agc = level(self.engine("in.wav", "--agc-table", table)[settled])
             self.assertAlmostEqual(with_agc - plain, most, delta=0.3, msg=table)
         self.assertEqual(self.engine("in.wav", "--agc-table", 3), self.engine("in.wav", "--agc-table", 4))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -7,7 +7,7 @@ import re
 import subprocess
 import unittest
 
-from support import COMMAND, CommandTest
+from commands import COMMAND, CommandTest
 
 COMPLETION = pathlib.Path(__file__).parents[2] / "apps/arvessa/help/completion.bash"
 PAGE = pathlib.Path(COMMAND).with_name("arvessa.1")
@@ -55,7 +55,3 @@ class Help(CommandTest):
             for line in self.run_command(command, "--help").stdout.decode().splitlines():
                 if line.startswith("  arvessa "):
                     self.assertRegex(section, rf"(?m)^ +{re.escape(line.strip())}$")
-
-
-if __name__ == "__main__":
-    unittest.main()

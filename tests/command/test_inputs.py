@@ -4,9 +4,8 @@
 import os
 import random
 import struct
-import unittest
 
-from support import CommandTest, noise, pcm
+from commands import SOURCE, CommandTest, noise, pcm
 
 GUID = bytes.fromhex("0000000010008000" "00aa00389b71")  # of a format, behind its number
 PLAIN = ("--no-nr", "--no-agc", "--quiet")
@@ -29,15 +28,6 @@ class Inputs(CommandTest):
         self.samples = [noise(30000, 1), noise(30000, 2)]
         self.good = self.write("good.wav", self.samples)
         self.data = self.content("good.wav")[44:]
-
-    def content(self, name):
-        with open(self.path(name), "rb") as file:
-            return file.read()
-
-    def store(self, name, data):
-        with open(self.path(name), "wb") as file:
-            file.write(data)
-        return self.path(name)
 
     def each_way(self, data):
         """What a command is given to read `data` from a file, a pipe and a redirected file."""
@@ -95,7 +85,7 @@ class Inputs(CommandTest):
         for extension in ("aiff", "au", "w64", "caf", "flac"):
             self.run_command("engine", self.good, "-o", self.path("x." + extension), *PLAIN)
             cases.append((self.content("x." + extension)[:90001], "; {} holds what there is", 1000))
-        with open(os.path.join(os.path.dirname(__file__), "unfinished.ogg"), "rb") as file:
+        with open(SOURCE / "audio/unfinished.ogg", "rb") as file:
             cases.append((file.read(), "truncated: ends after 2000 samples, without the mark of its end", 2000))
         for data, said, least in cases:
             for source, options in self.each_way(data):
@@ -126,17 +116,3 @@ class Inputs(CommandTest):
                 error = done.stderr.decode()
                 self.assertRegex(error, r"^arvessa: \S*text\\x1b\[31m\\n\.wav: [^\n]*not readable as audio\n$")
         self.assertEqual(self.content("out.wav"), b"precious")
-
-    def test_channels_by_number_are_in_place(self):
-        many = self.write("many.wav", [noise(800, seed) for seed in range(4)])
-        both = self.write("both.wav", [noise(800, 3), noise(800, 1)])
-        outputs = []
-        for source, options in ((many, ["--channels", "4,2"]), (both, [])):
-            self.run_command("enhance", source, "-o", self.path("out.wav"), *options)
-            outputs.append(self.read("out.wav"))
-        self.assertEqual(*outputs)
-        self.assertIn(b"4 channels", self.run_command("enhance", many, "--channels", "4,5", "-o", self.path("out.wav"), code=1).stderr)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -7,9 +7,8 @@ import signal
 import subprocess
 import sys
 import time
-import unittest
 
-from support import COMMAND, CommandTest, noise, pcm
+from commands import COMMAND, CommandTest, noise, pcm
 
 # Writes the file of its first argument as a recorder does that goes on until it is interrupted.
 RECORDER = """import sys, time
@@ -100,7 +99,3 @@ class Signals(CommandTest):
         self.assertEqual(process.returncode, 130)
         self.assertEqual(error, f"arvessa: ended by signal (interrupt); not done: {inputs[1]}, {inputs[2]}\n")
         self.assertEqual(os.listdir(self.path("all")), ["good.wav"])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,8 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 import csv
-import unittest
 
-from support import SPEECH, CommandTest, level, noise
+from commands import SPEECH, CommandTest, level, noise
 
 
 class Trace(CommandTest):
@@ -45,7 +44,3 @@ class Trace(CommandTest):
         heard = sum(10 ** (row["output_dbfs"] / 10) for row in hiss) / len(hiss)
         expected = sum(10 ** ((row["agc_gain_db"] + row["mean_suppression_db"]) / 10) for row in hiss) / len(hiss)
         self.assertAlmostEqual(heard, expected * 10 ** (plain / 10), delta=0.3 * heard)
-
-
-if __name__ == "__main__":
-    unittest.main()

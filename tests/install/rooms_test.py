@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """The rooms of src/ and of the command: none can include what lies above it or beside it.
 
@@ -68,7 +67,3 @@ class Rooms(unittest.TestCase):
     def test_no_include_leaves_a_room_by_a_path(self):
         for path in (*SOURCE.glob("src/**/*.*"), *SOURCE.glob("apps/**/*.*")):
             self.assertNotRegex(path.read_text(encoding="utf-8"), r'#include ".*\.\./', path)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -15,7 +15,7 @@ import sys
 import time
 import unittest
 
-from support import SPEECH, CommandTest, level, noise
+from commands import SPEECH, CommandTest, level, noise
 
 PLUGIN = pathlib.Path(os.environ["ARVESSA_PLUGIN"])
 FOLDER = pathlib.Path(__file__).resolve().parents[2] / "plugins"

@@ -10,7 +10,8 @@ import unittest
 from pathlib import Path
 
 import numpy as np
-from support import COMMAND, SPEECH, arvessa, scene, write
+from commands import COMMAND, SPEECH, arvessa
+from support import scene, write
 
 FILES = 40
 
@@ -132,7 +133,3 @@ class Corpus(unittest.TestCase):
         _, err = run.communicate(timeout=300)
         self.assertEqual(run.returncode, 2)
         self.assertIn("would both become x.wav", err)
-
-
-if __name__ == "__main__":
-    unittest.main()

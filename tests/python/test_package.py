@@ -13,7 +13,8 @@ import unittest
 from pathlib import Path
 
 import numpy as np
-from support import SOURCE, arvessa, read, scene
+from commands import SOURCE, arvessa
+from support import read, scene
 
 README = (SOURCE / "python/README.md").read_text(encoding="utf-8")
 
@@ -56,7 +57,3 @@ class Package(unittest.TestCase):
                                       read(self.folder / "clean.wav"))
         tag = next(self.folder.glob("venv/lib/python3*/site-packages/arvessa-*.dist-info/WHEEL"))
         self.assertRegex(tag.read_text(), r"(?m)^Root-Is-Purelib: false\nTag: py3-none-linux_\w+$")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -13,7 +13,7 @@ from pathlib import Path
 
 import arvessa
 import numpy as np
-from support import arvessa as command
+from commands import arvessa as command
 from support import read, scene, write
 
 SEED = random.randrange(10**6)
@@ -188,7 +188,3 @@ class Refusals(unittest.TestCase):
         state["_build"] = "0.9.0"
         with self.assertRaisesRegex(ValueError, "another build of Arvessa: 0.9.0, here 1"):
             arvessa.FrontEnd().__setstate__(state)
-
-
-if __name__ == "__main__":
-    unittest.main()
