@@ -5,18 +5,9 @@ import os
 import pty
 import signal
 import subprocess
-import sys
 import time
 
 from commands import COMMAND, CommandTest, noise, pcm
-
-# Writes the file of its first argument as a recorder does that goes on until it is interrupted.
-RECORDER = """import sys, time
-sys.stdout.buffer.write(open(sys.argv[1], "rb").read())
-sys.stdout.flush()
-time.sleep(100)
-"""
-
 
 class Signals(CommandTest):
     def setUp(self):
@@ -49,9 +40,8 @@ class Signals(CommandTest):
         for name in ("out.wav", "out.flac"):
             child, terminal = pty.fork()
             if child == 0:
-                recorder = f"'{sys.executable}' -c '{RECORDER.replace(chr(39), chr(34))}' '{self.good}'"
-                script = f"{recorder} | {COMMAND} enhance - -o {self.path(name)}; echo code=${{PIPESTATUS[1]}}"
-                os.execvp("bash", ["bash", "-c", "trap : INT\n" + script])
+                os.execvp("bash", ["bash", "-c", f"trap : INT; (cat {self.good}; exec sleep 100) | "
+                                   f"{COMMAND} enhance - -o {self.path(name)}; echo code=${{PIPESTATUS[1]}}"])
             self.wait_for(lambda: any(entry.startswith(".arvessa-") for entry in os.listdir(self.directory)))
             time.sleep(1)  # until the recorder has written
             os.write(terminal, b"\x03")

@@ -54,10 +54,8 @@ class Rooms(unittest.TestCase):
                 self.assertEqual(can_include(house / room, f"{other}/{header.name}"),
                                  other == room or other in below, f"{room} includes {other}")
 
-    def test_of_the_library(self):
+    def test_of_the_library_and_of_what_programs_share(self):
         self.check(SOURCE / "src", LIBRARY)
-
-    def test_of_what_programs_share(self):
         self.check(SOURCE / "apps", SHARED)
 
     @unittest.skipUnless("commands/" in str(COMMANDS), "built without the command")

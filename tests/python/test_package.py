@@ -25,9 +25,7 @@ def blocks(language):
 
 class Package(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
         shutil.copy(SOURCE / "CMakeLists.txt", self.folder)
         for part in ("apps", "cmake", "include", "python", "src"):
             shutil.copytree(SOURCE / part, self.folder / part,

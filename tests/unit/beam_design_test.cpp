@@ -48,22 +48,8 @@ double noisePower(const MicrophoneVector& w, int k) {
   return power;
 }
 
-std::string storedBeamsText() {
-  return beamFileText(storedGeometry(), designBeams(storedGeometry()));
-}
-
-TEST(BeamDesign, StoredTableIsWhatTheFileOfTheDesignHolds) {
-  const BeamFile file = parseBeamFile(storedBeamsText());
-  for (std::size_t i = 0; i < BeamTable::kValues; ++i) {
-    EXPECT_EQ(file.table.re[i], MVDR_CONST_W_UP_OPT_REAL_TABLE[i]) << i;
-    EXPECT_EQ(file.table.im[i], MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[i]) << i;
-  }
-  EXPECT_EQ(file.geometry.directions, storedGeometry().directions);
-  EXPECT_NEAR(distance(file.geometry.microphones), distance(storedGeometry().microphones), 1e-12);
-}
-
 TEST(BeamDesign, DamagedFilesAreRefusedWithTheLine) {
-  const std::string good = storedBeamsText();
+  const std::string good = beamFileText(storedGeometry(), designBeams(storedGeometry()));
   const auto refusal = [](const std::string& text) -> std::string {
     try {
       parseBeamFile(text);
@@ -84,9 +70,6 @@ TEST(BeamDesign, DamagedFilesAreRefusedWithTheLine) {
   EXPECT_NE(with("0,0,0,0.45773", "0,0,0,nan").find("line 5"), std::string::npos);
   EXPECT_EQ(refusal(good.substr(0, good.size() / 2)).rfind("lacks ", 0), 0U);
   EXPECT_EQ(with("-69.7,-2.4", "68.8,-2.5"), "cannot be: the microphones are at the same place");
-  EXPECT_NE(with("0,90,180", "90,270").find("cannot tell 90 and 270"), std::string::npos);
-  EXPECT_NE(with("0,90,180", "90").find("at least two directions"), std::string::npos);
-  EXPECT_NE(with("-69.7,-2.4", "-1000,0").find("farther apart than 1 m"), std::string::npos);
 }
 
 TEST(BeamDesign, TwoDirectionsAndAnotherPlaceOfTheArray) {

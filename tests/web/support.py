@@ -116,7 +116,7 @@ class PageTest(unittest.TestCase):
         return run(code, *arguments)
 
     def wait(self, condition):
-        WebDriverWait(self.browser, PATIENCE, 0.02).until(lambda _: condition())
+        return WebDriverWait(self.browser, PATIENCE, 0.02).until(lambda _: condition())
 
     def settle(self):
         self.wait(lambda: self.get("recording").get_attribute("aria-busy") == "false")
@@ -143,13 +143,13 @@ class PageTest(unittest.TestCase):
     def saved(self, button):
         self.get(button).click()
         # Browsers write to another name, and may keep the right one free by an empty file.
-        files = []
         def whole():
-            files[:] = self.downloads.iterdir()
-            return len(files) == 1 and files[0].suffix in (".wav", ".csv") and files[0].stat().st_size
-        self.wait(whole)
-        content = files[0].read_bytes()
-        files[0].unlink()
+            files = [*self.downloads.iterdir()]
+            return (len(files) == 1 and files[0].suffix in (".wav", ".csv")
+                    and files[0].stat().st_size and files[0])
+        file = self.wait(whole)
+        content = file.read_bytes()
+        file.unlink()
         return content
 
     def assert_same_samples(self, wav_bytes, expected):
