@@ -1,13 +1,17 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What becomes of the recordings when a signal ends the command."""
+"""The command in a terminal, and what becomes of the recordings when a signal ends it."""
 
+import fcntl
 import os
 import pty
+import re
 import signal
+import struct
 import subprocess
+import termios
 import time
 
-from commands import COMMAND, CommandTest, noise, pcm
+from commands import COMMAND, CommandTest, noise, pcm, write_wav
 
 class Signals(CommandTest):
     def setUp(self):
@@ -54,6 +58,26 @@ class Signals(CommandTest):
             self.assertIn(f"ended by signal (interrupt); {self.path(name)} holds all that came in".encode(), said)
             self.run_command("engine", self.path(name), "--no-nr", "--no-agc", "-o", self.path("back.wav"))
             self.assertEqual(self.read("back.wav"), expected)
+
+    def test_bar_fits_the_terminal_and_shows_the_time_left(self):
+        long = write_wav(self.path("long.wav"), bytes(40_000_000), 44100)
+        terminal, theirs = pty.openpty()
+        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 40, 0, 0))
+        process = subprocess.Popen([COMMAND, "engine", long, "-o", self.path("out.wav")],
+                                   stdout=subprocess.DEVNULL, stderr=theirs)
+        os.close(theirs)
+        said = b""
+        try:
+            while part := os.read(terminal, 4096):
+                said += part
+        except OSError:  # the other side is closed
+            os.close(terminal)
+        self.assertEqual(process.wait(60), 0)
+        bars = re.findall(rb"\r\x1b\[K([^\r]+)", said)
+        self.assertGreater(len(bars), 2, said)
+        for bar in bars:
+            self.assertRegex(bar, rb"^\[#*\.*\] \d+ %, \d+:\d\d left$")
+            self.assertEqual(len(bar), 39)
 
     def test_other_signals_and_standard_output(self):
         expected = self.expected()
