@@ -15,7 +15,7 @@ import time
 SETTINGS = ("-DARVESSA_APPS=OFF", "-DARVESSA_BENCH=OFF", "-DARVESSA_TESTS=REQUIRED",
             "-DARVESSA_WERROR=OFF", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON")
 ARCHIVE = "src/libArvessa.a"  # all objects, kernels included that the shared object leaves out
-LABELS = {"unit", "stream", "reference"}  # of the tests to run
+LABELS = {"unit", "stream", "unit-reference", "stream-reference"}  # of the tests to run
 # Has to be built again for any fault, as it links the objects and includes their headers, and so
 # comes last.
 REBUILT = "arvessa_unit_tests"
