@@ -19,7 +19,7 @@ class Scene(CommandTest):
     def test_waves_cross_the_array_at_the_speed_of_sound(self):
         for angle in (0, 60, 90, 180):
             self.run_command("scene", SPEECH, "--talker", angle, "--noise", "none", "--rate", 48000,
-                             "-o", self.path("s.wav"))
+                             "-o", "s.wav")
             first, second = (c[60000:90000] for c in self.read("s.wav", 48000, 2))
             expected = DISTANCE / SOUND * 48000 * math.cos(math.radians(angle))
             self.assertAlmostEqual(lag(first, second, 30), expected, delta=0.6)
@@ -43,7 +43,7 @@ class Scene(CommandTest):
 
     def test_noise_of_a_point_source_comes_from_there(self):
         self.run_command("scene", self.short, "--noise", "white", "--snr", -60, "--noise-from", 180,
-                         "--rate", 48000, "-o", self.path("s.wav"))
+                         "--rate", 48000, "-o", "s.wav")
         first, second = (c[20000:50000] for c in self.read("s.wav", 48000, 2))
         self.assertAlmostEqual(lag(second, first, 30), DISTANCE / SOUND * 48000, delta=0.6)
 
@@ -65,7 +65,7 @@ class Scene(CommandTest):
     def test_nothing_clips(self):
         speech, _ = self.scene("--noise", "none", speech=self.short)
         done = self.run_command("scene", self.short, "--noise", "white", "--snr", "-25",
-                                "-o", self.path("loud.wav"))
+                                "-o", "loud.wav")
         loud = self.read("loud.wav", channels=2)
         self.assertEqual(max(max(map(abs, channel)) for channel in loud), 32767)
         scaled = float(done.stdout.decode().split("scaled by ")[1].split(" dB")[0])
@@ -73,7 +73,7 @@ class Scene(CommandTest):
 
     def test_a_long_scene_is_not_held_in_memory(self):
         _, _, speech = read_wav(SPEECH)
-        long = write_wav(self.path("long.wav"), 85 * speech, 16000)
+        long = write_wav("long.wav", 85 * speech, 16000)
         samples = 85 * len(speech) // 2
         arguments = ["scene", long, "--noise", "babble", "--quiet", "-o", "-"]
         with subprocess.Popen([COMMAND, *arguments], stdout=subprocess.PIPE) as process:
@@ -88,5 +88,5 @@ class Scene(CommandTest):
 
     def test_the_output_is_opened_first(self):
         empty = self.write("empty.wav", [[]])
-        done = self.run_command("scene", self.short, "--noise", empty, "-o", self.path("no/out.wav"), code=1)
+        done = self.run_command("scene", self.short, "--noise", empty, "-o", "no/out.wav", code=1)
         self.assertIn(b"no/out.wav: cannot be written", done.stderr)

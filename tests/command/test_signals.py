@@ -36,7 +36,7 @@ class Signals(CommandTest):
         return process
 
     def expected(self):
-        self.run_command("enhance", self.good, "-o", self.path("expected.wav"))
+        self.run_command("enhance", self.good, "-o", "expected.wav")
         return self.read("expected.wav")
 
     def test_control_c_in_a_terminal_keeps_every_frame(self):
@@ -45,7 +45,7 @@ class Signals(CommandTest):
             child, terminal = pty.fork()
             if child == 0:
                 os.execvp("bash", ["bash", "-c", f"trap : INT; (cat {self.good}; exec sleep 100) | "
-                                   f"{COMMAND} enhance - -o {self.path(name)}; echo code=${{PIPESTATUS[1]}}"])
+                                   f"{COMMAND} enhance - -o {name}; echo code=${{PIPESTATUS[1]}}"])
             self.wait_for(lambda: any(entry.startswith(".arvessa-") for entry in os.listdir(self.directory)))
             time.sleep(1)  # until the recorder has written
             os.write(terminal, b"\x03")
@@ -55,15 +55,15 @@ class Signals(CommandTest):
             os.close(terminal)
             os.waitpid(child, 0)
             self.assertIn(b"code=130", said)
-            self.assertIn(f"ended by signal (interrupt); {self.path(name)} holds all that came in".encode(), said)
-            self.run_command("engine", self.path(name), "--no-nr", "--no-agc", "-o", self.path("back.wav"))
+            self.assertIn(f"ended by signal (interrupt); {name} holds all that came in".encode(), said)
+            self.run_command("engine", name, "--no-nr", "--no-agc", "-o", "back.wav")
             self.assertEqual(self.read("back.wav"), expected)
 
     def test_bar_fits_the_terminal_and_shows_the_time_left(self):
-        long = write_wav(self.path("long.wav"), bytes(40_000_000), 44100)
+        long = write_wav("long.wav", bytes(40_000_000), 44100)
         terminal, theirs = pty.openpty()
         fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 40, 0, 0))
-        process = subprocess.Popen([COMMAND, "engine", long, "-o", self.path("out.wav")],
+        process = subprocess.Popen([COMMAND, "engine", long, "-o", "out.wav"],
                                    stdout=subprocess.DEVNULL, stderr=theirs)
         os.close(theirs)
         said = b""
@@ -93,7 +93,7 @@ class Signals(CommandTest):
 
     def test_a_second_signal_ends_at_once_and_leaves_nothing(self):
         for endings in ((signal.SIGQUIT,), (signal.SIGTERM, signal.SIGTERM)):
-            process = self.live("-o", self.path("out.wav"))
+            process = self.live("-o", "out.wav")
             self.wait_for(lambda: len(os.listdir(self.directory)) == 2)
             for ending in endings:
                 process.send_signal(ending)
@@ -103,13 +103,13 @@ class Signals(CommandTest):
 
     def test_work_on_files_is_given_up_and_listed(self):
         self.write("long.wav", [8_000_000 * [1000]] * 2)
-        inputs = [self.good, self.path("long.wav"), self.path("after.wav")]
+        inputs = [self.good, "long.wav", "after.wav"]
         os.symlink("long.wav", inputs[2])
-        process = subprocess.Popen([COMMAND, "enhance", *inputs, "--out-dir", self.path("all"), "--jobs", "1"],
+        process = subprocess.Popen([COMMAND, "enhance", *inputs, "--out-dir", "all", "--jobs", "1"],
                                    stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        self.wait_for(lambda: os.path.exists(self.path("all/good.wav")) and len(os.listdir(self.path("all"))) == 2)
+        self.wait_for(lambda: os.path.exists("all/good.wav") and len(os.listdir("all")) == 2)
         process.send_signal(signal.SIGINT)
         error = process.communicate(timeout=60)[1].decode()
         self.assertEqual(process.returncode, 130)
         self.assertEqual(error, f"arvessa: ended by signal (interrupt); not done: {inputs[1]}, {inputs[2]}\n")
-        self.assertEqual(os.listdir(self.path("all")), ["good.wav"])
+        self.assertEqual(os.listdir("all"), ["good.wav"])

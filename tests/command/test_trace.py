@@ -18,13 +18,13 @@ runpy.run_path(sys.argv[0], run_name="__main__")"""
 
 class Trace(CommandTest):
     def trace(self, source, *arguments):
-        self.run_command("trace", self.path(source), "-o", self.path("trace.csv"), *arguments)
-        with open(self.path("trace.csv"), newline="") as file:
+        self.run_command("trace", source, "-o", "trace.csv", *arguments)
+        with open("trace.csv", newline="") as file:
             return [{key: float(value) for key, value in row.items()} for row in csv.DictReader(file)]
 
     def test_levels_and_times_are_those_of_the_recordings(self):
-        self.run_command("scene", SPEECH, "--talker", 0, "--noise", "fan", "-o", self.path("s.wav"))
-        self.run_command("enhance", self.path("s.wav"), "-o", self.path("out.wav"), "--swap")
+        self.run_command("scene", SPEECH, "--talker", 0, "--noise", "fan", "-o", "s.wav")
+        self.run_command("enhance", "s.wav", "-o", "out.wav", "--swap")
         enhanced = self.read("out.wav")
         rows = self.trace("s.wav", "--swap")
         self.assertEqual(len(rows), (len(enhanced) + 79) // 80)
@@ -51,7 +51,7 @@ class Trace(CommandTest):
         for row in rows:
             self.assertTrue(-15 <= row["floor_db"] <= -4 and 1.2 <= row["agc_gain_db"] <= 18.5, row)
         # In mere hiss all bins are alike: what is gained and what is suppressed is what is heard.
-        self.run_command("enhance", self.path("s.wav"), "-o", self.path("plain.wav"), "--no-engine")
+        self.run_command("enhance", "s.wav", "-o", "plain.wav", "--no-engine")
         plain = level(self.read("plain.wav")[8000:16000])
         heard = sum(10 ** (row["output_dbfs"] / 10) for row in hiss) / len(hiss)
         expected = sum(10 ** ((row["agc_gain_db"] + row["mean_suppression_db"]) / 10) for row in hiss) / len(hiss)
@@ -69,15 +69,15 @@ class Trace(CommandTest):
         for voiced in (100, 0):
             rows = [{**header, "time_s": n / 100, "agc_gain_db": 6.02, "voice": int(n >= voiced)}
                     for n in range(400)]
-            with open(self.path("trace.csv"), "w", newline="", encoding="utf-8") as file:
+            with open("trace.csv", "w", newline="", encoding="utf-8") as file:
                 table = csv.DictWriter(file, header)
                 table.writeheader()
                 table.writerows(rows)
             files = [word for name in ("talk", "noisy", "enhanced")
-                     for word in ("--" + name, self.path(name + ".wav"))]
+                     for word in ("--" + name, name + ".wav")]
             written = subprocess.run(
                 ["/usr/bin/python3", "-c", WRITTEN, SOURCE / "scripts/plot_demo.py", *files, "--trace",
-                 self.path("trace.csv"), "--talker", "90", "--spent-microseconds", "1", "no.png"],
+                 "trace.csv", "--talker", "90", "--spent-microseconds", "1", "no.png"],
                 stdout=subprocess.PIPE, text=True, check=True).stdout
             figures = re.search(r"is (\S+) dB lower, the speech stands (\S+) dB clearer", written)
             self.assertAlmostEqual(float(figures[1]), 20 - 6.02, delta=0.15)

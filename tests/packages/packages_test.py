@@ -4,8 +4,9 @@
 
 usage: packages_test.py [-v] FOLDER
 
-PYTHONPATH has built_library.py, FOLDER arvessa_*.deb and libarvessa-dev_*.deb. As root, with debootstrap there, they are installed
-by apt into a new root; without, they are unpacked, and apt only says what it would do.
+PYTHONPATH has built_library.py, FOLDER arvessa_*.deb and libarvessa-dev_*.deb. As root, with
+debootstrap there, they are installed by apt into a new root; without, they are unpacked, and apt only
+says what it would do.
 """
 
 import glob

@@ -1,8 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """The plugins in other people's hosts: the lines and the configurations of plugins/README.md.
 
-Environment: ARVESSA_COMMAND, the command; ARVESSA_PLUGIN, the file of the plugins; PYTHONPATH with
-the support of the command's tests.
+Environment: ARVESSA_PLUGIN, the file of the plugins, and as for commands.py.
 """
 
 import os
@@ -19,8 +18,8 @@ LINES = re.search(r"```sh\n(.*?)```", (FOLDER / "README.md").read_text(encoding=
 MICROPHONE = """context.objects = [ { factory = adapter args = {
   factory.name = support.null-audio-sink node.name = microphone
   media.class = Audio/Source/Virtual audio.position = [ %s ] } } ]"""
-# A desktop's sound without desktop and sound card: $1 comes into the microphone while a program records
-# from $3, at $4 Hz, to $2.
+# A desktop's sound without desktop and sound card: $1 comes into the microphone while a program
+# records from $3, at $4 Hz, to $2.
 SESSION = """
 waitFor() {
   for _ in {1..200}; do ! pw-link -io 2>&1 | grep -q "$1" || return 0; sleep 0.1; done
@@ -52,7 +51,7 @@ class Hosts(CommandTest):
     def setUp(self):
         super().setUp()
         os.environ["LADSPA_PATH"] = str(PLUGIN.parent)
-        os.environ["GST_REGISTRY"] = self.path("registry")
+        os.environ["GST_REGISTRY"] = "registry"
 
     def run_here(self, line, code=0):
         done = subprocess.run(["bash", "-c", line], cwd=self.directory, timeout=100, text=True,
@@ -62,10 +61,10 @@ class Hosts(CommandTest):
         return done.stdout
 
     def check_lines(self, host):
-        speech = self.path("noisy.wav")
+        speech = "noisy.wav"
         self.run_command("scene", SPEECH, "--rate", 48000, "-o", speech)
         self.write("noisy.wav", [self.read("noisy.wav", 48000, channels=2)[0]], 48000)
-        self.run_command("scene", SPEECH, "--rate", 8000, "-o", self.path("pair.wav"))
+        self.run_command("scene", SPEECH, "--rate", 8000, "-o", "pair.wav")
         lines = [line for line in LINES if line.startswith(host)]
         self.assertTrue(lines, host)
         for line in lines:
@@ -74,7 +73,7 @@ class Hosts(CommandTest):
             self.run_here(f"rm -f {name}; {line}")
             delay = 0 if "latency=1" in line else rate // 100
             options += [] if delay == 0 else ["--keep-delay"]
-            self.run_command(subcommand, self.path(source), "-o", self.path("expected.wav"), *options)
+            self.run_command(subcommand, source, "-o", "expected.wav", *options)
             found = self.read(name, rate)
             self.assertGreater(len(found), 4 * rate)
             expected = [0] * delay + self.read("expected.wav", rate)
@@ -106,7 +105,7 @@ class Hosts(CommandTest):
             text = (FOLDER / "pipewire" / configuration).read_text(encoding="utf-8")
             self.assertIn("/usr/lib/ladspa/arvessa.so", text)
             text = text.replace("/usr/lib/ladspa/arvessa.so", str(PLUGIN))
-            home = pathlib.Path(self.path(configuration + ".d"))
+            home = pathlib.Path(self.directory, configuration + ".d")
             (home / "pipewire/pipewire.conf.d").mkdir(parents=True)
             (home / "pipewire/pipewire.conf.d/a.conf").write_text(MICROPHONE % position)
             # The gain of a stream without voice would hide what was suppressed.
@@ -114,9 +113,8 @@ class Hosts(CommandTest):
                 text.replace('"No AGC" = 0', '"No AGC" = 1'))
             environment = {**os.environ, "HOME": str(home), "XDG_CONFIG_HOME": str(home),
                            "XDG_RUNTIME_DIR": str(home), "XDG_STATE_HOME": str(home)}
-            done = subprocess.run(
-                ["dbus-run-session", "bash", "-euc", SESSION, "-", self.path("noise.wav"),
-                 self.path("recorded.wav"), name, str(rate), *channels],
+            done = subprocess.run(["dbus-run-session", "bash", "-euc", SESSION, "-", "noise.wav",
+                 "recorded.wav", name, str(rate), *channels],
                 env=environment, timeout=100, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
             self.assertEqual(done.returncode, 0, done.stdout.decode())
             recorded = self.read("recorded.wav", rate)

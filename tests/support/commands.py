@@ -2,6 +2,7 @@
 """What tests share: running the command, and recordings as lists of samples."""
 
 import array
+import contextlib
 import math
 import operator
 import os
@@ -69,14 +70,14 @@ def noise(count, seed=1, amplitude=3000):
 
 
 class CommandTest(unittest.TestCase):
+    """In an empty folder."""
+
     def setUp(self):
         self.directory = self.enterContext(tempfile.TemporaryDirectory())
-
-    def path(self, name):
-        return os.path.join(self.directory, name)
+        self.enterContext(contextlib.chdir(self.directory))
 
     def content(self, name):
-        return pathlib.Path(self.path(name)).read_bytes()
+        return pathlib.Path(name).read_bytes()
 
     def run_command(self, *arguments, code=0, **options):
         options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "timeout": 120, **options}
@@ -86,19 +87,19 @@ class CommandTest(unittest.TestCase):
 
     def write(self, name, channels, rate=8000):
         interleaved = array.array("h", [sample for frame in zip(*channels) for sample in frame])
-        return write_wav(self.path(name), interleaved.tobytes(), rate, len(channels))
+        return write_wav(name, interleaved.tobytes(), rate, len(channels))
 
     def store(self, name, data):
-        pathlib.Path(self.path(name)).write_bytes(data)
-        return self.path(name)
+        pathlib.Path(name).write_bytes(data)
+        return name
 
     def read(self, name, rate=8000, channels=1):
-        *found, data = read_wav(self.path(name))
+        *found, data = read_wav(name)
         self.assertEqual(found, [rate, channels])
         samples = list(array.array("h", data))
         return samples if channels == 1 else [samples[c::channels] for c in range(channels)]
 
     def scene(self, *arguments, speech=SPEECH):
         """A scene of 8 kHz as two lists; its file is scene.wav."""
-        self.run_command("scene", speech, "--rate", 8000, "-o", self.path("scene.wav"), *arguments)
+        self.run_command("scene", speech, "--rate", 8000, "-o", "scene.wav", *arguments)
         return self.read("scene.wav", channels=2)

@@ -48,8 +48,22 @@ double noisePower(const MicrophoneVector& w, int k) {
   return power;
 }
 
+std::string storedBeamsText() {
+  return beamFileText(storedGeometry(), designBeams(storedGeometry()));
+}
+
+TEST(BeamDesign, StoredTableIsWhatTheFileOfTheDesignHolds) {
+  const BeamFile file = parseBeamFile(storedBeamsText());
+  for (std::size_t i = 0; i < BeamTable::kValues; ++i) {
+    EXPECT_EQ(file.table.re[i], MVDR_CONST_W_UP_OPT_REAL_TABLE[i]) << i;
+    EXPECT_EQ(file.table.im[i], MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[i]) << i;
+  }
+  EXPECT_EQ(file.geometry.directions, storedGeometry().directions);
+  EXPECT_NEAR(distance(file.geometry.microphones), distance(storedGeometry().microphones), 1e-12);
+}
+
 TEST(BeamDesign, DamagedFilesAreRefusedWithTheLine) {
-  const std::string good = beamFileText(storedGeometry(), designBeams(storedGeometry()));
+  const std::string good = storedBeamsText();
   const auto refusal = [](const std::string& text) -> std::string {
     try {
       parseBeamFile(text);

@@ -107,7 +107,7 @@ class Results(PageTest):
         before = self.text("summary")
         for name, content, reason in (
                 ("noise.wav", b"no sound at all" * 9, "your browser cannot decode it"),
-                ("empty.wav", write_wav(self.folder / "x.wav", b"", 8000).read_bytes(), "it holds no samples"),
+                ("empty.wav", write_wav(self.folder / "x.wav", b"").read_bytes(), "it holds no samples"),
                 ("short.wav", pathlib.Path(SPEECH).read_bytes()[:20], "it holds no samples"),
                 ("three.wav", write_wav(self.folder / "x.wav", bytes(600), 8000, 3).read_bytes(),
                  "it has 3 channels; one or two are needed")):
