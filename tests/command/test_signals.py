@@ -35,6 +35,9 @@ class Signals(CommandTest):
         process.stdin.flush()
         return process
 
+    def has_begun(self):
+        return any(entry.startswith(".arvessa-") for entry in os.listdir(self.directory))
+
     def expected(self):
         self.run_command("enhance", self.good, "-o", "expected.wav")
         return self.read("expected.wav")
@@ -46,7 +49,7 @@ class Signals(CommandTest):
             if child == 0:
                 os.execvp("bash", ["bash", "-c", f"trap : INT; (cat {self.good}; exec sleep 100) | "
                                    f"{COMMAND} enhance - -o {name}; echo code=${{PIPESTATUS[1]}}"])
-            self.wait_for(lambda: any(entry.startswith(".arvessa-") for entry in os.listdir(self.directory)))
+            self.wait_for(self.has_begun)
             time.sleep(1)  # until the recorder has written
             os.write(terminal, b"\x03")
             said = b""
@@ -90,6 +93,17 @@ class Signals(CommandTest):
             self.assertEqual(process.wait(60), code)
             self.assertEqual(list(pcm(received)), expected)
             self.assertIn(b"standard output holds all that came in", process.stderr.read())
+
+    def test_a_recorder_that_ends_first_hides_no_signal(self):
+        for _ in range(10):
+            process = self.live("-o", "out.wav")
+            self.wait_for(self.has_begun)
+            process.send_signal(signal.SIGSTOP)
+            process.send_signal(signal.SIGINT)
+            process.stdin.close()
+            process.send_signal(signal.SIGCONT)
+            self.assertEqual(process.wait(60), 130)
+            self.assertIn(b"out.wav holds all that came in", process.stderr.read())
 
     def test_a_second_signal_ends_at_once_and_leaves_nothing(self):
         for endings in ((signal.SIGQUIT,), (signal.SIGTERM, signal.SIGTERM)):
