@@ -111,8 +111,8 @@ struct Plain {
   static Block normaliseSamples(std::span<const Word16> samples, Word16 headroom,
                                 std::span<Word32> words);
 
-  // x[i] = floor(x[i] f[i] / 2^15) for factors above -1, such as windows. Returns what bounds the
-  // products.
+  // x[i] = floor(x[i] f[i] / 2^15) for factors of 0 or more, such as windows. Returns what bounds
+  // the products.
   static UsedBits multiply(Block x, std::span<const Word16> factors);
 
   // out[n] = x[n] - 0.40327 x[n-1], with `previous` before x[0]. `x` has a multiple of 4 words.
@@ -154,7 +154,7 @@ struct Plain {
   static NoiseTotals trackNoise(ConstBlock power, const BinNoise& bins, Word16 alpha,
                                 std::span<unsigned char> active);
 
-  // Both parts of bin k of a packed spectrum by gains[k], Q15; bin N, packed with bin 0 and
+  // Both parts of bin k of a packed spectrum by gains[k], Q15, 0 or more; bin N, packed with bin 0 and
   // zero since the analysis, by gains[0].
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
 
