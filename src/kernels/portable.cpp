@@ -83,8 +83,9 @@ Block Portable::normaliseSamples(std::span<const Word16> samples, Word16 headroo
 }
 
 UsedBits Portable::powers(ConstBlock spectrum, std::span<Word32> power) {
+  // Parts to the last bit before the rounding. What would saturate in 32 bits does so in 16, too.
   // Twice the sum of two squares saturates from 2^30 on: at 2^31 - 1, all bits.
-  if (spectrum.exponent < 0) return Plain::powers(spectrum, power);
+  if (spectrum.exponent < -14) return Plain::powers(spectrum, power);
   const int down = std::min(15 + spectrum.exponent, 31);
   const Word32* const words = spectrum.words.data();
   const auto part = [&](std::size_t i) { return saturate16(((words[i] >> down) + 1) >> 1); };

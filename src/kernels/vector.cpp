@@ -129,7 +129,7 @@ UsedBits Vector::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> o
 }
 
 UsedBits Vector::powers(ConstBlock spectrum, std::span<Word32> power) {
-  // Parts to the last bit before the rounding. What would saturate in 32 bits does so in 16, too.
+  // As in the portable form.
   if (spectrum.exponent < -14) return Plain::powers(spectrum, power);
   const int down = std::min(15 + spectrum.exponent, 31);
   const Word32* const from = spectrum.words.data();
