@@ -127,3 +127,11 @@ const float MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[384] = {
 // clang-format on
 
 }  // extern "C"
+
+namespace arvessa {
+
+kernels::BeamWeights storedBeams() {
+  return {MVDR_CONST_W_UP_OPT_REAL_TABLE, MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE, true};
+}
+
+}  // namespace arvessa

@@ -4,6 +4,7 @@
 // microphone m. They multiply the microphone spectra directly, without conjugation.
 
 #include "ArvessaTypes.h"
+#include "kernels/float_kernels.h"
 
 extern "C" {
 
@@ -11,3 +12,9 @@ extern ARVESSA_API const float MVDR_CONST_W_UP_OPT_REAL_TABLE[384];
 extern ARVESSA_API const float MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[384];
 
 }  // extern "C"
+
+namespace arvessa {
+
+kernels::BeamWeights storedBeams();
+
+}  // namespace arvessa

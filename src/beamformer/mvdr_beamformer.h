@@ -7,6 +7,7 @@
 
 #include "ArvessaTypes.h"
 #include "beamformer/beam_weights_tables.h"
+#include "kernels/float_kernels.h"
 
 namespace arvessa {
 
@@ -27,14 +28,7 @@ struct BeamformerState {
   Word16 beamConfirm;               // its wins in a row; back to 1 once it is selected
 };
 
-// Of three beams, in the order of the stored ones (beam_weights_tables.h).
-struct BeamWeights {
-  const float* re;
-  const float* im;
-};
-inline BeamWeights storedBeams() {
-  return {MVDR_CONST_W_UP_OPT_REAL_TABLE, MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE};
-}
+using kernels::BeamWeights;
 
 void initialise(BeamformerState& state);
 
