@@ -227,7 +227,7 @@ inline void splitBins(const HalfSpectrum& in, HalfSpectrum& out) {
     splitBin<kDirection>(load<V>(in, k), {reversed(m.re), reversed(m.im)},
                          {load<V>(kTwiddleCosine + k), load<V>(kTwiddleSine + k)}, atK, atM);
     store(out, k, atK);
-    store(out, mirror, {reversed(atM.re), reversed(atM.im)});
+    store(out, mirror, Complex<V>{reversed(atM.re), reversed(atM.im)});
   }
   const Complex<float> middle = middleBin<kDirection>(in.re[kMiddle], in.im[kMiddle]);
   out.re[kMiddle] = middle.re;

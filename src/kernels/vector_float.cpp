@@ -47,7 +47,7 @@ void VectorFloat::analyse(std::span<const Word16, kFloatBlock> samples,
     for (const int flank : {0, kFloatFrame / 2}) {
       const Complex<Floats> factors = windowPairs(window.data() + 2 * (flank + i));
       const Complex<Floats> x = load<Floats>(block, flank + i);
-      store(block, flank + i, {x.re * factors.re, x.im * factors.im});
+      store(block, flank + i, Complex<Floats>{x.re * factors.re, x.im * factors.im});
     }
   }
   spectrumOf<Floats>(block, spectrum);
