@@ -19,10 +19,10 @@
 
 namespace arvessa::kernels {
 
-inline constexpr int kFloatBlock = 128;     // real samples
-inline constexpr int kFloatBins = 64;       // bins of their spectrum, points of the complex transform
-inline constexpr int kFlank = 24;           // samples over which the window rises, and falls
-inline constexpr int kFloatFrame = 80;      // new samples of a block
+inline constexpr int kFloatBlock = 128;  // real samples
+inline constexpr int kFloatBins = 64;    // bins of their spectrum, points of the complex transform
+inline constexpr int kFlank = 24;        // samples over which the window rises, and falls
+inline constexpr int kFloatFrame = 80;   // new samples of a block
 inline constexpr int kWindow = kFloatFrame + kFlank;
 inline constexpr int kFormedBeams = 3;
 inline constexpr int kFirstEnergyBin = 16;  // 1000 Hz

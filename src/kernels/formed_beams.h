@@ -80,8 +80,7 @@ struct Energies {
 };
 
 template <class V>
-  requires(kWidth<V> > 1)
-struct Energies<V> {
+requires(kWidth<V> > 1) struct Energies<V> {
   V sums = {};
 
   // Rows are the beams, columns the bins. The last number of a column has no meaning.
