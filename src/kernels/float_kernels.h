@@ -12,6 +12,7 @@
 //
 // Arguments do not overlap.
 
+#include <cmath>
 #include <span>
 #include <tuple>
 
@@ -79,6 +80,8 @@ struct ScalarFloat : PlainFloat {
   static void formBeams(const BeamWeights& weights, const HalfSpectrum (&x)[2],
                         HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]);
   static void inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& samples);
+  static void overlapAdd(const HalfSpectrum& samples, std::span<float, kFlank> overlap,
+                         std::span<Word16, kFloatFrame> out);
 };
 
 struct VectorFloat : PlainFloat {
@@ -113,6 +116,12 @@ using ActiveFloatForm = VectorFloat;
 #else
 using ActiveFloatForm = ScalarFloat;
 #endif
+
+// Truncated toward zero and limited, as overlapAdd says.
+inline Word16 toSample(float value) {
+  if (std::fabs(value) <= 32767.0F) return static_cast<Word16>(value);
+  return value < 0.0F ? -32767 : 32767;
+}
 
 // The 128 samples of a block, windowed.
 void windowed(std::span<const Word16, kFloatBlock> samples, std::span<const float, kWindow> window,

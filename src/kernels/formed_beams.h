@@ -46,8 +46,7 @@ struct BeamProducts {
 };
 
 template <class V>
-inline BeamProducts<V> products(const BeamWeights& weights, int beam, int k,
-                                const Complex<V> (&x)[2]) {
+inline BeamProducts<V> products(BeamWeights weights, int beam, int k, const Complex<V> (&x)[2]) {
   const int at = beam * kFloatBlock + 2 * k;
   V re[2];
   V im[2];
@@ -57,8 +56,8 @@ inline BeamProducts<V> products(const BeamWeights& weights, int beam, int k,
 }
 
 template <class V>
-inline void beamOf(const BeamWeights& weights, int beam, int begin, int end,
-                   const HalfSpectrum (&x)[2], HalfSpectrum& y) {
+inline void beamOf(BeamWeights weights, int beam, int begin, int end, const HalfSpectrum (&x)[2],
+                   HalfSpectrum& y) {
   for (int k = begin; k < end; k += kWidth<V>) {
     store(y, k, products<V>(weights, beam, k, {load<V>(x[0], k), load<V>(x[1], k)}).sum());
   }
@@ -105,7 +104,7 @@ requires(kWidth<V> > 1) struct Energies<V> {
 };
 
 template <class V>
-inline void beamsOf(const BeamWeights& weights, const HalfSpectrum (&x)[2],
+inline void beamsOf(BeamWeights weights, const HalfSpectrum (&x)[2],
                     HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]) {
   Energies<V> sums;
   for (int k = kFirstEnergyBin; k < kFloatBins; k += kWidth<V>) {

@@ -29,13 +29,18 @@ struct Complex {
 
 template <class V>
 inline V load(const float* from) {
+  if constexpr (kWidth<V> == 1) return *from;
   V v;
   std::memcpy(&v, from, sizeof v);
   return v;
 }
 template <class V>
 inline void store(float* to, const V& v) {
-  std::memcpy(to, &v, sizeof v);
+  if constexpr (kWidth<V> == 1) {
+    *to = v;
+  } else {
+    std::memcpy(to, &v, sizeof v);
+  }
 }
 template <class V>
 inline Complex<V> load(const HalfSpectrum& from, int i) {

@@ -35,4 +35,20 @@ void ScalarFloat::inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& s
   inverseOf<float>(spectrum, samples);
 }
 
+void ScalarFloat::overlapAdd(const HalfSpectrum& samples, std::span<float, kFlank> overlap,
+                             std::span<Word16, kFloatFrame> out) {
+  constexpr std::size_t kPairs = kFloatFrame / 2;
+  constexpr std::size_t kOverlapped = kFlank / 2;
+  for (std::size_t i = 0; i < kOverlapped; ++i) {
+    out[2 * i] = toSample(overlap[2 * i] + samples.re[i]);
+    out[2 * i + 1] = toSample(overlap[2 * i + 1] + samples.im[i]);
+    overlap[2 * i] = samples.re[kPairs + i];
+    overlap[2 * i + 1] = samples.im[kPairs + i];
+  }
+  for (std::size_t i = kOverlapped; i < kPairs; ++i) {
+    out[2 * i] = toSample(samples.re[i]);
+    out[2 * i + 1] = toSample(samples.im[i]);
+  }
+}
+
 }  // namespace arvessa::kernels
