@@ -75,7 +75,9 @@ void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamWei
   FloatKernels::analyse(blocks.last<kBeamBlock>(), MVDR_CONST_TABLE_fWIN_8k, x[1]);
 
   HalfSpectrum y[kBeams];
-  FloatKernels::formBeams(weights, x, y, state.beamEnergy);
+  const bool outerConjugate =
+      weights.re == storedBeams().re && weights.im == storedBeams().im && outerBeamsAreConjugate();
+  FloatKernels::formBeams(weights, outerConjugate, x, y, state.beamEnergy);
   if (state.frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(state);
 
   HalfSpectrum& selected = y[state.beamSelected];

@@ -156,8 +156,9 @@ void PlainFloat::formBeam(const BeamWeights& weights, int beam, int begin, int e
   }
 }
 
-void PlainFloat::formBeams(const BeamWeights& weights, const HalfSpectrum (&x)[2],
-                           HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]) {
+void PlainFloat::formBeams(const BeamWeights& weights, bool /*outerConjugate*/,
+                           const HalfSpectrum (&x)[2], HalfSpectrum (&y)[kFormedBeams],
+                           float (&energies)[kFormedBeams]) {
   for (int beam = 0; beam < kFormedBeams; ++beam) {
     const HalfSpectrum& output = y[beam];
     formBeam(weights, beam, kFirstEnergyBin, kFloatBins, x, y[beam]);

@@ -26,9 +26,10 @@ void ScalarFloat::formBeam(const BeamWeights& weights, int beam, int begin, int 
   beamOf<float>(weights, beam, begin, end, x, y);
 }
 
-void ScalarFloat::formBeams(const BeamWeights& weights, const HalfSpectrum (&x)[2],
-                            HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]) {
-  beamsOf<float>(weights, x, y, energies);
+void ScalarFloat::formBeams(const BeamWeights& weights, bool outerConjugate,
+                            const HalfSpectrum (&x)[2], HalfSpectrum (&y)[kFormedBeams],
+                            float (&energies)[kFormedBeams]) {
+  beamsOf<float>(weights, outerConjugate, x, y, energies);
 }
 
 void ScalarFloat::inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& samples) {

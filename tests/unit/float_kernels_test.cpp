@@ -85,11 +85,12 @@ TYPED_TEST(FloatKernels, BeamsEqualThePlainOnes) {
     const HalfSpectrum x[2] = {drawSpectrum(kind, random), drawSpectrum(kind, random)};
     const Block re = drawBlock(kind, random, 384);
     const Block im = drawBlock(kind, random, 384);
-    for (const BeamWeights& weights : {storedBeams(), BeamWeights{re.data(), im.data()}}) {
+    for (const bool stored : {true, false}) {
+      const BeamWeights weights = stored ? storedBeams() : BeamWeights{re.data(), im.data()};
       HalfSpectrum got[3] = {}, want[3] = {};
       float energies[3] = {1, 2, 3}, wanted[3] = {1, 2, 3};
-      TypeParam::formBeams(weights, x, got, energies);
-      PlainFloat::formBeams(weights, x, want, wanted);
+      TypeParam::formBeams(weights, stored, x, got, energies);
+      PlainFloat::formBeams(weights, stored, x, want, wanted);
       expectSameArray(energies, wanted, "energies");
       for (int beam = 0; beam < 3; ++beam) {
         TypeParam::formBeam(weights, beam, 0, kFirstEnergyBin, x, got[beam]);
