@@ -3,14 +3,15 @@
 
 namespace arvessa::kernels {
 
-void SoftwareFloat::forwardTransform(std::span<const float, kFloatBlock> block,
-                                     HalfSpectrum& spectrum) {
+void SoftwareFloat::analyse(std::span<const Word16, kFloatBlock> samples,
+                            std::span<const float, kWindow> window, HalfSpectrum& spectrum) {
+  float block[kFloatBlock];
+  windowed(samples, window, block);
   splitForward<true>(block, spectrum);
 }
 
-void SoftwareFloat::inverseTransform(const HalfSpectrum& spectrum,
-                                     std::span<float, kFloatBlock> block) {
-  splitInverse<true>(spectrum, block);
+void SoftwareFloat::inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& samples) {
+  splitInverse<true>(spectrum, samples);
 }
 
 }  // namespace arvessa::kernels

@@ -187,16 +187,11 @@ void splitForward(std::span<const float, kFloatBlock> block, HalfSpectrum& spect
 }
 
 template <bool kSoftware>
-void splitInverse(const HalfSpectrum& spectrum, std::span<float, kFloatBlock> block) {
-  HalfSpectrum pairs;
-  pairs.re[0] = half<kSoftware>(spectrum.re[0] + spectrum.im[0]);
-  pairs.im[0] = half<kSoftware>(spectrum.re[0] - spectrum.im[0]);
-  allBins<true, kSoftware>(spectrum, pairs);
-  transform<true, kSoftware>(pairs);
-  for (int i = 0; i < kFloatBins; ++i) {
-    block[2 * static_cast<std::size_t>(i)] = pairs.re[i];
-    block[2 * static_cast<std::size_t>(i) + 1] = pairs.im[i];
-  }
+void splitInverse(const HalfSpectrum& spectrum, HalfSpectrum& samples) {
+  samples.re[0] = half<kSoftware>(spectrum.re[0] + spectrum.im[0]);
+  samples.im[0] = half<kSoftware>(spectrum.re[0] - spectrum.im[0]);
+  allBins<true, kSoftware>(spectrum, samples);
+  transform<true, kSoftware>(samples);
 }
 
 }  // namespace arvessa::kernels

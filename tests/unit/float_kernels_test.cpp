@@ -7,6 +7,8 @@
 #include <limits>
 #include <sstream>
 
+#include "beamformer/mvdr_beamformer.h"
+#include "beamformer/window_table.h"
 #include "kernels/integer_float.h"
 #include "unit/float_blocks.h"
 #include "unit/forms.h"
@@ -21,22 +23,81 @@ class FloatKernels : public testing::Test {};
 
 TYPED_TEST_SUITE(FloatKernels, AsTypes<FloatForms>::Types, FormName);
 
-TYPED_TEST(FloatKernels, TransformsEqualThePlainOnes) {
+void expectSameSpectrum(const HalfSpectrum& got, const HalfSpectrum& want) {
+  expectSameArray(got.re, want.re, "real parts");
+  expectSameArray(got.im, want.im, "imaginary parts");
+}
+
+HalfSpectrum drawSpectrum(Kind kind, Random& random) {
+  const Block numbers = drawBlock(kind, random, kFloatBlock);
+  HalfSpectrum spectrum;
+  std::copy_n(numbers.begin(), kFloatBins, spectrum.re);
+  std::copy_n(numbers.begin() + kFloatBins, kFloatBins, spectrum.im);
+  return spectrum;
+}
+
+// Silence, single clicks, the smallest samples, and full scale: sums cancel to zero in all of them.
+TYPED_TEST(FloatKernels, SpectraEqualThePlainOnes) {
+  Random random(40);
+  forEach({0, 1, 2, 15}, 1000, [&](int bits) {
+    const int seldom = random.below(3) == 0 ? 1 : random.from(2, 129);
+    std::array<Word16, kFloatBlock> samples{};
+    for (Word16& x : samples) {
+      if (random.below(seldom) == 0) x = static_cast<Word16>(random.wordOf(bits));
+      if (bits == 15 && seldom > 64) x = random.below(2) == 0 ? 32767 : -32768;
+    }
+    HalfSpectrum got, want;
+    TypeParam::analyse(samples, MVDR_CONST_TABLE_fWIN_8k, got);
+    PlainFloat::analyse(samples, MVDR_CONST_TABLE_fWIN_8k, want);
+    expectSameSpectrum(got, want);
+  });
+}
+
+TYPED_TEST(FloatKernels, SamplesEqualThePlainOnes) {
   Random random(41);
   forEach(kKinds, 300, [&](Kind kind) {
-    const Block block = drawBlock(kind, random, kFloatBlock);
-    const std::span<const float, kFloatBlock> in(block);
-    HalfSpectrum got, want;
-    TypeParam::forwardTransform(in, got);
-    PlainFloat::forwardTransform(in, want);
-    expectSameArray(got.re, want.re, "real parts");
-    expectSameArray(got.im, want.im, "imaginary parts");
-    std::copy_n(block.begin(), kFloatBins, want.re);
-    std::copy_n(block.begin() + kFloatBins, kFloatBins, want.im);
-    float samples[kFloatBlock], wanted[kFloatBlock];
-    TypeParam::inverseTransform(want, samples);
-    PlainFloat::inverseTransform(want, wanted);
-    expectSameArray(samples, wanted, "samples");
+    const HalfSpectrum spectrum = drawSpectrum(kind, random);
+    HalfSpectrum samples, wanted;
+    TypeParam::inverseTransform(spectrum, samples);
+    PlainFloat::inverseTransform(spectrum, wanted);
+    expectSameSpectrum(samples, wanted);
+    constexpr std::array<float, 7> kLimits = {
+        32767, 32767.5F, -32767.5F, -1e10F, -32768.5F, std::numeric_limits<float>::quiet_NaN(),
+        1e10F};
+    std::array<float, kFlank> overlap;
+    for (float& x : overlap) {
+      const int limit = random.below(20);
+      x = limit < 7 ? kLimits[static_cast<std::size_t>(limit)] : random.wordOf(15) * 0.7F;
+    }
+    std::array<float, kFlank> wantedOverlap = overlap;
+    std::array<Word16, kFloatFrame> out, wantedOut;
+    TypeParam::overlapAdd(wanted, overlap, out);
+    PlainFloat::overlapAdd(wanted, wantedOverlap, wantedOut);
+    EXPECT_EQ(out, wantedOut);
+    expectSameArray(overlap.data(), wantedOverlap.data(), kFlank, "overlap");
+  });
+}
+
+// The stored weights, whose symmetry a form may use, and others, with which it may not.
+TYPED_TEST(FloatKernels, BeamsEqualThePlainOnes) {
+  Random random(42);
+  forEach(kKinds, 300, [&](Kind kind) {
+    const HalfSpectrum x[2] = {drawSpectrum(kind, random), drawSpectrum(kind, random)};
+    const Block re = drawBlock(kind, random, 384);
+    const Block im = drawBlock(kind, random, 384);
+    for (const bool stored : {true, false}) {
+      const BeamWeights weights = stored ? storedBeams() : BeamWeights{re.data(), im.data()};
+      HalfSpectrum got[3] = {}, want[3] = {};
+      float energies[3] = {1, 2, 3}, wanted[3] = {1, 2, 3};
+      TypeParam::formBeams(weights, stored, x, got, energies);
+      PlainFloat::formBeams(weights, stored, x, want, wanted);
+      expectSameArray(energies, wanted, "energies");
+      for (int beam = 0; beam < 3; ++beam) {
+        TypeParam::formBeam(weights, beam, 0, kFirstEnergyBin, x, got[beam]);
+        PlainFloat::formBeam(weights, beam, 0, kFirstEnergyBin, x, want[beam]);
+        expectSameSpectrum(got[beam], want[beam]);
+      }
+    }
   });
 }
 
