@@ -106,8 +106,8 @@ UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
 }
 
 UsedBits Vector::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
-  // The sums but the first stay below 1.41 2^30.
-  if (x.bits > bitsBelow(30)) return Portable::preemphasise(x, previous, out);
+  // As in the portable form.
+  if (x.bits > bitsBelow(30)) return Plain::preemphasise(x, previous, out);
   const Word32* const in = x.words.data();
   Word32* const to = out.data();
   to[0] = lAdd(in[0], lMult32ByCoefficient(kPreemphasis, previous));
