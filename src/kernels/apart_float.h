@@ -40,7 +40,8 @@ template <class Exact>
 [[gnu::always_inline]] inline Apart roundedSum(std::int32_t s, std::int32_t e, Exact exact) {
   const std::uint32_t bits = static_cast<std::uint32_t>(s);
   const std::uint32_t leading = bits ^ (bits << 1);
-  if (leading == 0) [[unlikely]] return kZero;
+  if (leading == 0) [[unlikely]]
+    return kZero;
   const int n = std::countl_zero(leading);
   // 2^30 <= |v| <= 2^31, where v has 24 bits and 7 more.
   const std::int32_t v = static_cast<std::int32_t>(bits << n);
@@ -56,9 +57,8 @@ template <class Exact>
 // big + small, whose exponent is d >= 0 lower.
 [[gnu::always_inline]] inline Apart alignedSum(Apart big, Apart small, std::int32_t d) {
   if (d > 31) d = 31;
-  return roundedSum(big.m + (small.m >> d), big.e, [&] {
-    return (static_cast<std::uint32_t>(small.m) & ((1U << d) - 1)) == 0;
-  });
+  return roundedSum(big.m + (small.m >> d), big.e,
+                    [&] { return (static_cast<std::uint32_t>(small.m) & ((1U << d) - 1)) == 0; });
 }
 
 [[gnu::always_inline]] inline Apart sum(Apart a, Apart b) {

@@ -83,16 +83,13 @@ bool inRange(const ApartSpectrum& spectrum) {
   return (all & kOutOfRange) == 0;
 }
 
+enum Direction { kForward, kInverse };
+
+Factor withSign(Factor f, Direction direction) { return direction == kInverse ? minus(f) : f; }
+
 // Stages of `first` columns to half as many as `end`; bins in bit-reversed order. Inverse: with the
 // sines negated.
-template <bool kInverse>
-Factor sineOf(int angle, std::int32_t origin) {
-  const Factor s = factorOf(kTwiddleSine[angle], origin);
-  return kInverse ? minus(s) : s;
-}
-
-template <bool kInverse>
-void stages(ApartSpectrum& z, int first, int end) {
+[[gnu::noinline]] void stages(ApartSpectrum& z, Direction direction, int first, int end) {
   for (int span = first; span < end; span *= 2) {
     const int groups = kFloatBins / (2 * span);
     straight(z, z + span, groups, 2 * span);
@@ -100,10 +97,11 @@ void stages(ApartSpectrum& z, int first, int end) {
       ApartBin* const upper = z + column;
       const int angle = column * (kFloatBins / span);
       if (angle == kQuarterTurn) {
-        atRightAngle(upper, upper + span, groups, 2 * span, sineOf<kInverse>(angle, kAlone));
+        atRightAngle(upper, upper + span, groups, 2 * span,
+                     withSign(factorOf(kTwiddleSine[angle], kAlone), direction));
       } else {
         turned(upper, upper + span, groups, 2 * span, factorOf(kTwiddleCosine[angle], kInSum),
-               sineOf<kInverse>(angle, kInSum));
+               withSign(factorOf(kTwiddleSine[angle], kInSum), direction));
       }
     }
   }
@@ -111,17 +109,16 @@ void stages(ApartSpectrum& z, int first, int end) {
 
 // Between the spectrum of pairs of samples and that of the samples, in place; inverse: with the
 // cosines negated. Halved, the common power grows by 3.
-template <bool kInverse>
-void splitStep(ApartSpectrum& z) {
+[[gnu::noinline]] void splitStep(ApartSpectrum& z, Direction direction) {
   constexpr int kMiddle = kFloatBins / 2;
   sumAndDifference(z[0].re, z[0].im, z[0].re, z[0].im);
-  z[0].re.e -= kInverse ? 2 : 1;
-  z[0].im.e -= kInverse ? 2 : 1;
+  const std::int32_t halves = direction == kInverse ? 2 : 1;
+  z[0].re.e -= halves;
+  z[0].im.e -= halves;
   for (int k = 1; k < kMiddle; ++k) {
     ApartBin& low = z[k];
     ApartBin& high = z[kFloatBins - k];
-    Factor c = factorOf(kTwiddleCosine[k], kInSum);
-    if constexpr (kInverse) c = minus(c);
+    const Factor c = withSign(factorOf(kTwiddleCosine[k], kInSum), direction);
     Apart a, b;
     ApartBin t;
     sumAndDifference(high.re, low.re, a, t.re);
@@ -174,10 +171,10 @@ bool analyse(std::span<const Word16, kFloatBlock> samples, std::span<const float
     }
   }
   straight(z, z + 1, kFloatBins / 2, 2);
-  stages<false>(z, 2, 16);
+  stages(z, kForward, 2, 16);
   if (!inRange(z)) return false;
-  stages<false>(z, 16, kFloatBins);
-  splitStep<false>(z);
+  stages(z, kForward, 16, kFloatBins);
+  splitStep(z, kForward);
   return inRange(z);
 }
 
@@ -291,15 +288,15 @@ bool SoftwareFrame::tryOutput(const FrameInput& input, int beam, std::span<float
   auto& [x, y] = apart_;
   ApartSpectrum& bins = y[beam];
   if (!formBeam(input.weights, beam, 0, kFirstEnergyBin, x, bins) || !inRange(bins)) return false;
-  splitStep<true>(bins);
+  splitStep(bins, kInverse);
   ApartSpectrum& z = x[0];
   for (int i = 0; i < kFloatBins; ++i) z[kReversed.place[i]] = bins[i];
   straight(z, z + 1, kFloatBins / 2, 2);
-  stages<true>(z, 2, 4);
+  stages(z, kInverse, 2, 4);
   if (!inRange(z)) return false;
-  stages<true>(z, 4, 16);
+  stages(z, kInverse, 4, 16);
   if (!inRange(z)) return false;
-  stages<true>(z, 16, kFloatBins);
+  stages(z, kInverse, 16, kFloatBins);
 
   const auto sample = [&](std::size_t i) { return i % 2 == 0 ? z[i / 2].re : z[i / 2].im; };
   Apart before[kFlank];
