@@ -24,12 +24,12 @@ struct Apart {
 // A float to multiply by: 2^30 <= |m| < 2^31.
 using Factor = Apart;
 
-// Exponents of numbers are small, of either sign. Those of zeros lie here, but for less than 64; of
+// Exponents of numbers are small, of either sign. Those of zeros lie here, but for less than 16; of
 // their squares, at the double.
-inline constexpr Apart kZero = {0, -(1 << 30) + (1 << 20) + 64};
+inline constexpr Apart kZero = {0, -(1 << 30) + (1 << 20) + 16};
 
-// Bits that no zero's exponent has: if an exponent has one, it is not in 0..127.
-inline constexpr std::int32_t kOutOfRange = (1 << 29) | ((1 << 20) - (1 << 7));
+// Bits of which the exponent of no zero has any, nor that of a number in 0..2^bits-1.
+constexpr std::int32_t beyond(int bits) { return (1 << 29) | ((1 << 20) - (1 << bits)); }
 
 inline Apart minus(Apart x) { return {-x.m, x.e}; }
 
@@ -54,16 +54,29 @@ template <class Exact>
   return {m, e - n};
 }
 
-// big + small, whose exponent is d >= 0 lower.
-[[gnu::always_inline]] inline Apart alignedSum(Apart big, Apart small, std::int32_t d) {
-  if (d > 31) d = 31;
-  return roundedSum(big.m + (small.m >> d), big.e,
-                    [&] { return (static_cast<std::uint32_t>(small.m) & ((1U << d) - 1)) == 0; });
-}
+// Two numbers under the larger of their exponents: `small` is to be moved `d` places down.
+struct Aligned {
+  std::int32_t e;
+  std::int32_t small;
+  std::int32_t d;
+
+  bool exact() const { return (static_cast<std::uint32_t>(small) & ((1U << d) - 1)) == 0; }
+};
+
+// From 31 places on, what is left of a number is its sign.
+[[gnu::always_inline]] inline std::int32_t limited(std::int32_t d) { return d > 31 ? 31 : d; }
 
 [[gnu::always_inline]] inline Apart sum(Apart a, Apart b) {
-  const std::int32_t d = a.e - b.e;
-  return d >= 0 ? alignedSum(a, b, d) : alignedSum(b, a, -d);
+  Aligned terms = {a.e, b.m, a.e - b.e};
+  std::int32_t s;
+  if (terms.d >= 0) {
+    terms.d = limited(terms.d);
+    s = a.m + (b.m >> terms.d);
+  } else {
+    terms = {b.e, a.m, limited(-terms.d)};
+    s = b.m + (a.m >> terms.d);
+  }
+  return roundedSum(s, terms.e, [&] { return terms.exact(); });
 }
 
 [[gnu::always_inline]] inline Apart difference(Apart a, Apart b) { return sum(a, minus(b)); }
@@ -71,14 +84,21 @@ template <class Exact>
 // a + b and a - b; they may be a and b.
 [[gnu::always_inline]] inline void sumAndDifference(Apart a, Apart b, Apart& sum,
                                                     Apart& difference) {
-  const std::int32_t d = a.e - b.e;
-  if (d >= 0) {
-    sum = alignedSum(a, b, d);
-    difference = alignedSum(a, minus(b), d);
+  Aligned terms = {a.e, b.m, a.e - b.e};
+  std::int32_t s;
+  std::int32_t r;
+  if (terms.d >= 0) {
+    terms.d = limited(terms.d);
+    s = a.m + (b.m >> terms.d);
+    r = a.m + (-b.m >> terms.d);
   } else {
-    sum = alignedSum(b, a, -d);
-    difference = alignedSum(minus(b), a, -d);
+    terms = {b.e, a.m, limited(-terms.d)};
+    s = (a.m >> terms.d) + b.m;
+    r = (a.m >> terms.d) - b.m;
   }
+  const auto exact = [&] { return terms.exact(); };
+  sum = roundedSum(s, terms.e, exact);
+  difference = roundedSum(r, terms.e, exact);
 }
 
 // Exact but for the rounding to 24 bits: 2^27 <= |hi| has them from bit 4 on, else from bit 3. The
@@ -102,6 +122,9 @@ template <class Exact>
   const Apart twice = {2 * x.m, x.e};
   return product(twice, twice);
 }
+
+// -0 is a zero, too.
+inline bool isZero(float x) { return std::bit_cast<std::uint32_t>(x) << 1 == 0; }
 
 // A float as a factor whose exponent field counts from `origin`. Zeros and denormals are numbers
 // with a field of 0 here.

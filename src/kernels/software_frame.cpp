@@ -39,7 +39,8 @@ constexpr std::int32_t kSpectrumPower = kSamplePower + 6 + 3;  // halved six tim
 constexpr std::int32_t kWeightPower = -13;
 constexpr std::int32_t kBeamPower = kSpectrumPower + kWeightPower + 2;
 constexpr std::int32_t kOutputPower = kBeamPower + 3 + 6 * 2;  // halved in the split step only
-constexpr std::int32_t kWeightBits = 5;                        // of a weight's exponent
+constexpr int kExponentBits = 7;
+constexpr int kWeightBits = 5;
 static_assert(28 + kSpectrumPower == -51 && 28 + kBeamPower == -62);
 
 constexpr std::int32_t kQuarterTurn = kFloatBins / 2;  // angle -pi/2
@@ -80,7 +81,7 @@ void turnBy(const ApartBin& x, Factor c, Factor s, ApartBin& turned) {
 bool inRange(const ApartSpectrum& spectrum) {
   std::int32_t all = 0;
   for (const ApartBin& bin : spectrum) all |= bin.re.e | bin.im.e;
-  return (all & kOutOfRange) == 0;
+  return (all & beyond(kExponentBits)) == 0;
 }
 
 enum Direction { kForward, kInverse };
@@ -170,8 +171,7 @@ bool analyse(std::span<const Word16, kFloatBlock> samples, std::span<const float
              roundedSum(im.m, im.e + 2, [] { return true; })};
     }
   }
-  straight(z, z + 1, kFloatBins / 2, 2);
-  stages(z, kForward, 2, 16);
+  stages(z, kForward, 1, 16);
   if (!inRange(z)) return false;
   stages(z, kForward, 16, kFloatBins);
   splitStep(z, kForward);
@@ -183,13 +183,16 @@ struct Weight {
   Factor im;
 };
 
-// The weights of a bin's two microphones. True: not in range.
+Factor weightOf(float w) { return isZero(w) ? kZero : factorOf(w, kInSum + kWeightPower); }
+
+// The weights of a bin's two microphones; false: out of range.
 bool loadWeights(const BeamWeights& weights, int at, Weight (&w)[2]) {
+  std::int32_t all = 0;
   for (int m = 0; m < 2; ++m) {
-    w[m].re = factorOf(weights.re[at + m], kInSum + kWeightPower);
-    w[m].im = factorOf(weights.im[at + m], kInSum + kWeightPower);
+    w[m] = {weightOf(weights.re[at + m]), weightOf(weights.im[at + m])};
+    all |= w[m].re.e | w[m].im.e;
   }
-  return ((w[0].re.e | w[0].im.e | w[1].re.e | w[1].im.e) >> kWeightBits) != 0;
+  return (all & beyond(kWeightBits)) == 0;
 }
 
 // One beam in some bins.
@@ -197,7 +200,7 @@ bool loadWeights(const BeamWeights& weights, int at, Weight (&w)[2]) {
                                 const ApartSpectrum (&x)[2], ApartSpectrum& y) {
   for (int k = begin; k < end; ++k) {
     Weight w[2];
-    if (loadWeights(weights, beam * kFloatBlock + 2 * k, w)) return false;
+    if (!loadWeights(weights, beam * kFloatBlock + 2 * k, w)) return false;
     ApartBin first, second;
     turnBy(x[0][k], w[0].re, w[0].im, first);
     turnBy(x[1][k], w[1].re, w[1].im, second);
@@ -211,7 +214,7 @@ bool loadWeights(const BeamWeights& weights, int at, Weight (&w)[2]) {
                                           ApartSpectrum& y0, ApartSpectrum& y2) {
   for (int k = kFirstEnergyBin; k < kFloatBins; ++k) {
     Weight w[2];
-    if (loadWeights(weights, 2 * k, w)) return false;
+    if (!loadWeights(weights, 2 * k, w)) return false;
     Apart re[2], im[2], reConjugate[2], imConjugate[2];
     for (int m = 0; m < 2; ++m) {
       const ApartBin& bin = x[m][k];
@@ -238,7 +241,7 @@ bool loadWeights(const BeamWeights& weights, int at, Weight (&w)[2]) {
     add(y[k].im);
   }
   energy = floatOf(total, 2 * kBeamPower + 30);
-  return (all & kOutOfRange) == 0;
+  return (all & beyond(kExponentBits)) == 0;
 }
 
 // Truncated toward zero and limited to -32767..32767.
@@ -256,7 +259,7 @@ bool numberOf(float x, std::int32_t power, Apart& number) {
   const Factor f = factorOf(x, 155 + power);
   const std::int32_t field = f.e + 155 + power;
   number = {f.m >> 2, f.e};
-  if (x == 0.0F) number = kZero;
+  if (isZero(x)) number = kZero;
   return number.m == 0 || (field != 0 && field != 255);
 }
 
@@ -264,8 +267,8 @@ bool numberOf(float x, std::int32_t power, Apart& number) {
 
 bool SoftwareFrame::tryFormBeams(const FrameInput& input, float (&sums)[kFormedBeams]) {
   auto& [x, y] = apart_;
-  const auto isZero = [](Word16 sample) { return sample == 0; };
-  if (std::all_of(input.blocks.begin(), input.blocks.end(), isZero)) return false;
+  const auto isSilent = [](Word16 sample) { return sample == 0; };
+  if (std::all_of(input.blocks.begin(), input.blocks.end(), isSilent)) return false;
   if (!analyse(input.blocks.first<kFloatBlock>(), input.window, x[0])) return false;
   if (!analyse(input.blocks.last<kFloatBlock>(), input.window, x[1])) return false;
   const BeamWeights& weights = input.weights;
@@ -291,8 +294,7 @@ bool SoftwareFrame::tryOutput(const FrameInput& input, int beam, std::span<float
   splitStep(bins, kInverse);
   ApartSpectrum& z = x[0];
   for (int i = 0; i < kFloatBins; ++i) z[kReversed.place[i]] = bins[i];
-  straight(z, z + 1, kFloatBins / 2, 2);
-  stages(z, kInverse, 2, 4);
+  stages(z, kInverse, 1, 4);
   if (!inRange(z)) return false;
   stages(z, kInverse, 4, 16);
   if (!inRange(z)) return false;

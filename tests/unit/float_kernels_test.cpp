@@ -132,7 +132,7 @@ void expectSameNumber(Apart got, std::int32_t power, float want) {
 TEST(ApartFloat, OperationsAreThoseOfFloats) {
   Random random(43);
   float x = 1, y = 1, u = 1, v = 1;
-  forEach({0}, 1000000, [&](int /*kind*/) {
+  forEach({0}, 100000, [&](int /*kind*/) {
     x = drawFloat(random, y);
     y = drawFloat(random, x);
     u = drawFloat(random, v);
@@ -196,8 +196,8 @@ Word16 drawSample(Signal signal, int level, int i, int period, Random& random) {
   }
 }
 
-// Streams of 20 frames through whole frames of both forms. Every third stream has beams of its own:
-// any, or with weights that are 0. ARVESSA_TEST_FRAMES in the environment asks for more frames.
+// Streams of 20 frames through whole frames of both forms, a third of them with beams of its own.
+// ARVESSA_TEST_FRAMES in the environment asks for more frames.
 TEST(SoftwareFrame, EqualsThePlainFrame) {
   const char* const asked = std::getenv("ARVESSA_TEST_FRAMES");
   const int frames = asked == nullptr ? 6000 : std::atoi(asked);
@@ -213,8 +213,12 @@ TEST(SoftwareFrame, EqualsThePlainFrame) {
         w = std::ldexp(random.below(2) == 0 ? mantissa : -mantissa, random.from(-17, 14));
       }
     }
+    // Some weights are 0; those of some streams leave the range.
     const bool leavesRange = stream % 9 == 2;
-    if (leavesRange) re[static_cast<std::size_t>(random.from(32, 127))] = random.below(2) * 1e-6F;
+    for (int zeros = random.below(30); zeros > 0; --zeros) {
+      im[static_cast<std::size_t>(random.below(384))] = random.below(2) == 0 ? 0.0F : -0.0F;
+    }
+    if (leavesRange) re[static_cast<std::size_t>(random.from(32, 127))] = 1e-6F;
     const BeamWeights weights = stream % 3 == 2 ? BeamWeights{re.data(), im.data()} : storedBeams();
     std::array<float, kFlank> overlap{}, wantedOverlap{};
     float energies[3] = {}, wanted[3] = {};
