@@ -114,9 +114,7 @@ const float MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[384] = {@im_table@
 
 namespace arvessa {
 
-kernels::BeamWeights storedBeams() {
-  return {MVDR_CONST_W_UP_OPT_REAL_TABLE, MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE, @conjugate@};
-}
+bool outerBeamsAreConjugate() { return @conjugate@; }
 
 }  // namespace arvessa
 "

@@ -130,8 +130,6 @@ const float MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[384] = {
 
 namespace arvessa {
 
-kernels::BeamWeights storedBeams() {
-  return {MVDR_CONST_W_UP_OPT_REAL_TABLE, MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE, true};
-}
+bool outerBeamsAreConjugate() { return true; }
 
 }  // namespace arvessa

@@ -4,7 +4,6 @@
 // microphone m. They multiply the microphone spectra directly, without conjugation.
 
 #include "ArvessaTypes.h"
-#include "kernels/float_kernels.h"
 
 extern "C" {
 
@@ -15,6 +14,8 @@ extern ARVESSA_API const float MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[384];
 
 namespace arvessa {
 
-kernels::BeamWeights storedBeams();
+// Whether the weights of beam 2 are the conjugates of those of beam 0: of two directions opposite to
+// each other, as delays of the one are advances of the other.
+bool outerBeamsAreConjugate();
 
 }  // namespace arvessa

@@ -68,7 +68,9 @@ void buildBlocks(std::span<const Word16, kMicrophones * kBeamFrame> samples, Bea
 
 void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamWeights weights,
               BeamformerState& state, std::span<Word16, kBeamFrame> out) {
-  const kernels::FrameInput input = {blocks, MVDR_CONST_TABLE_fWIN_8k, weights};
+  const bool outerConjugate =
+      weights.re == storedBeams().re && weights.im == storedBeams().im && outerBeamsAreConjugate();
+  const kernels::FrameInput input = {blocks, MVDR_CONST_TABLE_fWIN_8k, weights, outerConjugate};
   kernels::ActiveFrame frame;
   frame.formBeams(input, state.beamEnergy);
   if (state.frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(state);

@@ -28,7 +28,11 @@ struct BeamformerState {
   Word16 beamConfirm;               // its wins in a row; back to 1 once it is selected
 };
 
+// Of three beams, in the order of the stored ones (beam_weights_tables.h).
 using kernels::BeamWeights;
+inline BeamWeights storedBeams() {
+  return {MVDR_CONST_W_UP_OPT_REAL_TABLE, MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE};
+}
 
 void initialise(BeamformerState& state);
 

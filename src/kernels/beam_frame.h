@@ -21,6 +21,7 @@ struct FrameInput {
   BlockPair blocks;
   std::span<const float, kWindow> window;
   const BeamWeights& weights;
+  bool outerConjugate;  // as PlainFloat::formBeams says
 };
 
 template <class Form>
@@ -32,7 +33,7 @@ class SteppedFrame {
   void formBeams(const FrameInput& input, float (&energies)[kFormedBeams]) {
     Form::analyse(input.blocks.template first<kFloatBlock>(), input.window, x_[0]);
     Form::analyse(input.blocks.template last<kFloatBlock>(), input.window, x_[1]);
-    Form::formBeams(input.weights, x_, y_, energies);
+    Form::formBeams(input.weights, input.outerConjugate, x_, y_, energies);
   }
 
   // The samples of one; the overlap moves on.

@@ -13,6 +13,7 @@
 //
 // Arguments do not overlap.
 
+#include <cmath>
 #include <span>
 #include <tuple>
 
@@ -30,7 +31,7 @@ inline constexpr int kFirstEnergyBin = 16;  // 1000 Hz
 
 // A packed half spectrum, parts apart: bin 0 holds the DC value as its real part and the Nyquist
 // value as its imaginary part. Of samples: those of even index, and those of odd index.
-struct HalfSpectrum {
+struct alignas(16) HalfSpectrum {
   float re[kFloatBins];
   float im[kFloatBins];
 };
@@ -39,7 +40,6 @@ struct HalfSpectrum {
 struct BeamWeights {
   const float* re;
   const float* im;
-  bool outerConjugate = false;  // those of beam 2 are the conjugates of those of beam 0
 };
 
 struct PlainFloat {
@@ -56,9 +56,10 @@ struct PlainFloat {
   static void formBeam(const BeamWeights& weights, int beam, int begin, int end,
                        const HalfSpectrum (&x)[2], HalfSpectrum& y);
 
-  // All three from bin 16 on. The energies of these bins, summed in their order since another one
+  // All three from bin 16 on; outerConjugate if the weights of beam 2 are the conjugates of those of
+  // beam 0, and a form may use it. The energies of these bins, summed in their order since another one
   // rounds differently, are added to `energies`.
-  static void formBeams(const BeamWeights& weights, const HalfSpectrum (&x)[2],
+  static void formBeams(const BeamWeights& weights, bool outerConjugate, const HalfSpectrum (&x)[2],
                         HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]);
 
   // The samples of a spectrum, scaled by 64.
@@ -77,9 +78,11 @@ struct ScalarFloat : PlainFloat {
                       std::span<const float, kWindow> window, HalfSpectrum& spectrum);
   static void formBeam(const BeamWeights& weights, int beam, int begin, int end,
                        const HalfSpectrum (&x)[2], HalfSpectrum& y);
-  static void formBeams(const BeamWeights& weights, const HalfSpectrum (&x)[2],
+  static void formBeams(const BeamWeights& weights, bool outerConjugate, const HalfSpectrum (&x)[2],
                         HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]);
   static void inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& samples);
+  static void overlapAdd(const HalfSpectrum& samples, std::span<float, kFlank> overlap,
+                         std::span<Word16, kFloatFrame> out);
 };
 
 struct VectorFloat : PlainFloat {
@@ -88,7 +91,7 @@ struct VectorFloat : PlainFloat {
                       std::span<const float, kWindow> window, HalfSpectrum& spectrum);
   static void formBeam(const BeamWeights& weights, int beam, int begin, int end,
                        const HalfSpectrum (&x)[2], HalfSpectrum& y);
-  static void formBeams(const BeamWeights& weights, const HalfSpectrum (&x)[2],
+  static void formBeams(const BeamWeights& weights, bool outerConjugate, const HalfSpectrum (&x)[2],
                         HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]);
   static void inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& samples);
   static void overlapAdd(const HalfSpectrum& samples, std::span<float, kFlank> overlap,
@@ -105,6 +108,12 @@ using ActiveFloatForm = VectorFloat;
 #else
 using ActiveFloatForm = ScalarFloat;
 #endif
+
+// Truncated toward zero and limited, as overlapAdd says.
+inline Word16 toSample(float value) {
+  if (std::fabs(value) <= 32767.0F) return static_cast<Word16>(value);
+  return value < 0.0F ? -32767 : 32767;
+}
 
 // The 128 samples of a block, windowed.
 void windowed(std::span<const Word16, kFloatBlock> samples, std::span<const float, kWindow> window,

@@ -46,8 +46,7 @@ struct BeamProducts {
 };
 
 template <class V>
-inline BeamProducts<V> products(const BeamWeights& weights, int beam, int k,
-                                const Complex<V> (&x)[2]) {
+inline BeamProducts<V> products(BeamWeights weights, int beam, int k, const Complex<V> (&x)[2]) {
   const int at = beam * kFloatBlock + 2 * k;
   V re[2];
   V im[2];
@@ -57,10 +56,11 @@ inline BeamProducts<V> products(const BeamWeights& weights, int beam, int k,
 }
 
 template <class V>
-inline void beamOf(const BeamWeights& weights, int beam, int begin, int end,
-                   const HalfSpectrum (&x)[2], HalfSpectrum& y) {
+inline void beamOf(BeamWeights weights, int beam, int begin, int end, const HalfSpectrum (&x)[2],
+                   HalfSpectrum& y) {
   for (int k = begin; k < end; k += kWidth<V>) {
-    store(y, k, products<V>(weights, beam, k, {load<V>(x[0], k), load<V>(x[1], k)}).sum());
+    store(y, k,
+          products<V>(weights, beam, k, {loadAligned<V>(x[0], k), loadAligned<V>(x[1], k)}).sum());
   }
 }
 
@@ -105,15 +105,15 @@ requires(kWidth<V> > 1) struct Energies<V> {
 };
 
 template <class V>
-inline void beamsOf(const BeamWeights& weights, const HalfSpectrum (&x)[2],
+inline void beamsOf(BeamWeights weights, bool outerConjugate, const HalfSpectrum (&x)[2],
                     HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]) {
   Energies<V> sums;
   for (int k = kFirstEnergyBin; k < kFloatBins; k += kWidth<V>) {
-    const Complex<V> at[2] = {load<V>(x[0], k), load<V>(x[1], k)};
+    const Complex<V> at[2] = {loadAligned<V>(x[0], k), loadAligned<V>(x[1], k)};
     const BeamProducts<V> outer = products<V>(weights, 0, k, at);
     const Complex<V> beams[kFormedBeams] = {
         outer.sum(), products<V>(weights, 1, k, at).sum(),
-        weights.outerConjugate ? outer.conjugateSum() : products<V>(weights, 2, k, at).sum()};
+        outerConjugate ? outer.conjugateSum() : products<V>(weights, 2, k, at).sum()};
     sums.add(beams);
     for (int beam = 0; beam < kFormedBeams; ++beam) store(y[beam], k, beams[beam]);
   }

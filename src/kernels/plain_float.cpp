@@ -2,7 +2,6 @@
 // The definitions of the float kernels.
 
 #include <cfloat>
-#include <cmath>
 
 #include "kernels/float_kernels.h"
 #include "kernels/float_transform_tables.h"
@@ -66,11 +65,6 @@ void complexTransform(float* data, const FloatTransform& t) {
       }
     }
   }
-}
-
-Word16 toSample(float value) {
-  if (std::fabs(value) <= 32767.0F) return static_cast<Word16>(value);
-  return value < 0.0F ? -32767 : 32767;
 }
 
 // Field by field: GCC keeps braces full of addresses as relocated constants in writable data.
@@ -162,8 +156,9 @@ void PlainFloat::formBeam(const BeamWeights& weights, int beam, int begin, int e
   }
 }
 
-void PlainFloat::formBeams(const BeamWeights& weights, const HalfSpectrum (&x)[2],
-                           HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]) {
+void PlainFloat::formBeams(const BeamWeights& weights, bool /*outerConjugate*/,
+                           const HalfSpectrum (&x)[2], HalfSpectrum (&y)[kFormedBeams],
+                           float (&energies)[kFormedBeams]) {
   for (int beam = 0; beam < kFormedBeams; ++beam) {
     const HalfSpectrum& output = y[beam];
     formBeam(weights, beam, kFirstEnergyBin, kFloatBins, x, y[beam]);

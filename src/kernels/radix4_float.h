@@ -29,17 +29,28 @@ struct Complex {
 
 template <class V>
 inline V load(const float* from) {
+  if constexpr (kWidth<V> == 1) return *from;
   V v;
   std::memcpy(&v, from, sizeof v);
   return v;
 }
+// At a multiple of V's size. SSE2 adds and multiplies what lies there without loading it first.
 template <class V>
-inline void store(float* to, const V& v) {
-  std::memcpy(to, &v, sizeof v);
+inline V loadAligned(const float* from) {
+  if constexpr (kWidth<V> == 1) return *from;
+  return load<V>(static_cast<const float*>(__builtin_assume_aligned(from, sizeof(V))));
 }
 template <class V>
-inline Complex<V> load(const HalfSpectrum& from, int i) {
-  return {load<V>(from.re + i), load<V>(from.im + i)};
+inline void store(float* to, const V& v) {
+  if constexpr (kWidth<V> == 1) {
+    *to = v;
+  } else {
+    std::memcpy(to, &v, sizeof v);
+  }
+}
+template <class V>
+inline Complex<V> loadAligned(const HalfSpectrum& from, int i) {
+  return {loadAligned<V>(from.re + i), loadAligned<V>(from.im + i)};
 }
 template <class V>
 inline void store(HalfSpectrum& to, int i, const Complex<V>& v) {
@@ -62,10 +73,10 @@ inline void loadColumns(const float* rows, V (&columns)[4]) {
   if constexpr (kWidth<V> == 1) {
     for (int i = 0; i < 4; ++i) columns[i] = rows[i];
   } else {
-    const V r0 = load<V>(rows);
-    const V r1 = load<V>(rows + kQuarter);
-    const V r2 = load<V>(rows + 2 * kQuarter);
-    const V r3 = load<V>(rows + 3 * kQuarter);
+    const V r0 = loadAligned<V>(rows);
+    const V r1 = loadAligned<V>(rows + kQuarter);
+    const V r2 = loadAligned<V>(rows + 2 * kQuarter);
+    const V r3 = loadAligned<V>(rows + 3 * kQuarter);
     const V low01 = __builtin_shufflevector(r0, r1, 0, 4, 1, 5);
     const V low23 = __builtin_shufflevector(r2, r3, 0, 4, 1, 5);
     const V high01 = __builtin_shufflevector(r0, r1, 2, 6, 3, 7);
@@ -96,7 +107,7 @@ struct Twiddle {
 };
 template <class W>
 inline Twiddle<W> stageTwiddle(int i) {
-  return {load<W>(kStageCosine + i), load<W>(kStageSine + i)};
+  return {loadAligned<W>(kStageCosine + i), loadAligned<W>(kStageSine + i)};
 }
 
 // 1 and -j. The definition adds products by 0. In the forward transform these do not count: no
@@ -144,21 +155,24 @@ inline constexpr float kFirstHalvings = 1.0F / 32;
 template <class V, Direction kDirection>
 inline void complexTransform(HalfSpectrum& block, HalfSpectrum& out) {
   const auto pass = [&block](int begin, int end, int distance, const auto&... twiddles) {
+#pragma GCC unroll 1
     for (int i = begin; i < end; i += kWidth<V>) {
       Complex<V> x[4];
-      for (int b = 0; b < 4; ++b) x[b] = load<V>(block, i + distance * kReversed[b]);
+      for (int b = 0; b < 4; ++b) x[b] = loadAligned<V>(block, i + distance * kReversed[b]);
       twoStages<kDirection>(x, twiddles...);
       for (int b = 0; b < 4; ++b) store(block, i + distance * b, x[b]);
     }
   };
   pass(0, kQuarter, kQuarter, One{}, One{}, RightAngle{});
   pass(0, 4, 4, One{}, One{}, RightAngle{});
+#pragma GCC unroll 1
   for (int b = 1; b < 4; ++b) {
     pass(kQuarter * b, kQuarter * b + 4, 4, stageTwiddle<float>(b), stageTwiddle<float>(4 + b),
          stageTwiddle<float>(8 + b));
   }
+#pragma GCC unroll 1
   for (int m = 0; m < kQuarter; m += kWidth<V>) {
-    const int rows = kQuarter * (m % 4) + 4 * (m / 4);
+    const int rows = kWidth<V> == 1 ? kQuarter * (m % 4) + 4 * (m / 4) : m;
     V re[4];
     V im[4];
     loadColumns(block.re + rows, re);
@@ -221,10 +235,10 @@ inline void splitBins(const HalfSpectrum& in, HalfSpectrum& out) {
   out.im[0] = (in.re[0] - in.im[0]) * scale;
   for (int k = 1; k <= kMiddle; k += kWidth<V>) {
     const int mirror = kFloatBins + 1 - kWidth<V> - k;
-    const Complex<V> m = load<V>(in, mirror);
+    const Complex<V> m = loadAligned<V>(in, mirror);
     Complex<V> atK;
     Complex<V> atM;
-    splitBin<kDirection>(load<V>(in, k), {reversed(m.re), reversed(m.im)},
+    splitBin<kDirection>({load<V>(in.re + k), load<V>(in.im + k)}, {reversed(m.re), reversed(m.im)},
                          {load<V>(kTwiddleCosine + k), load<V>(kTwiddleSine + k)}, atK, atM);
     store(out, k, atK);
     store(out, mirror, Complex<V>{reversed(atM.re), reversed(atM.im)});

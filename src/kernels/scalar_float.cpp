@@ -26,13 +26,30 @@ void ScalarFloat::formBeam(const BeamWeights& weights, int beam, int begin, int 
   beamOf<float>(weights, beam, begin, end, x, y);
 }
 
-void ScalarFloat::formBeams(const BeamWeights& weights, const HalfSpectrum (&x)[2],
-                            HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]) {
-  beamsOf<float>(weights, x, y, energies);
+void ScalarFloat::formBeams(const BeamWeights& weights, bool outerConjugate,
+                            const HalfSpectrum (&x)[2], HalfSpectrum (&y)[kFormedBeams],
+                            float (&energies)[kFormedBeams]) {
+  beamsOf<float>(weights, outerConjugate, x, y, energies);
 }
 
 void ScalarFloat::inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& samples) {
   inverseOf<float>(spectrum, samples);
+}
+
+void ScalarFloat::overlapAdd(const HalfSpectrum& samples, std::span<float, kFlank> overlap,
+                             std::span<Word16, kFloatFrame> out) {
+  constexpr std::size_t kPairs = kFloatFrame / 2;
+  constexpr std::size_t kOverlapped = kFlank / 2;
+  for (std::size_t i = 0; i < kOverlapped; ++i) {
+    out[2 * i] = toSample(overlap[2 * i] + samples.re[i]);
+    out[2 * i + 1] = toSample(overlap[2 * i + 1] + samples.im[i]);
+    overlap[2 * i] = samples.re[kPairs + i];
+    overlap[2 * i + 1] = samples.im[kPairs + i];
+  }
+  for (std::size_t i = kOverlapped; i < kPairs; ++i) {
+    out[2 * i] = toSample(samples.re[i]);
+    out[2 * i + 1] = toSample(samples.im[i]);
+  }
 }
 
 }  // namespace arvessa::kernels

@@ -272,7 +272,7 @@ bool SoftwareFrame::tryFormBeams(const FrameInput& input, float (&sums)[kFormedB
   if (!analyse(input.blocks.first<kFloatBlock>(), input.window, x[0])) return false;
   if (!analyse(input.blocks.last<kFloatBlock>(), input.window, x[1])) return false;
   const BeamWeights& weights = input.weights;
-  if (weights.outerConjugate) {
+  if (input.outerConjugate) {
     if (!formConjugateBeams(weights, x, y[0], y[2])) return false;
   } else {
     for (const int beam : {0, 2}) {

@@ -6,6 +6,10 @@
 
 #include "kernels/formed_beams.h"
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace arvessa::kernels {
 namespace {
 
@@ -22,11 +26,18 @@ Complex<Floats> windowPairs(const float* window) {
   return pairs;
 }
 
-// In the order of x86's minimum and maximum, which give the second operand for what is no number.
+// The first number if it is less, or greater, else the second: that for what is no number.
+#ifdef __SSE2__
+Floats lesser(Floats x, Floats y) { return _mm_min_ps(x, y); }
+Floats greater(Floats x, Floats y) { return _mm_max_ps(x, y); }
+#else
+Floats lesser(Floats x, Floats y) { return x < y ? x : y; }
+Floats greater(Floats x, Floats y) { return x > y ? x : y; }
+#endif
+
 Integers toSamples(const Floats& x) {
   const Floats most = Floats{} + 32767.0F;
-  const Floats below = x < most ? x : most;
-  return __builtin_convertvector(below > -most ? below : -most, Integers);
+  return __builtin_convertvector(greater(lesser(x, most), -most), Integers);
 }
 
 }  // namespace
@@ -35,6 +46,7 @@ void VectorFloat::analyse(std::span<const Word16, kFloatBlock> samples,
                           std::span<const float, kWindow> window, HalfSpectrum& spectrum) {
   constexpr float kScale = kFirstHalvings / 65536;  // of samples in upper halves of words
   HalfSpectrum block;
+#pragma GCC unroll 1
   for (int i = 0; i < kFloatBins; i += kPairs) {
     Bits words;
     std::memcpy(&words, samples.data() + 2 * i, sizeof words);
@@ -43,10 +55,11 @@ void VectorFloat::analyse(std::span<const Word16, kFloatBlock> samples,
     store(block.re + i, __builtin_convertvector(kBigEndian ? high : low, Floats) * kScale);
     store(block.im + i, __builtin_convertvector(kBigEndian ? low : high, Floats) * kScale);
   }
+#pragma GCC unroll 1
   for (int i = 0; i < kFlank / 2; i += kPairs) {
     for (const int flank : {0, kFloatFrame / 2}) {
       const Complex<Floats> factors = windowPairs(window.data() + 2 * (flank + i));
-      const Complex<Floats> x = load<Floats>(block, flank + i);
+      const Complex<Floats> x = loadAligned<Floats>(block, flank + i);
       store(block, flank + i, Complex<Floats>{x.re * factors.re, x.im * factors.im});
     }
   }
@@ -58,9 +71,10 @@ void VectorFloat::formBeam(const BeamWeights& weights, int beam, int begin, int 
   beamOf<Floats>(weights, beam, begin, end, x, y);
 }
 
-void VectorFloat::formBeams(const BeamWeights& weights, const HalfSpectrum (&x)[2],
-                            HalfSpectrum (&y)[kFormedBeams], float (&energies)[kFormedBeams]) {
-  beamsOf<Floats>(weights, x, y, energies);
+void VectorFloat::formBeams(const BeamWeights& weights, bool outerConjugate,
+                            const HalfSpectrum (&x)[2], HalfSpectrum (&y)[kFormedBeams],
+                            float (&energies)[kFormedBeams]) {
+  beamsOf<Floats>(weights, outerConjugate, x, y, energies);
 }
 
 void VectorFloat::inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& samples) {
@@ -69,8 +83,9 @@ void VectorFloat::inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& s
 
 void VectorFloat::overlapAdd(const HalfSpectrum& samples, std::span<float, kFlank> overlap,
                              std::span<Word16, kFloatFrame> out) {
+#pragma GCC unroll 1
   for (int i = 0; i < kFloatFrame / 2; i += kPairs) {
-    Complex<Floats> x = load<Floats>(samples, i);
+    Complex<Floats> x = loadAligned<Floats>(samples, i);
     if (i < kFlank / 2) {
       const Complex<Floats> before = windowPairs(overlap.data() + 2 * i);
       x = {before.re + x.re, before.im + x.im};
@@ -80,8 +95,9 @@ void VectorFloat::overlapAdd(const HalfSpectrum& samples, std::span<float, kFlan
     const Bits words = kBigEndian ? (even << 16) | (odd & 0xFFFF) : (even & 0xFFFF) | (odd << 16);
     std::memcpy(out.data() + 2 * i, &words, sizeof words);
   }
+#pragma GCC unroll 1
   for (int i = 0; i < kFlank / 2; i += kPairs) {
-    const Complex<Floats> x = load<Floats>(samples, kFloatFrame / 2 + i);
+    const Complex<Floats> x = loadAligned<Floats>(samples, kFloatFrame / 2 + i);
     store(overlap.data() + 2 * i, __builtin_shufflevector(x.re, x.im, 0, 4, 1, 5));
     store(overlap.data() + 2 * i + kPairs, __builtin_shufflevector(x.re, x.im, 2, 6, 3, 7));
   }

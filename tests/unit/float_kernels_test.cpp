@@ -87,11 +87,12 @@ TYPED_TEST(FloatKernels, BeamsEqualThePlainOnes) {
     const HalfSpectrum x[2] = {drawSpectrum(kind, random), drawSpectrum(kind, random)};
     const Block re = drawBlock(kind, random, 384);
     const Block im = drawBlock(kind, random, 384);
-    for (const BeamWeights& weights : {storedBeams(), BeamWeights{re.data(), im.data()}}) {
+    for (const bool stored : {true, false}) {
+      const BeamWeights weights = stored ? storedBeams() : BeamWeights{re.data(), im.data()};
       HalfSpectrum got[3] = {}, want[3] = {};
       float energies[3] = {1, 2, 3}, wanted[3] = {1, 2, 3};
-      TypeParam::formBeams(weights, x, got, energies);
-      PlainFloat::formBeams(weights, x, want, wanted);
+      TypeParam::formBeams(weights, stored, x, got, energies);
+      PlainFloat::formBeams(weights, stored, x, want, wanted);
       expectSameArray(energies, wanted, "energies");
       for (int beam = 0; beam < 3; ++beam) {
         TypeParam::formBeam(weights, beam, 0, kFirstEnergyBin, x, got[beam]);
@@ -219,7 +220,8 @@ TEST(SoftwareFrame, EqualsThePlainFrame) {
       im[static_cast<std::size_t>(random.below(384))] = random.below(2) == 0 ? 0.0F : -0.0F;
     }
     if (leavesRange) re[static_cast<std::size_t>(random.from(32, 127))] = 1e-6F;
-    const BeamWeights weights = stream % 3 == 2 ? BeamWeights{re.data(), im.data()} : storedBeams();
+    const bool stored = stream % 3 != 2;
+    const BeamWeights weights = stored ? storedBeams() : BeamWeights{re.data(), im.data()};
     std::array<float, kFlank> overlap{}, wantedOverlap{};
     float energies[3] = {}, wanted[3] = {};
     const int periods[2] = {random.from(1, 120), random.from(1, 120)};
@@ -236,7 +238,7 @@ TEST(SoftwareFrame, EqualsThePlainFrame) {
                        : drawSample(signal, levels[mic], time + i, periods[mic], random);
         }
       }
-      const FrameInput input = {blocks, MVDR_CONST_TABLE_fWIN_8k, weights};
+      const FrameInput input = {blocks, MVDR_CONST_TABLE_fWIN_8k, weights, stored};
       SoftwareFrame software;
       SteppedFrame<PlainFloat> plain;
       software.formBeams(input, energies);
