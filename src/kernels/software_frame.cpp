@@ -6,21 +6,22 @@
 // that two results share. Two things are not those of IEEE-754, and a frame in which they could
 // matter is left to the plain form:
 //
-// Results below 2^-126 are not denormal. Sums are exact there, and so are halves of multiples of
-// 2^-148; what is left are products. A float of at least 2^-t is a multiple of 2^-(t+23), a product
-// by a factor of 2^-f or more one of 2^-(t+f+24), and sums and differences of multiples are
-// multiples again. So the numbers of a few stages are bounded by those of the one before them. The
-// samples are at least 2^-10, multiples of 2^-33. Tested are
+// Results below 2^-126 are not denormal here. Sums are exact there, and so are halves of multiples
+// of 2^-148: what is left are products. A float of at least 2^-t is a multiple of 2^-(t+23), its
+// product by a factor of at least 2^-f, rounded, one of 2^-(t+f+24), and sums of multiples are
+// multiples. So a test of all numbers at one place is enough for a few stages behind it, up to the
+// next one. The windowed samples are at least 2^-10, and multiples of 2^-33. What is not 0 must be at
+// least
 //
-//   the fourth stage of the forward transform, behind  2^-109     to be at least 2^-56
-//   the spectra, of which only products by weights depend         2^-51
-//   weights, all not zero                                         2^-17, and below 2^15
-//   the beams, whose squares must not be denormal                 2^-62
-//   the second stage of the inverse transform, behind  2^-137     2^-55
-//   the fourth, behind 2^-104                                     2^-51
+//   2^-56  behind the fourth stage of the forward transform
+//   2^-51  in the spectra
+//   2^-17  in the weights, which must be below 2^15, too
+//   2^-62  in the beams, which are squared
+//   2^-55  behind the second stage of the inverse transform
+//   2^-51  behind its fourth stage
 //
-// with the least twiddle's parts of 0.7, 0.38, 0.19 and 0.098 in stages 3 to 6, and of 0.049 in the
-// split step.
+// The least parts of a twiddle are 0.7, 0.38, 0.19 and 0.098 in stages 3 to 6, and 0.049 in the split
+// step.
 //
 // Zeros have no sign. That of a zero decides only about signs of zeros, and the samples, which are
 // integers, and the energies, which are sums of squares, have none: only in the overlap it shows.
