@@ -156,16 +156,11 @@ Apart numberOf(int sample) {
 // False: out of range.
 bool analyse(std::span<const Word16, kFloatBlock> samples, std::span<const float, kWindow> window,
              ApartSpectrum& z) {
-  constexpr int kFirstZero = kWindow / 2;
   for (int i = 0; i < kFloatBins; ++i) {
     ApartBin& bin = z[kReversed.place[i]];
-    if (i >= kFirstZero) {
-      bin = {kZero, kZero};
-      continue;
-    }
     const auto at = static_cast<std::size_t>(2 * i);
     bin = {numberOf(samples[at]), numberOf(samples[at + 1])};
-    if (at < kFlank || at >= kFloatFrame) {
+    if (at < kFlank || (at >= kFloatFrame && at < kWindow)) {
       const Apart re = product(bin.re, factorOf(window[at], kAlone));
       const Apart im = product(bin.im, factorOf(window[at + 1], kAlone));
       bin = {roundedSum(re.m, re.e + 2, [] { return true; }),
