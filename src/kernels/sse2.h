@@ -11,6 +11,7 @@
 
 #include "ArvessaTypes.h"
 #include "arithmetic/block.h"
+#include "arithmetic/operators.h"
 
 namespace arvessa::kernels {
 
@@ -67,6 +68,21 @@ inline Words mulQ15(Words x, Factors f) {
   return reinterpret_cast<Words>(_mm_add_epi32(_mm_slli_epi32(high, 1), _mm_srai_epi32(low, 15)));
 }
 
+// The same for factors of 0 or more and |x| < 2^30, in fewer steps: of 2 x = 65536 h + l, with l
+// without a sign, h f + floor(l f / 2^16).
+inline constexpr UsedBits kShareBits = bitsBelow(30);
+inline Words ofDoubled(__m128i doubled, Factors f) {
+  return reinterpret_cast<Words>(
+      _mm_add_epi32(_mm_madd_epi16(doubled, f.high), _mm_mulhi_epu16(doubled, f.low)));
+}
+inline Words share(Words x, Factors f) { return ofDoubled(reinterpret_cast<__m128i>(x + x), f); }
+
+// floor(x f / 2^15) - 2^15 f for any x and factors of 0 or more: x - 2^30 is multiplied, and
+// 2^30 f / 2^15 is a whole number.
+inline Words shareLess(Words x, Factors f) {
+  return ofDoubled(_mm_xor_si128(reinterpret_cast<__m128i>(x + x), _mm_set1_epi32(kMin32)), f);
+}
+
 // floor(32767 x / 2^15).
 inline Words mulLargest(Words x) { return x - ((x + 32767) >> 15); }
 
@@ -99,7 +115,7 @@ struct Twiddles {
   __m128i negated;
 };
 inline __m128i exchangeHalves(__m128i pairs) {
-  return _mm_or_si128(_mm_slli_epi32(pairs, 16), _mm_srli_epi32(pairs, 16));
+  return _mm_shufflehi_epi16(_mm_shufflelo_epi16(pairs, 0xB1), 0xB1);
 }
 inline Twiddles twiddlesOf(Words pairs) {
   const auto cs = reinterpret_cast<__m128i>(pairs);
@@ -128,9 +144,10 @@ inline Turned turnExchanged(Halves x, const Twiddles& w) {
           sumOfHalves(x, w.cs, w.cs, _mm_set1_epi16(1))};
 }
 
-// Four rows of four words, to four columns.
-inline void loadTransposed(const Word32* from, Words (&columns)[4]) {
-  const Words a = load(from), b = load(from + 4), c = load(from + 8), d = load(from + 12);
+// Four rows of four words, `stride` words from each to the next, to four columns.
+inline void loadTransposed(const Word32* from, int stride, Words (&columns)[4]) {
+  const Words a = load(from), b = load(from + stride);
+  const Words c = load(from + 2 * stride), d = load(from + 3 * stride);
   const Words ab = __builtin_shufflevector(a, b, 0, 4, 1, 5);
   const Words cd = __builtin_shufflevector(c, d, 0, 4, 1, 5);
   const Words abUpper = __builtin_shufflevector(a, b, 2, 6, 3, 7);
@@ -147,26 +164,81 @@ inline Words mulHighQ15(Words x, Factors f) {
       _mm_srai_epi32(_mm_madd_epi16(reinterpret_cast<__m128i>(x), f.high), 15));
 }
 
-// re^2 + im^2 of four pairs, modulo 2^32.
-inline Words squaredMagnitudes(const Word16* pairs) {
-  const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pairs));
-  return reinterpret_cast<Words>(_mm_madd_epi16(v, v));
+// re^2 + im^2, modulo 2^32, of four pairs of words saturated to 16 bits, two in each vector.
+inline Words squaredMagnitudes(Words first, Words second) {
+  const __m128i pairs =
+      _mm_packs_epi32(reinterpret_cast<__m128i>(first), reinterpret_cast<__m128i>(second));
+  return reinterpret_cast<Words>(_mm_madd_epi16(pairs, pairs));
 }
 
-// Four 16-bit words in a row, or from the places that a table gives.
-using FourHalves = __m128i;
-inline FourHalves loadHalves(const Word16* from) {
-  return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
-}
-inline FourHalves gatherHalves(const Word16* from, const Word32* places) {
-  return _mm_setr_epi16(from[places[0]], from[places[1]], from[places[2]], from[places[3]], 0, 0, 0,
-                        0);
-}
-
-// a b + c d, which fit a word.
-inline Words sumOfProducts(FourHalves a, FourHalves b, FourHalves c, FourHalves d) {
+// Of four pairs of neighbours, each at a place that a table gives: pair[0] first[i] + pair[1]
+// second[i], which fits a word.
+inline Words weightedPairs(const Word16* from, const Word32* places, const Word16* first,
+                           const Word16* second) {
+  const auto pairAt = [&](int i) {
+    int pair = 0;
+    std::memcpy(&pair, from + places[i], sizeof pair);
+    return _mm_cvtsi32_si128(pair);
+  };
+  const auto four = [](const Word16* halves) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(halves));
+  };
+  const __m128i pairs = _mm_unpacklo_epi64(_mm_unpacklo_epi32(pairAt(0), pairAt(1)),
+                                           _mm_unpacklo_epi32(pairAt(2), pairAt(3)));
   return reinterpret_cast<Words>(
-      _mm_madd_epi16(_mm_unpacklo_epi16(a, c), _mm_unpacklo_epi16(b, d)));
+      _mm_madd_epi16(pairs, _mm_unpacklo_epi16(four(first), four(second))));
+}
+
+// floor(x f / 2^15) of eight samples, for f above -2^15.
+inline void multiplyEight(const Word16* x, Word16 factor, Word16* to) {
+  const __m128i f = _mm_set1_epi16(factor);
+  const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
+  const __m128i high = _mm_slli_epi16(_mm_mulhi_epi16(eight, f), 1);
+  const __m128i low = _mm_srli_epi16(_mm_mullo_epi16(eight, f), 15);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_or_si128(high, low));
+}
+
+// -|x|, which unlike |x| has 16 bits in all cases: the least of every eighth sample.
+inline __m128i negatedMagnitudes(const Word16* x, std::size_t count) {
+  __m128i least = _mm_setzero_si128();
+  for (std::size_t i = 0; i < count; i += 8) {
+    const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+    const __m128i negated = _mm_sub_epi16(_mm_setzero_si128(), eight);
+    least = _mm_min_epi16(least, _mm_min_epi16(eight, negated));
+  }
+  return least;
+}
+
+// The largest magnitude of samples, a multiple of eight of them.
+inline Word32 largestMagnitude(const Word16* x, std::size_t count) {
+  __m128i least = negatedMagnitudes(x, count);
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0x4E));
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0xB1));
+  least = _mm_min_epi16(least, _mm_shufflelo_epi16(least, 0xB1));
+  return -static_cast<Word16>(_mm_cvtsi128_si32(least));
+}
+
+// The squares of the largest magnitudes of two rows, a multiple of eight samples each; that of a
+// full-scale sample is held below 2^30.
+inline void largestSquares(const Word16* first, const Word16* second, std::size_t count,
+                           Word32* squares) {
+  const __m128i a = negatedMagnitudes(first, count);
+  const __m128i b = negatedMagnitudes(second, count);
+  __m128i least = _mm_min_epi16(_mm_unpacklo_epi16(a, b), _mm_unpackhi_epi16(a, b));
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0x4E));
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0xB1));
+  const __m128i both = _mm_unpacklo_epi16(least, _mm_setzero_si128());
+  const __m128i squared = _mm_madd_epi16(both, both);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(squares),
+                   _mm_sub_epi32(squared, _mm_srli_epi32(squared, 30)));
+}
+
+// Eight samples in the upper halves of words, shifted by `left`, then by `right`.
+inline void storeShifted(Word32* to, const Word16* from, int left, int right) {
+  const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+  const __m128i zero = _mm_setzero_si128();
+  store(to, reinterpret_cast<Words>(_mm_unpacklo_epi16(zero, eight)) << left >> right);
+  store(to + 4, reinterpret_cast<Words>(_mm_unpackhi_epi16(zero, eight)) << left >> right);
 }
 
 // 1 where a word of the mask is -1, 0 where it is 0; and back.
@@ -184,10 +256,26 @@ inline Words loadFlags(const unsigned char* from) {
   return reinterpret_cast<Words>(_mm_unpacklo_epi16(halves, zero)) != 0;
 }
 
+// a + b, saturated: a sum whose sign neither has would lie beyond the limit of a's sign.
+inline Words saturatedSum(Words a, Words b) {
+  const auto sum = reinterpret_cast<Words>(
+      _mm_add_epi32(reinterpret_cast<__m128i>(a), reinterpret_cast<__m128i>(b)));
+  const Words beyond = ((a ^ sum) & (b ^ sum)) >> 31;
+  const Words limit = (a >> 31) ^ 0x7FFFFFFF;
+  return (sum & ~beyond) | (limit & beyond);
+}
+
 // Four words, saturated to 16 bits.
 inline void storeSaturated(Word16* to, Words x) {
   const auto word = reinterpret_cast<__m128i>(x);
   _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi32(word, word));
+}
+
+// Twice eight words of 16 bits, saturated.
+inline void storeDoubled(Word16* to, Words first, Words second) {
+  const __m128i eight =
+      _mm_packs_epi32(reinterpret_cast<__m128i>(first), reinterpret_cast<__m128i>(second));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_adds_epi16(eight, eight));
 }
 
 // The sum of `from` and four words, both saturated to 16 bits.
@@ -207,6 +295,13 @@ inline Factors factorsOf(Words x) {
   return {reinterpret_cast<__m128i>(x & 0xFFFF), reinterpret_cast<__m128i>(x << 16)};
 }
 inline bool any(Words mask) { return _mm_movemask_epi8(reinterpret_cast<__m128i>(mask)) != 0; }
+
+// Not 0 where one of eight 16-bit words is less than `least` or more than `most`.
+inline Words outsideOf(const Word16* from, Word16 least, Word16 most) {
+  const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+  return reinterpret_cast<Words>(_mm_or_si128(_mm_cmplt_epi16(eight, _mm_set1_epi16(least)),
+                                              _mm_cmpgt_epi16(eight, _mm_set1_epi16(most))));
+}
 
 // a b of words of 16 bits, one of which is not negative.
 inline Words product16(Words a, Words b) {

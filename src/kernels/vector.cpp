@@ -16,11 +16,15 @@
 namespace arvessa::kernels {
 namespace {
 
+using UnsignedWords = std::uint32_t __attribute__((vector_size(16)));
+
+UsedBits unionOf(Words w) { return static_cast<UsedBits>((w[0] | w[1]) | (w[2] | w[3])); }
+
 // The bits of all words.
 class BitsOf {
  public:
   void add(Words words) { bits_ |= words ^ (words >> 31); }
-  UsedBits all() const { return static_cast<UsedBits>(bits_[0] | bits_[1] | bits_[2] | bits_[3]); }
+  UsedBits all() const { return unionOf(bits_); }
 
  private:
   Words bits_ = {0, 0, 0, 0};
@@ -29,202 +33,303 @@ class BitsOf {
 // Twice the rounded upper halves of words with headroom, saturated.
 void roundAndDouble(const Word32* words, std::size_t n, Word16* out) {
   std::size_t i = 0;
-  for (; i + 4 <= n; i += 4) {
-    const Words rounded = (load(words + i) + 0x8000) >> 16;
-    storeSaturated(out + i, rounded + rounded);
-  }
+  const auto rounded = [&](std::size_t k) { return (load(words + k) + 0x8000) >> 16; };
+  for (; i + 8 <= n; i += 8) storeDoubled(out + i, rounded(i), rounded(i + 4));
   for (; i < n; ++i) out[i] = saturate16(2 * roundHigh(words[i]));
 }
 
+// Of words of the same sign.
+inline Words least(Words a, Words b) { return b + ((a - b) & ((a - b) >> 31)); }
+
 }  // namespace
 
+UsedBits Vector::bitsOf(std::span<const Word32> words) {
+  BitsOf bits;
+  const std::size_t whole = words.size() - words.size() % 4;
+#pragma GCC unroll 2
+  for (std::size_t i = 0; i < whole; i += 4) bits.add(load(&words[i]));
+  return bits.all() | usedBits(words.subspan(whole));
+}
+
+Block Vector::normalise(std::span<Word32> words, Word16 headroom) {
+  if (words.size() % 8 != 0) return Plain::normalise(words, headroom);
+  Word32* const at = words.data();
+  Words magnitudes = splat(0);
+  const auto add = [&](Words word) {
+    const Words sign = word >> 31;
+    magnitudes |= (word ^ sign) - sign;
+  };
+  for (std::size_t i = 0; i < words.size(); i += 8) {
+    add(load(at + i));
+    add(load(at + i + 4));
+  }
+  const auto [shift, bits] = normalisationOf(unionOf(magnitudes), headroom);
+  if (shift < 0) {
+    for (std::size_t i = 0; i < words.size(); i += 4) store(at + i, load(at + i) >> -shift);
+  } else {
+    const int left = std::min(shift, 31);
+    for (std::size_t i = 0; i < words.size(); i += 8) {
+      store(at + i, load(at + i) << left);
+      store(at + i + 4, load(at + i + 4) << left);
+    }
+  }
+  return {words, bits, static_cast<Word16>(shift)};
+}
+
+Block Vector::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
+                               std::span<Word32> words) {
+  if (samples.size() % 8 != 0) return Portable::normaliseSamples(samples, headroom, words);
+  const Word16* const x = samples.data();
+  const auto magnitude = static_cast<std::uint32_t>(largestMagnitude(x, samples.size()));
+  const auto [shift, bits] = normalisationOf(magnitude << 16, headroom);
+  const int left = std::clamp(shift, 0, 31);
+  const int right = std::clamp(-shift, 0, 31);
+  for (std::size_t i = 0; i < samples.size(); i += 8) storeShifted(&words[i], x + i, left, right);
+  return {words.first(samples.size()), bits, static_cast<Word16>(shift)};
+}
+
 UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
-  if (x.bits > kFactorBits) return Portable::multiply(x, factors);
+  if (x.bits > kShareBits) return Portable::multiply(x, factors);
   Word32* const words = x.words.data();
   const Word16* const f = factors.data();
   const std::size_t n = x.words.size();
   std::size_t i = 0;
-  for (; i + 4 <= n; i += 4) store(words + i, mulQ15(load(words + i), loadFactors(f + i)));
+  const auto scale = [&](std::size_t k) {
+    store(words + k, share(load(words + k), loadFactors(f + k)));
+  };
+  for (; i + 8 <= n; i += 8) {
+    scale(i);
+    scale(i + 4);
+  }
   for (; i < n; ++i) words[i] = mpy32x16(words[i], f[i]);
   return x.bits;
 }
 
 UsedBits Vector::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
-  // The sum stays below 1.41 2^30.
+  // The sums but the first stay below 1.41 2^30.
   if (x.bits > bitsBelow(30)) return Portable::preemphasise(x, previous, out);
-  const ConstBlock head(x.words.first(4), x.bits);
-  const UsedBits bits = Portable::preemphasise(head, previous, out);
+  const Word32* const in = x.words.data();
+  Word32* const to = out.data();
+  to[0] = lAdd(in[0], lMult32ByCoefficient(kPreemphasis, previous));
   // Of the coefficient 65536 h + l, l is taken as signed: its product is then short by 2^16 times
   // the upper half, 2 of them after the shift.
   const Factors high = splatFactor(extractHigh(kPreemphasis));
   const Factors low = splatFactor(extractLow(kPreemphasis));
   static_assert(extractLow(kPreemphasis) < 0);
-  const Word32* const in = x.words.data();
-  Word32* const to = out.data();
-  for (std::size_t n = 4; n < x.words.size(); n += 4) {
+  const auto filter = [&](std::size_t n) {
     const Words q = load(in + n - 1);
     const Words product = mulQ15(q, high) + mulHighQ15(q, low) + 2 * (q >> 16);
     store(to + n, load(in + n) + product);
-  }
-  return bits;
+  };
+  const std::size_t size = x.words.size();
+  filter(1);
+#pragma GCC unroll 2
+  for (std::size_t n = 4; n < size; n += 4) filter(n);
+  return boundOfPreemphasis(x.bits, to[0]);
 }
 
-UsedBits Vector::powers(std::span<const Word32> spectrum, std::span<Word32> power) {
-  constexpr std::size_t kChunk = 64;
-  Word16 parts[2 * kChunk];
-  BitsOf bits;
-  for (std::size_t first = 0; first < power.size(); first += kChunk) {
-    const Word32* const from = spectrum.data() + 2 * first;
-    Word32* const to = power.data() + first;
-    for (std::size_t i = 0; i < 2 * kChunk; i += 4) {
-      const Words word = load(from + i);
-      storeSaturated(parts + i, (word >> 16) + ((word >> 15) & 1));
-    }
-    if (first == 0) parts[1] = 0;
-    for (std::size_t k = 0; k < kChunk; k += 4) {
-      // At most 2^31, a negative number: the doubled sum saturates from 2^30 on.
-      const Words sum = squaredMagnitudes(parts + 2 * k);
-      const Words saturated = (sum >= (1 << 30)) | (sum < 0);
-      const Words doubledSum = ((sum & ~saturated) << 1) | (saturated & kMax32);
-      store(to + k, doubledSum);
-      bits.add(doubledSum);
-    }
+UsedBits Vector::powers(ConstBlock spectrum, std::span<Word32> power) {
+  // As in the portable form.
+  if (spectrum.exponent < -14) return Plain::powers(spectrum, power);
+  const int down = std::min(15 + spectrum.exponent, 31);
+  const Word32* const from = spectrum.words.data();
+  Word32* const to = power.data();
+  const auto parts = [&](std::size_t i) { return ((load(from + i) >> down) + 1) >> 1; };
+  Words bits = splat(0);
+  for (std::size_t k = 0; k < power.size(); k += 4) {
+    Words first = parts(2 * k);
+    if (k == 0) first[1] = 0;
+    // At most 2^31, a negative number: the doubled sum saturates from 2^30 on.
+    const Words sum = squaredMagnitudes(first, parts(2 * k + 4));
+    const Words saturated =
+        __builtin_convertvector(__builtin_convertvector(sum, UnsignedWords) + (1U << 30), Words) >> 31;
+    const Words power4 = ((sum << 1) | saturated) & kMax32;
+    store(to + k, power4);
+    bits |= power4;
   }
-  return bits.all();
+  return unionOf(bits);
 }
 
 void Vector::sumIntoBands(ConstBlock bins, const Filterbank& bank,
                           std::span<Word32, kBands> bands) {
-  if (bins.bits > kFactorBits || bins.words.size() % 4 != 0) {
+  // Nothing saturates where all shares together stay below 2^30. Sums of the shares before a bin,
+  // of both weights, then tell those of a band by their differences.
+  const std::size_t size = bins.words.size();
+  if (bank.firstBins == nullptr || bins.bits >= (std::size_t{1} << 30) / size) {
     return Portable::sumIntoBands(bins, bank, bands);
   }
-  std::fill(bands.begin(), bands.end(), 0);
-  Word32* const sums = bands.data();
+  constexpr Words kNone = {0, 0, 0, 0};
+  struct Shares {
+    Word32 lower;
+    Word32 upper;
+  };
+  alignas(16) Shares before[kMaxTransform / 2 + 4];
   const Word32* const words = bins.words.data();
-  const Word32* const bandOf = bank.lower.data();
   const Word16* const lowerWeight = bank.lowerWeight.data();
   const Word16* const upperWeight = bank.upperWeight.data();
-  int lower = bandOf[0];
-  Word32 lowerSum = 0;
-  Word32 upperSum = 0;
-  for (std::size_t k = 0; k < bins.words.size(); k += 4) {
-    Word32 lowerShare[4];
-    Word32 upperShare[4];
+  Words sum = kNone;
+  store(&before[0].lower, sum);
+  const auto add = [&](Words pairs, std::size_t k) {
+    const Words both = pairs + __builtin_shufflevector(kNone, pairs, 0, 1, 4, 5);
+    const Words upTo = sum + both;
+    store(&before[k].lower, upTo);
+    sum = __builtin_shufflevector(upTo, upTo, 2, 3, 2, 3);
+  };
+  for (std::size_t k = 0; k < size; k += 4) {
     const Words power = load(words + k);
-    store(lowerShare, mulQ15(power, loadFactors(lowerWeight + k)));
-    store(upperShare, mulQ15(power, loadFactors(upperWeight + k)));
-    for (std::size_t i = 0; i < 4; ++i) {
-      if (bandOf[k + i] != lower) {
-        sums[lower] = lowerSum;
-        sums[lower + 1] = upperSum;
-        lower = bandOf[k + i];
-        lowerSum = sums[lower];
-        upperSum = sums[lower + 1];
-      }
-      lowerSum = lAdd(lowerSum, lowerShare[i]);
-      upperSum = lAdd(upperSum, upperShare[i]);
-    }
+    const Words lower = share(power, loadFactors(lowerWeight + k));
+    const Words upper = share(power, loadFactors(upperWeight + k));
+    add(__builtin_shufflevector(lower, upper, 0, 4, 1, 5), k + 1);
+    add(__builtin_shufflevector(lower, upper, 2, 6, 3, 7), k + 3);
   }
-  sums[lower] = lowerSum;
-  sums[lower + 1] = upperSum;
+  Word32 fromBelow = 0;
+  Shares start = {0, 0};
+#pragma GCC unroll 4
+  for (std::size_t b = 0; b < kBands; ++b) {
+    const Shares end = before[bank.firstBins[b + 1]];
+    bands[b] = fromBelow + (end.lower - start.lower);
+    fromBelow = end.upper - start.upper;
+    start = end;
+  }
 }
 
 void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                           std::span<Word16> bins) {
-  if (bins.size() % 4 != 0 ||
-      std::any_of(bands.begin(), bands.end(), [](Word16 gain) { return gain < 0; })) {
-    return Portable::spreadToBins(bands, bank, bins);
-  }
   const Word16* const gains = bands.data();
+  const Words negative = outsideOf(gains, 0, kMax16) | outsideOf(gains + 8, 0, kMax16) |
+                         outsideOf(gains + 16, 0, kMax16);
+  if (bins.size() % 4 != 0 || any(negative)) return Portable::spreadToBins(bands, bank, bins);
   const Word32* const lower = bank.lower.data();
-  const Word32* const upper = bank.upper.data();
   const Word16* const lowerWeight = bank.lowerWeight.data();
   const Word16* const upperWeight = bank.upperWeight.data();
   Word16* const out = bins.data();
+#pragma GCC unroll 2
   for (std::size_t k = 0; k < bins.size(); k += 4) {
-    const Words sum = sumOfProducts(gatherHalves(gains, lower + k), loadHalves(lowerWeight + k),
-                                    gatherHalves(gains, upper + k), loadHalves(upperWeight + k));
+    const Words sum = weightedPairs(gains, lower + k, lowerWeight + k, upperWeight + k);
     storeSaturated(out + k, sum >> 15);
   }
 }
 
-UsedBits Vector::smoothPower(Block smooth, ConstBlock power) {
-  if ((boundOf(smooth) | power.bits) > kFactorBits) return Portable::smoothPower(smooth, power);
-  Word32* const s = smooth.words.data();
+NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 alpha,
+                               std::span<unsigned char> active) {
+  const std::size_t size = bins.smooth.size();
+  Word32* const s = bins.smooth.data();
+  Word32* const minima = bins.minimum.data();
+  Word32* const windowMinima = bins.windowMinimum.data();
+  Word32* const noise = bins.noise.data();
   const Word32* const p = power.words.data();
-  const std::size_t last = smooth.words.size() - 1;
+  // No sum of products saturates if no word is negative, since the weights add up to less than 1.
+  Words signs = splat(0);
+#pragma GCC unroll 2
+  for (std::size_t k = 0; k + 4 <= size; k += 4) {
+    signs |= (load(s + k) | load(minima + k)) | (load(noise + k) | load(p + k));
+  }
+  if (size % 4 != 0 || any(signs < 0)) return Portable::trackNoise(power, bins, alpha, active);
+  // What the products of a sum lack: its weights add up to 32767.
+  constexpr Word32 kLacking = kMax16 << 15;
+  static_assert(kSmoothOld + kSmoothCentre + 2 * kSmoothSide == kMax16);
   const Factors old = splatFactor(kSmoothOld);
   const Factors side = splatFactor(kSmoothSide);
   const Factors centre = splatFactor(kSmoothCentre);
-  s[0] = mpy32x16(s[0], kSmoothOld) + mpy32x16(p[0], kSmoothEdge);
-  UsedBits bits = usedBits(s[0]);
-  BitsOf vectorBits;
-  std::size_t k = 1;
-  for (; k + 4 <= last; k += 4) {
-    const Words sides = mulQ15(load(p + k - 1), side) + mulQ15(load(p + k + 1), side);
-    const Words smoothed = mulQ15(load(s + k), old) + mulQ15(load(p + k), centre) + sides;
-    store(s + k, smoothed);
-    vectorBits.add(smoothed);
-  }
-  for (; k < last; ++k) {
-    s[k] = (mpy32x16(s[k], kSmoothOld) + mpy32x16(p[k - 1], kSmoothSide)) +
-           (mpy32x16(p[k], kSmoothCentre) + mpy32x16(p[k + 1], kSmoothSide));
-    bits |= usedBits(s[k]);
-  }
-  s[last] = mpy32x16(s[last], kSmoothOld) + mpy32x16(p[last], kSmoothEdge);
-  return bits | usedBits(s[last]) | vectorBits.all();
-}
-
-void Vector::findActiveBins(ConstBlock smooth, ConstBlock minimum,
-                            std::span<unsigned char> active) {
-  if ((smooth.bits | minimum.bits) > kFactorBits || active.size() % 4 != 0) {
-    return Portable::findActiveBins(smooth, minimum, active);
-  }
   const Factors scale = splatFactor(kActiveScale);
-  const Word32* const s = smooth.words.data();
-  const Word32* const m = minimum.words.data();
-  unsigned char* const flags = active.data();
-  for (std::size_t k = 0; k < active.size(); k += 4) {
-    storeFlags(flags + k, mulQ15(load(s + k), scale) > load(m + k) + kActiveOffset);
-  }
-}
-
-UsedBits Vector::updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
-                             Word16 alpha) {
-  // No shift saturates, and the sum has headroom for any weights.
-  const std::size_t bins = noise.words.size();
-  if (power.bits > bitsBelow(22) || boundOf(noise) > bitsBelow(29) || bins % 4 != 0) {
-    return Plain::updateNoise(noise, power, active, alpha);
-  }
+  constexpr Word32 kLoudOffset = (kActiveScale << 15) - kActiveOffset;
   const Factors fresh = splatFactor(alpha);
-  const Factors old = splatFactor(low16(kMax16 - alpha));
-  Word32* const noiseWords = noise.words.data();
-  const Word32* const powerWords = power.words.data();
-  const unsigned char* const flags = active.data();
-  BitsOf bits;
-  for (std::size_t k = 0; k < bins; k += 4) {
-    const Words n = load(noiseWords + k);
-    const Words p = load(powerWords + k);
-    const Words keep = loadFlags(flags + k) & ((n >> kNoiseBits) <= p);
-    const Words update = mulQ15(p << kNoiseBits, fresh) + mulQ15(n, old);
-    const Words updated = (n & keep) | (update & (update > 0) & ~keep);
-    store(noiseWords + k, updated);
-    bits.add(updated);
+  const Factors kept = splatFactor(low16(kMax16 - alpha));
+  const Word32 firstBin = mpy32x16(s[0], kSmoothOld) + mpy32x16(p[0], kSmoothEdge);
+  const Word32 lastBin = mpy32x16(s[size - 1], kSmoothOld) + mpy32x16(p[size - 1], kSmoothEdge);
+  const bool loudPower = power.bits >= 1 << (31 - kNoiseBits);
+  Words smoothSum = splat(0);
+  Words minimumSum = splat(0);
+  Words smoothBits = splat(0);
+  Words noiseBits = splat(0);
+  Words before = splat(0);
+  Words sides = shareLess(load(p), side);
+  for (std::size_t k = 0; k < size; k += 4) {
+    const Words now = load(p + k);
+    const bool atEnd = k + 4 == size;
+    const Words next = shareLess(load(atEnd ? p : p + k + 4), side);
+    const Words turned = __builtin_shufflevector(sides, sides, 3, 0, 1, 2);
+    const Words lower = __builtin_shufflevector(before, turned, 0, 5, 6, 7);
+    const Words mixed = __builtin_shufflevector(next, sides, 0, 5, 6, 7);
+    const Words upper = __builtin_shufflevector(mixed, mixed, 1, 2, 3, 0);
+    Words smooth = shareLess(load(s + k), old) + shareLess(now, centre) + (lower + upper) +
+                   kLacking;
+    if (k == 0) smooth[0] = firstBin;
+    if (atEnd) smooth[3] = lastBin;
+    before = turned;
+    sides = next;
+    store(s + k, smooth);
+    const Words minimum = least(load(minima + k), smooth);
+    store(minima + k, minimum);
+    store(windowMinima + k, least(load(windowMinima + k), smooth));
+    smoothSum += smooth;
+    minimumSum += minimum;
+    smoothBits |= smooth;
+
+    const Words loud = shareLess(smooth, scale) + kLoudOffset > minimum;
+    storeFlags(active.data() + k, loud);
+    const Words n = load(noise + k);
+    Words shifted = now << kNoiseBits;
+    if (loudPower) shifted = now >= 1 << (31 - kNoiseBits) ? splat(kMax32) : shifted;
+    const Words update = shareLess(shifted, fresh) + shareLess(n, kept) + kLacking;
+    const Words keep = loud & ((n >> kNoiseBits) <= now);
+    const Words updated = (n & keep) | (update & ~keep);
+    store(noise + k, updated);
+    noiseBits |= updated;
   }
-  return bits.all();
+  const auto total = [](Words w) { return (w[0] + w[1]) + (w[2] + w[3]); };
+  // A minimum is no larger than the power.
+  if (unionOf(smoothBits) >= (std::size_t{1} << 31) / size) {
+    return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), unionOf(noiseBits)};
+  }
+  return {total(smoothSum), total(minimumSum), unionOf(noiseBits)};
 }
 
 void Vector::scaleBins(Block spectrum, std::span<const Word16> gains) {
-  if (spectrum.bits > kFactorBits || gains.size() % 4 != 0) {
+  if (spectrum.bits > kShareBits || gains.size() % 8 != 0) {
     return Portable::scaleBins(spectrum, gains);
   }
   const Word16* const g = gains.data();
-  for (std::size_t k = 0; k < gains.size(); k += 4) {
+  const auto scale = [&](std::size_t k) {
     const PairFactors factors = spreadFactors(g + k);
     Word32* const at = spectrum.words.data() + 2 * k;
-    store(at, mulQ15(load(at), factors.first));
-    store(at + 4, mulQ15(load(at + 4), factors.second));
+    store(at, share(load(at), factors.first));
+    store(at + 4, share(load(at + 4), factors.second));
+  };
+  for (std::size_t k = 0; k < gains.size(); k += 8) {
+    scale(k);
+    scale(k + 4);
   }
+}
+
+UsedBits Vector::addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block) {
+  const int up = -std::min<int>(time.exponent, 0);
+  if (overlap.size() % 4 != 0 || block.size() % 4 != 0 || up > 30 ||
+      (up > 0 && bitsOf(time.words) > bitsBelow(31 - up))) {
+    return Plain::addOverlap(time, overlap, block);
+  }
+  const int down = std::clamp<int>(time.exponent, 0, 31);
+  const Word32* const words = time.words.data();
+  Word32* const kept = overlap.data();
+  Word32* const to = block.data();
+  BitsOf bits;
+#pragma GCC unroll 2
+  for (std::size_t i = 0; i < overlap.size(); i += 4) {
+    const Words sum = saturatedSum(load(words + i) << up >> down, load(kept + i));
+    store(to + i, sum);
+    bits.add(sum);
+  }
+#pragma GCC unroll 2
+  for (std::size_t i = overlap.size(); i < block.size(); i += 4) {
+    const Words word = load(words + i) << up >> down;
+    store(to + i, word);
+    bits.add(word);
+  }
+#pragma GCC unroll 2
+  for (std::size_t i = 0; i < overlap.size(); i += 4) {
+    store(kept + i, load(words + block.size() + i) << up >> down);
+  }
+  return bits.all();
 }
 
 void Vector::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
@@ -235,6 +340,7 @@ void Vector::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
   Word32 y = memory;
   for (std::size_t first = 0; first < out.size(); first += kPart) {
     const std::size_t n = std::min(kPart, out.size() - first);
+#pragma GCC unroll 4
     for (std::size_t i = 0; i < n; ++i) {
       y = x.words[first + i] + lMult32ByCoefficient(kDeemphasis, y);
       filtered[i] = y;
@@ -244,16 +350,26 @@ void Vector::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
   memory = y;
 }
 
+void Vector::peakPowers(std::span<const Word16> samples, std::span<Word32> peaks) {
+  const std::size_t count = samples.size() / peaks.size();
+  if (peaks.size() % 2 != 0) return Portable::peakPowers(samples, peaks);
+  const Word16* x = samples.data();
+  for (std::size_t j = 0; j < peaks.size(); j += 2, x += 2 * count) {
+    largestSquares(x, x + count, count, &peaks[j]);
+  }
+}
+
 void Vector::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y) {
+  const Word16* const from = x.data();
+  Word16* const to = y.data();
   std::size_t n = 0;
-  if (usedBits(gain) <= kFactorBits) {
+  if (usedBits(gain) < 0x7FFF) {
+    const std::size_t whole = x.size() - x.size() % 8;
+    for (; n < whole; n += 8) multiplyEight(from + n, low16(gain), to + n);
+  } else if (usedBits(gain) <= kFactorBits) {
     const Words gains = splat(gain);
-    const Word16* const from = x.data();
-    Word16* const to = y.data();
     const std::size_t whole = x.size() - x.size() % 4;
-    for (; n < whole; n += 4) {
-      storeSaturated(to + n, mulQ15(gains, loadFactors(from + n)));
-    }
+    for (; n < whole; n += 4) storeSaturated(to + n, mulQ15(gains, loadFactors(from + n)));
   }
   if (n < x.size()) Portable::amplify(x.subspan(n), gain, y.subspan(n));
 }
