@@ -218,8 +218,7 @@ void Portable::scaleBins(Block spectrum, std::span<const Word16> gains) {
   }
 }
 
-UsedBits Portable::addOverlap(ConstBlock time, std::span<Word32> overlap,
-                              std::span<Word32> block) {
+UsedBits Portable::addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block) {
   const int up = -std::min<int>(time.exponent, 0);
   if (up > 30 || (up > 0 && usedBits(time.words) > bitsBelow(31 - up))) {
     return Plain::addOverlap(time, overlap, block);
@@ -268,6 +267,11 @@ void Portable::peakPowers(std::span<const Word16> samples, std::span<Word32> pea
 
 void Portable::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y) {
   if (usedBits(gain) > kDoubledBits) return Plain::amplify(x, gain, y);
+  if (usedBits(gain) < 0x7FFF) {  // below 1: nothing saturates
+#pragma GCC unroll 4
+    for (std::size_t n = 0; n < x.size(); ++n) y[n] = low16((x[n] * gain) >> 15);
+    return;
+  }
   for (std::size_t n = 0; n < x.size(); ++n) y[n] = saturate16(product(gain, x[n]));
 }
 

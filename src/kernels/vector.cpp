@@ -142,7 +142,8 @@ UsedBits Vector::powers(ConstBlock spectrum, std::span<Word32> power) {
     // At most 2^31, a negative number: the doubled sum saturates from 2^30 on.
     const Words sum = squaredMagnitudes(first, parts(2 * k + 4));
     const Words saturated =
-        __builtin_convertvector(__builtin_convertvector(sum, UnsignedWords) + (1U << 30), Words) >> 31;
+        __builtin_convertvector(__builtin_convertvector(sum, UnsignedWords) + (1U << 30), Words) >>
+        31;
     const Words power4 = ((sum << 1) | saturated) & kMax32;
     store(to + k, power4);
     bits |= power4;
@@ -252,8 +253,8 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
     const Words lower = __builtin_shufflevector(before, turned, 0, 5, 6, 7);
     const Words mixed = __builtin_shufflevector(next, sides, 0, 5, 6, 7);
     const Words upper = __builtin_shufflevector(mixed, mixed, 1, 2, 3, 0);
-    Words smooth = shareLess(load(s + k), old) + shareLess(now, centre) + (lower + upper) +
-                   kLacking;
+    Words smooth =
+        shareLess(load(s + k), old) + shareLess(now, centre) + (lower + upper) + kLacking;
     if (k == 0) smooth[0] = firstBin;
     if (atEnd) smooth[3] = lastBin;
     before = turned;
