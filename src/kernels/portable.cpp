@@ -267,7 +267,7 @@ void Portable::peakPowers(std::span<const Word16> samples, std::span<Word32> pea
 
 void Portable::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y) {
   if (usedBits(gain) > kDoubledBits) return Plain::amplify(x, gain, y);
-  if (usedBits(gain) < 0x7FFF) {  // below 1: nothing saturates
+  if (gain > kMin16 && gain <= kMax16) {  // nothing saturates
 #pragma GCC unroll 4
     for (std::size_t n = 0; n < x.size(); ++n) y[n] = low16((x[n] * gain) >> 15);
     return;

@@ -364,7 +364,7 @@ void Vector::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y
   const Word16* const from = x.data();
   Word16* const to = y.data();
   std::size_t n = 0;
-  if (usedBits(gain) < 0x7FFF) {
+  if (gain > kMin16 && gain <= kMax16) {
     const std::size_t whole = x.size() - x.size() % 8;
     for (; n < whole; n += 8) multiplyEight(from + n, low16(gain), to + n);
   } else if (usedBits(gain) <= kFactorBits) {
