@@ -48,7 +48,7 @@ Block Plain::normalise(std::span<Word32> words, Word16 headroom) {
 Block Plain::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
                               std::span<Word32> words) {
   std::transform(samples.begin(), samples.end(), words.begin(), depositHigh);
-  return normalised(words, headroom);
+  return normalised(words.first(samples.size()), headroom);
 }
 
 UsedBits Plain::multiply(Block x, std::span<const Word16> factors) {

@@ -75,12 +75,13 @@ inline Words ofDoubled(__m128i doubled, Factors f) {
   return reinterpret_cast<Words>(
       _mm_add_epi32(_mm_madd_epi16(doubled, f.high), _mm_mulhi_epu16(doubled, f.low)));
 }
-inline Words share(Words x, Factors f) { return ofDoubled(reinterpret_cast<__m128i>(x + x), f); }
+inline __m128i doubled(Words x) { return _mm_slli_epi32(reinterpret_cast<__m128i>(x), 1); }
+inline Words share(Words x, Factors f) { return ofDoubled(doubled(x), f); }
 
 // floor(x f / 2^15) - 2^15 f for any x and factors of 0 or more: x - 2^30 is multiplied, and
 // 2^30 f / 2^15 is a whole number.
 inline Words shareLess(Words x, Factors f) {
-  return ofDoubled(_mm_xor_si128(reinterpret_cast<__m128i>(x + x), _mm_set1_epi32(kMin32)), f);
+  return ofDoubled(_mm_xor_si128(doubled(x), _mm_set1_epi32(kMin32)), f);
 }
 
 // floor(32767 x / 2^15).

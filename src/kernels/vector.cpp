@@ -16,7 +16,10 @@
 namespace arvessa::kernels {
 namespace {
 
+// For sums modulo 2^32.
 using UnsignedWords = std::uint32_t __attribute__((vector_size(16)));
+inline UnsignedWords ofBits(Words words) { return reinterpret_cast<UnsignedWords>(words); }
+inline Words ofBits(UnsignedWords words) { return reinterpret_cast<Words>(words); }
 
 UsedBits unionOf(Words w) { return static_cast<UsedBits>((w[0] | w[1]) | (w[2] | w[3])); }
 
@@ -54,16 +57,16 @@ UsedBits Vector::bitsOf(std::span<const Word32> words) {
 Block Vector::normalise(std::span<Word32> words, Word16 headroom) {
   if (words.size() % 8 != 0) return Plain::normalise(words, headroom);
   Word32* const at = words.data();
-  Words magnitudes = splat(0);
+  UnsignedWords magnitudes = {0, 0, 0, 0};
   const auto add = [&](Words word) {
     const Words sign = word >> 31;
-    magnitudes |= (word ^ sign) - sign;
+    magnitudes |= ofBits(word ^ sign) - ofBits(sign);
   };
   for (std::size_t i = 0; i < words.size(); i += 8) {
     add(load(at + i));
     add(load(at + i + 4));
   }
-  const auto [shift, bits] = normalisationOf(unionOf(magnitudes), headroom);
+  const auto [shift, bits] = normalisationOf(unionOf(ofBits(magnitudes)), headroom);
   if (shift < 0) {
     for (std::size_t i = 0; i < words.size(); i += 4) store(at + i, load(at + i) >> -shift);
   } else {
@@ -239,8 +242,8 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
   const Word32 firstBin = mpy32x16(s[0], kSmoothOld) + mpy32x16(p[0], kSmoothEdge);
   const Word32 lastBin = mpy32x16(s[size - 1], kSmoothOld) + mpy32x16(p[size - 1], kSmoothEdge);
   const bool loudPower = power.bits >= 1 << (31 - kNoiseBits);
-  Words smoothSum = splat(0);
-  Words minimumSum = splat(0);
+  UnsignedWords smoothSum = {0, 0, 0, 0};
+  UnsignedWords minimumSum = {0, 0, 0, 0};
   Words smoothBits = splat(0);
   Words noiseBits = splat(0);
   Words before = splat(0);
@@ -263,8 +266,8 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
     const Words minimum = least(load(minima + k), smooth);
     store(minima + k, minimum);
     store(windowMinima + k, least(load(windowMinima + k), smooth));
-    smoothSum += smooth;
-    minimumSum += minimum;
+    smoothSum += ofBits(smooth);
+    minimumSum += ofBits(minimum);
     smoothBits |= smooth;
 
     const Words loud = shareLess(smooth, scale) + kLoudOffset > minimum;
@@ -278,7 +281,9 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
     store(noise + k, updated);
     noiseBits |= updated;
   }
-  const auto total = [](Words w) { return (w[0] + w[1]) + (w[2] + w[3]); };
+  const auto total = [](UnsignedWords w) {
+    return static_cast<Word32>((w[0] + w[1]) + (w[2] + w[3]));
+  };
   // A minimum is no larger than the power.
   if (unionOf(smoothBits) >= (std::size_t{1} << 31) / size) {
     return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), unionOf(noiseBits)};

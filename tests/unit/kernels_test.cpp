@@ -108,7 +108,7 @@ TYPED_TEST(Kernels, OfTheAnalysisEqualThePlainOnes) {
           exponent[0] = block.exponent;
           return block.bits;
         },
-        Words(1), Words(samples.size()));
+        Words(1), Words(samples.size() + 8));
     this->expectSame(
         [&](auto form, Words& exponent, Words& words) {
           const Block block = form.normalise(words, headroom);
