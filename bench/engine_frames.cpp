@@ -19,7 +19,7 @@ struct Capture {
   EngineFrame& frame;
 
   void operator()(const Analysed& analysed) const {
-    for (const Word16 sample : analysed.samples) frame.samples.push_back(depositHigh(sample));
+    frame.samples.assign(analysed.samples.begin(), analysed.samples.end());
     frame.power = copyOf(analysed.power);
     std::ranges::copy(analysed.bandPower, frame.bandPower.begin());
   }
@@ -36,13 +36,12 @@ struct Capture {
     frame.normalised = copyOf(normalised.spectrum);
   }
   void operator()(const Transformed& transformed) const {
-    frame.transformed = copyOf(transformed.time);
-    frame.shift = transformed.shift;
+    frame.transformed = copyOf(transformed.time.words);
+    frame.exponent = transformed.time.exponent;
     // The signal for the forward transform, too, with the headroom that the analysis leaves.
     frame.block = frame.transformed;
     frame.blockBits = normalised(frame.block, 6).bits;
   }
-  void operator()(const Restored& restored) const { frame.restored = copyOf(restored.time); }
 };
 
 }  // namespace

@@ -22,7 +22,7 @@ struct BoundedWords {
 
 // By the stage that takes it.
 struct EngineFrame {
-  Words samples;  // analysis; in the upper halves
+  std::vector<Word16> samples;  // analysis
   Words block;    // forward transform
   UsedBits blockBits;
   BoundedWords power;                    // noise estimation, filterbank
@@ -32,9 +32,8 @@ struct EngineFrame {
   std::array<Word16, kBands> priorSnr;
   Words suppressed;         // normalisation
   BoundedWords normalised;  // inverse transform
-  Words transformed;        // denormalisation
-  Word16 shift;
-  Words restored;  // overlap-add and output filter
+  Words transformed;        // overlap-add and output filter
+  Word16 exponent;
 };
 
 struct EngineFrames {

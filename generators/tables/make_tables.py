@@ -198,11 +198,11 @@ def array(ctype, name, values, comment, qualifier="const"):
         note, qualifier, ctype, name, len(values), "\n".join(lines))
 
 
-def table_file(header, exported, hidden=()):
+def table_file(header, exported, hidden=(), room="arvessa::kernels"):
     text = LICENCE_NOTE + '#include "%s"\n\n' % header + ORIGIN_NOTE + "\n// clang-format off\n\n"
     if hidden:
-        text += ("namespace arvessa::kernels {\n\n" + "\n".join(hidden)
-                 + "\n}  // namespace arvessa::kernels\n\n")
+        text += ("namespace %s {\n\n" % room + "\n".join(hidden)
+                 + "\n}  // namespace %s\n\n" % room)
     return (text + 'extern "C" {\n\n' + "\n".join(exported)
             + '\n}  // extern "C"\n\n// clang-format on\n')
 
@@ -245,7 +245,7 @@ def files():
         array("Word16", "WVQE_CONST_TABLE_WIN_32k", fixed_window(WINDOW_32K, WINDOW_32K_EXCEPTIONS),
               "Q15: 96 rising values, 224 of 32767, 96 falling; not quite symmetric.")])
 
-    banks = []
+    banks, first_bins = [], []
     for rate in ("8K", "16K", "32K"):
         rows = filterbank(rate)
         banks += [
@@ -257,7 +257,12 @@ def files():
                   "The bin's share in the lower band, Q15: 32767 less the other share."),
             array("Word16", "WVQE_CONST_TABLE_FILTER_RIGHT_" + rate, [w for _, w in rows],
                   "The bin's share in the upper band, Q15.")]
-    out["noise_reduction/filterbank_tables.cpp"] = table_file("noise_reduction/tables.h", banks)
+        first_bins.append(array(
+            "std::uint16_t", "kFirstBins" + rate.lower(),
+            [sum(b < band for b, _ in rows) for band in range(25)],
+            "The first bin of which each band is the lower one; last, the number of bins."))
+    out["noise_reduction/filterbank_tables.cpp"] = table_file(
+        "noise_reduction/tables.h", banks, first_bins, "arvessa")
 
     out["kernels/gain_curve_table.cpp"] = table_file("kernels/gain_curves.h", [array(
         "unsigned short", "WVQE_CONST_TABLE_HYPERGEOM_GAIN",

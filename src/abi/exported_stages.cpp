@@ -14,7 +14,7 @@ namespace {
 kernels::Filterbank bankOf(const Word32* bankLeft, const Word32* bankRight,
                            const Word16* filterLeft, const Word16* filterRight, int bins) {
   return {view(bankLeft, bins), view(bankRight, bins), view(filterLeft, bins),
-          view(filterRight, bins)};
+          view(filterRight, bins), nullptr};
 }
 
 FilterMemory memoryOf(Word16* x, Word32* y) {
@@ -53,7 +53,7 @@ void WVQE_MainProcess(const Word16* in, WvqeState* state, int /*N*/, int /*K*/, 
 void VORN_WVQE_MainProcess_ASM(Word32* olaBuffer, Word32* timeBuf, Word32* deemphMem, Word16* out,
                                int N, Word16 K) {
   using namespace arvessa;
-  synthesise(view(timeBuf, 2 * K), view(olaBuffer, 2 * K - N), *deemphMem, view(out, N));
+  synthesise({view(timeBuf, 2 * K)}, view(olaBuffer, 2 * K - N), *deemphMem, view(out, N));
 }
 
 void AEC_Split_Ne(const Word16* in, Word16* low, Word16* high, Word16 len, Word16* splitLpfX,
@@ -84,9 +84,13 @@ void WVQE_Analysis(Word32* inWork, Word32* powerSpec, Word32* bandPower, Word32*
   Geometry geometry = geometryOf(sizeCodeOf(2 * K));
   const int bins = geometry.bins;
   geometry.bank = bankOf(bankLeft, bankRight, filterLeft, filterRight, bins);
-  analyse(geometry, view(inWork, geometry.frame), analysisMemory(state->noiseReduction, geometry),
-          {view(timeBuf, 2 * bins), view(spectrum, 2 * bins), view(specWork, 2 * bins),
-           view(powerSpec, bins), bandView(bandPower)});
+  const Block frame = Kernels::normalise(view(inWork, geometry.frame), kAnalysisHeadroom);
+  const Analysis analysis = analyse(geometry, frame, analysisMemory(state->noiseReduction, geometry),
+                                    {view(timeBuf, 2 * bins), view(spectrum, 2 * bins),
+                                     view(powerSpec, bins), bandView(bandPower)});
+  const Block unscaled = {view(specWork, 2 * bins), analysis.spectrum.bits};
+  std::copy(analysis.spectrum.words.begin(), analysis.spectrum.words.end(), specWork);
+  denormalise(unscaled, analysis.spectrum.exponent);
 }
 
 void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaHistory, Word16 d,
@@ -101,7 +105,7 @@ void VORN_WVQE_Analysis1_ASM(Word32* timeBuf, const Word32* inWork, Word32* anaH
 void VORN_WVQE_Analysis2_ASM(const Word32* spectrum, Word32* power, Word16 sizeCode) {
   using namespace arvessa;
   const int bins = geometryOf(sizeCode).bins;
-  Kernels::powers(view(spectrum, 2 * bins), view(power, bins));
+  Kernels::powers({view(spectrum, 2 * bins), kAllBits}, view(power, bins));
 }
 
 void WVQE_Spectrum_Bank(const Word32* binPower, Word32* bandOut, const Word32* bankLeft,
@@ -129,23 +133,22 @@ void WVQE_Noise_Vad(WvqeState* state, int K, const Word32* powerSpec, unsigned c
 }
 
 void VORN_WVQE_Noise_Vad1_ASM(Word32* psdSmooth, const Word32* powerSpec, int K) {
-  using namespace arvessa;
-  Kernels::smoothPower({view(psdSmooth, K)}, scanned(powerSpec, K));
+  arvessa::kernels::smoothPower(arvessa::view(psdSmooth, K), arvessa::view(powerSpec, K));
 }
 
 void VORN_WVQE_Noise_Vad2_ASM(const Word32* psdSmooth, const Word32* psdMin,
                               unsigned char* binActive, Word16* vadFlag, Word16 K) {
   using namespace arvessa;
-  const ConstBlock smooth = scanned(psdSmooth, K);
-  const ConstBlock minimum = scanned(psdMin, K);
-  Kernels::findActiveBins(smooth, minimum, view(binActive, K));
-  *vadFlag = isVoice(smooth, minimum) ? 1 : 0;
+  const auto smooth = view(psdSmooth, K);
+  const auto minimum = view(psdMin, K);
+  kernels::findActiveBins(smooth, minimum, view(binActive, K));
+  *vadFlag = isVoice(kernels::saturatedSum(smooth), kernels::saturatedSum(minimum)) ? 1 : 0;
 }
 
 void VORN_WVQE_Noise_Vad3_ASM(const Word32* powerSpec, Word32* noisePsd,
                               const unsigned char* binActive, Word16 alpha, Word16 K) {
   using namespace arvessa;
-  Kernels::updateNoise({view(noisePsd, K)}, scanned(powerSpec, K), view(binActive, K), alpha);
+  kernels::updateNoise(view(noisePsd, K), view(powerSpec, K), view(binActive, K), alpha);
 }
 
 void WVQE_PostAndPriorSNR(Word16* postSnr, Word16* priorSnr, Word32* bandSnrState,

@@ -40,18 +40,22 @@ UsedBits usedBits(std::span<const Word32> words) {
   return bits;
 }
 
-Block normalised(std::span<Word32> words, Word16 headroom) {
-  const std::uint32_t bits = magnitudeBits(words);
+Normalisation normalisationOf(std::uint32_t magnitudes, Word16 headroom) {
   // A magnitude of 2^31 counts as 2^31 - 1, without redundant sign bits either way.
-  const int norm = bits == 0 || bits > kAllBits ? 0 : std::countl_zero(bits) - 1;
-  const int shift = norm - headroom;
+  const int norm =
+      magnitudes == 0 || magnitudes > kAllBits ? 0 : std::countl_zero(magnitudes) - 1;
+  const int left = headroom < 0 ? 31 : headroom > 31 ? 0 : 31 - headroom;
+  return {norm - headroom, bitsBelow(left)};
+}
+
+Block normalised(std::span<Word32> words, Word16 headroom) {
+  const auto [shift, bits] = normalisationOf(magnitudeBits(words), headroom);
   if (shift < 0) {
     shiftRight(words, -shift);
   } else {
     shiftLeft(words, shift > 31 ? 31 : shift);
   }
-  const int left = headroom < 0 ? 31 : headroom > 31 ? 0 : 31 - headroom;
-  return {words, bitsBelow(left), static_cast<Word16>(shift)};
+  return {words, bits, static_cast<Word16>(shift)};
 }
 
 void denormalise(const Block& block, Word16 shift) {

@@ -51,15 +51,17 @@ struct ConstBlock {
   Word16 exponent;
 };
 
-// What is known of the words, or, if that is nothing, what a look at them tells.
-inline UsedBits boundOf(const ConstBlock& block) {
-  return block.bits == kAllBits ? usedBits(block.words) : block.bits;
-}
-
 // Shifts `words` in place, left or flooring right, so that the largest magnitude lies in
 // 2^(30 - headroom) .. 2^(31 - headroom). The exponent is the left shift: -headroom for a block of
 // zeros. headroom: 0..30.
 Block normalised(std::span<Word32> words, Word16 headroom);
+
+// That shift and what bounds the words then, from the magnitudes of all words ORed.
+struct Normalisation {
+  int shift;
+  UsedBits bits;
+};
+Normalisation normalisationOf(std::uint32_t magnitudes, Word16 headroom);
 
 // Takes 2^shift out of the words: shifts them right, flooring, or left by -shift, saturating.
 void denormalise(const Block& block, Word16 shift);

@@ -46,12 +46,15 @@ struct TransformTables {
 };
 
 // Which two of the 24 bands share the power of a bin, and its weights in them, Q15. All of one
-// size, the number of bins.
+// size, the number of bins. Where it is known that the lower band rises from bin to bin,
+// `firstBins` has the first bin of each band and, last, the number of bins, a multiple of 4;
+// nullptr where it is not.
 struct Filterbank {
   std::span<const Word32> lower;  // 0..22
   std::span<const Word32> upper;  // lower + 1
   std::span<const Word16> lowerWeight;
   std::span<const Word16> upperWeight;
+  const std::uint16_t* firstBins;  // 25
 };
 
 inline constexpr int kFilterOrder = 10;  // of the band split
@@ -63,6 +66,19 @@ inline constexpr int kMaxLowFrame = 160;
 struct FilterMemory {
   std::span<Word16, kFilterOrder> x;
   std::span<Word32, kFilterOrder> y;
+};
+
+// What the noise estimate remembers of the bins. Powers, the noise with 7 more fraction bits.
+struct BinNoise {
+  std::span<Word32> windowMinimum;  // of the smoothed power in the current search window
+  std::span<Word32> minimum;        // over this window and the previous one
+  std::span<Word32> smooth;         // power smoothed over time and frequency
+  std::span<Word32> noise;
+};
+struct NoiseTotals {
+  Word32 smooth;  // saturated sums over the bins
+  Word32 minimum;
+  UsedBits noiseBits;  // of the noise
 };
 
 // Of the bands.
@@ -87,6 +103,14 @@ struct Presence {
 struct Plain {
   static constexpr const char* kName = "plain";
 
+  // usedBits() and normalised() of arithmetic/block.h.
+  static UsedBits bitsOf(std::span<const Word32> words);
+  static Block normalise(std::span<Word32> words, Word16 headroom);
+
+  // Samples in the upper halves of words, normalised.
+  static Block normaliseSamples(std::span<const Word16> samples, Word16 headroom,
+                                std::span<Word32> words);
+
   // x[i] = floor(x[i] f[i] / 2^15) for factors above -1, such as windows. Returns what bounds the
   // products.
   static UsedBits multiply(Block x, std::span<const Word16> factors);
@@ -105,9 +129,10 @@ struct Plain {
   static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                                std::span<Word32> out);
 
-  // power[k] = 2 (re^2 + im^2) of the rounded upper halves of a packed spectrum, saturated; bin 0
-  // without the bin N that shares its slot. A multiple of 64 bins. Returns the bits of the powers.
-  static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
+  // power[k] = 2 (re^2 + im^2) of the rounded upper halves of a packed spectrum whose exponent has
+  // been taken out, flooring and saturating; the power saturates, too. Bin 0 without the bin N that
+  // shares its slot. A multiple of 64 bins. Returns the bits of the powers.
+  static UsedBits powers(ConstBlock spectrum, std::span<Word32> power);
 
   // The 24 sums of the bins' shares, saturating in the order of the bins.
   static void sumIntoBands(ConstBlock bins, const Filterbank& bank,
@@ -117,21 +142,17 @@ struct Plain {
   static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                            std::span<Word16> bins);
 
-  // smooth[k] = 0.8 smooth[k] + 0.05 power[k-1] + 0.1 power[k] + 0.05 power[k+1], at both ends
-  // 0.8 smooth[k] + 0.2 power[k]. Four bins at least. Returns what bounds `smooth`.
-  static UsedBits smoothPower(Block smooth, ConstBlock power);
-
-  // active[k] = 1 if 0.31 smooth[k] exceeds minimum[k] by more than 20, else 0.
-  static void findActiveBins(ConstBlock smooth, ConstBlock minimum,
-                             std::span<unsigned char> active);
-
-  // The saturating sum of the words in their order.
-  static Word32 sum(ConstBlock words);
-
-  // noise[k] = max(0, alpha 2^7 power[k] + (1 - alpha) noise[k]) in bins that are not active, or
-  // whose power lies below the noise; 7 fraction bits, alpha in Q15. Returns what bounds `noise`.
-  static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
-                              Word16 alpha);
+  // One frame of the noise estimate, of four bins at least. alpha: 0 or more, Q15. `active` becomes
+  // 1 or 0 for each bin.
+  //
+  //   smooth[k] = 0.8 smooth[k] + 0.05 power[k-1] + 0.1 power[k] + 0.05 power[k+1], at both ends
+  //   0.8 smooth[k] + 0.2 power[k]
+  //   both minima take smooth[k] in
+  //   active[k] = 1 if 0.31 smooth[k] exceeds minimum[k] by more than 20, else 0
+  //   noise[k] = max(0, alpha 2^7 power[k] + (1 - alpha) noise[k]) in bins that are not active, or
+  //   whose power lies below the noise; 7 fraction bits
+  static NoiseTotals trackNoise(ConstBlock power, const BinNoise& bins, Word16 alpha,
+                                std::span<unsigned char> active);
 
   // Both parts of bin k of a packed spectrum by gains[k], Q15; bin N, packed with bin 0 and
   // zero since the analysis, by gains[0].
@@ -152,6 +173,12 @@ struct Plain {
   static void mixWithFloor(std::span<const Word32, kBands> noise, Word16 floorGain,
                            std::span<const Word16, kBands> probability,
                            std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain);
+
+  // Overlap-add. The exponent is taken out of `time`, flooring and saturating; its first words with
+  // `overlap` added, saturated, are the block, and the words behind the block the new overlap.
+  // `block` may begin where `time` does; it is no shorter than `overlap`, and both together are as
+  // long as `time`. Returns what bounds the block.
+  static UsedBits addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block);
 
   // y[n] = x[n] + 0.40327 y[n-1] with y[-1] in `memory`; out[n] is twice the rounded upper half of
   // y[n], saturated, Q15.
@@ -182,23 +209,22 @@ struct Plain {
 struct Portable : Plain {
   static constexpr const char* kName = "portable";
 
+  static Block normaliseSamples(std::span<const Word16> samples, Word16 headroom,
+                                std::span<Word32> words);
   static UsedBits multiply(Block x, std::span<const Word16> factors);
   static UsedBits preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out);
   static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
   static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                                std::span<Word32> out);
-  static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
+  static UsedBits powers(ConstBlock spectrum, std::span<Word32> power);
   static void sumIntoBands(ConstBlock bins, const Filterbank& bank,
                            std::span<Word32, kBands> bands);
   static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                            std::span<Word16> bins);
-  static UsedBits smoothPower(Block smooth, ConstBlock power);
-  static void findActiveBins(ConstBlock smooth, ConstBlock minimum,
-                             std::span<unsigned char> active);
-  static Word32 sum(ConstBlock words);
-  static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
-                              Word16 alpha);
+  static NoiseTotals trackNoise(ConstBlock power, const BinNoise& bins, Word16 alpha,
+                                std::span<unsigned char> active);
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
+  static UsedBits addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block);
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
   static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
                                  std::span<Word16> low);
@@ -210,25 +236,34 @@ struct Portable : Plain {
   static void amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y);
 };
 
+// The steps of trackNoise as they are defined.
+void smoothPower(std::span<Word32> smooth, std::span<const Word32> power);
+void findActiveBins(std::span<const Word32> smooth, std::span<const Word32> minimum,
+                    std::span<unsigned char> active);
+Word32 saturatedSum(std::span<const Word32> words);
+void updateNoise(std::span<Word32> noise, std::span<const Word32> power,
+                 std::span<const unsigned char> active, Word16 alpha);
+
 #ifdef ARVESSA_VECTOR_UNIT
 struct Vector : Portable {
   static constexpr const char* kName = ARVESSA_VECTOR_UNIT;
 
+  static UsedBits bitsOf(std::span<const Word32> words);
+  static Block normalise(std::span<Word32> words, Word16 headroom);
+  static Block normaliseSamples(std::span<const Word16> samples, Word16 headroom,
+                                std::span<Word32> words);
   static UsedBits multiply(Block x, std::span<const Word16> factors);
   static UsedBits preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out);
   static UsedBits forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out);
   static void inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                                std::span<Word32> out);
-  static UsedBits powers(std::span<const Word32> spectrum, std::span<Word32> power);
+  static UsedBits powers(ConstBlock spectrum, std::span<Word32> power);
   static void sumIntoBands(ConstBlock bins, const Filterbank& bank,
                            std::span<Word32, kBands> bands);
   static void spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                            std::span<Word16> bins);
-  static UsedBits smoothPower(Block smooth, ConstBlock power);
-  static void findActiveBins(ConstBlock smooth, ConstBlock minimum,
-                             std::span<unsigned char> active);
-  static UsedBits updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
-                              Word16 alpha);
+  static NoiseTotals trackNoise(ConstBlock power, const BinNoise& bins, Word16 alpha,
+                                std::span<unsigned char> active);
   static void estimateSnr(const BandPowers& power, std::span<const Word32, kBands> speech,
                           const BasicBandSnrs<Word16>& snr);
   static void gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kBands> framePower,
@@ -238,6 +273,7 @@ struct Vector : Portable {
                            std::span<const Word16, kBands> probability,
                            std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain);
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
+  static UsedBits addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block);
   static void deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out);
   static void lowPassAndDecimate(std::span<const Word16> in, const FilterMemory& memory,
                                  std::span<Word16> low);
@@ -245,6 +281,7 @@ struct Vector : Portable {
                        std::span<Word16> high);
   static void interpolateAndAdd(std::span<const Word16> low, const FilterMemory& memory,
                                 std::span<const Word16> high, std::span<Word16> out);
+  static void peakPowers(std::span<const Word16> samples, std::span<Word32> peaks);
   static void amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y);
 };
 using Forms = std::tuple<Plain, Portable, Vector>;

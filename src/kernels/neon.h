@@ -45,6 +45,8 @@ inline constexpr UsedBits kFactorBits = 0x7FFEFFFF;
 
 inline Words mulQ15(Words x, Factors f) { return asWords(vqdmulhq_s32(ofUnit(x), f.high)); }
 
+inline Words mulPositive(Words x, Factors f) { return mulQ15(x - (1 << 30), f); }
+
 inline Words mulLargest(Words x) { return mulQ15(x, splatFactor(32767)); }
 
 inline Words halfSum(Words a, Words b) { return asWords(vhaddq_s32(ofUnit(a), ofUnit(b))); }
@@ -90,14 +92,26 @@ inline Words squaredMagnitudes(const Word16* pairs) {
   return asWords(vmlal_s16(vmull_s16(parts.val[0], parts.val[0]), parts.val[1], parts.val[1]));
 }
 
-using FourHalves = int16x4_t;
-inline FourHalves loadHalves(const Word16* from) { return vld1_s16(from); }
-inline FourHalves gatherHalves(const Word16* from, const Word32* places) {
-  return FourHalves{from[places[0]], from[places[1]], from[places[2]], from[places[3]]};
+inline Words weightedPairs(const Word16* from, const Word32* places, const Word16* first,
+                           const Word16* second) {
+  const int16x4_t here = {from[places[0]], from[places[1]], from[places[2]], from[places[3]]};
+  const Word16* const next = from + 1;
+  const int16x4_t there = {next[places[0]], next[places[1]], next[places[2]], next[places[3]]};
+  return asWords(vmlal_s16(vmull_s16(here, vld1_s16(first)), there, vld1_s16(second)));
 }
 
-inline Words sumOfProducts(FourHalves a, FourHalves b, FourHalves c, FourHalves d) {
-  return asWords(vmlal_s16(vmull_s16(a, b), c, d));
+inline void multiplyEight(const Word16* x, Word16 factor, Word16* to) {
+  vst1q_s16(to, vqdmulhq_n_s16(vld1q_s16(x), factor));
+}
+
+inline Word16 largestMagnitude(const Word16* x, std::size_t count) {
+  int16x8_t largest = vdupq_n_s16(0);
+  for (std::size_t i = 0; i < count; i += 8) {
+    largest = vmaxq_s16(largest, vqabsq_s16(vld1q_s16(x + i)));
+  }
+  int16x4_t folded = vmax_s16(vget_low_s16(largest), vget_high_s16(largest));
+  folded = vpmax_s16(folded, folded);
+  return vget_lane_s16(vpmax_s16(folded, folded), 0);
 }
 
 inline void storeFlags(unsigned char* to, Words mask) {
@@ -112,6 +126,8 @@ inline Words loadFlags(const unsigned char* from) {
   return reinterpret_cast<Words>(vmovl_u16(vget_low_u16(halves))) != 0;
 }
 
+inline Words saturatedSum(Words a, Words b) { return asWords(vqaddq_s32(ofUnit(a), ofUnit(b))); }
+
 inline void storeSaturated(Word16* to, Words x) { vst1_s16(to, vqmovn_s32(ofUnit(x))); }
 
 inline void storeSaturatedSum(Word16* to, const Word16* from, Words x) {
@@ -123,6 +139,12 @@ inline Factors factorsOf(Words x) { return {vshlq_n_s32(ofUnit(x), 16)}; }
 inline bool any(Words mask) {
   const int32x2_t folded = vorr_s32(vget_low_s32(ofUnit(mask)), vget_high_s32(ofUnit(mask)));
   return vget_lane_s64(vreinterpret_s64_s32(folded), 0) != 0;
+}
+
+inline Words outsideOf(const Word16* from, Word16 least, Word16 most) {
+  const int16x8_t eight = vld1q_s16(from);
+  return reinterpret_cast<Words>(
+      vorrq_u16(vcltq_s16(eight, vdupq_n_s16(least)), vcgtq_s16(eight, vdupq_n_s16(most))));
 }
 
 inline Words product16(Words a, Words b) { return a * b; }

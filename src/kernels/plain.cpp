@@ -39,6 +39,18 @@ Word32 highPassStep(const FilterMemory& memory, Word16 x) {
 
 }  // namespace
 
+UsedBits Plain::bitsOf(std::span<const Word32> words) { return usedBits(words); }
+
+Block Plain::normalise(std::span<Word32> words, Word16 headroom) {
+  return normalised(words, headroom);
+}
+
+Block Plain::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
+                              std::span<Word32> words) {
+  std::transform(samples.begin(), samples.end(), words.begin(), depositHigh);
+  return normalised(words, headroom);
+}
+
 UsedBits Plain::multiply(Block x, std::span<const Word16> factors) {
   for (std::size_t i = 0; i < x.words.size(); ++i) x.words[i] = mpy32x16(x.words[i], factors[i]);
   return x.bits;
@@ -62,10 +74,13 @@ void Plain::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
   inverseRealTransform<Scalar<Saturating>>(spectrum.words.data(), out.data(), tables);
 }
 
-UsedBits Plain::powers(std::span<const Word32> spectrum, std::span<Word32> power) {
+UsedBits Plain::powers(ConstBlock spectrum, std::span<Word32> power) {
+  const auto part = [&](std::size_t i) {
+    return roundHigh(lShr(spectrum.words[i], spectrum.exponent));
+  };
   for (std::size_t k = 0; k < power.size(); ++k) {
-    const Word16 re = roundHigh(spectrum[2 * k]);
-    const Word16 im = k == 0 ? Word16{0} : roundHigh(spectrum[2 * k + 1]);
+    const Word16 re = part(2 * k);
+    const Word16 im = k == 0 ? Word16{0} : part(2 * k + 1);
     power[k] = lMac(lMult(re, re), im, im);
   }
   return usedBits(power);
@@ -90,9 +105,7 @@ void Plain::spreadToBins(std::span<const Word16, kBands> bands, const Filterbank
   }
 }
 
-UsedBits Plain::smoothPower(Block smooth, ConstBlock power) {
-  const std::span<Word32> s = smooth.words;
-  const std::span<const Word32> p = power.words;
+void smoothPower(std::span<Word32> s, std::span<const Word32> p) {
   const std::size_t last = s.size() - 1;
   s[0] = lAdd(mpy32x16(s[0], kSmoothOld), mpy32x16(p[0], kSmoothEdge));
   for (std::size_t k = 1; k < last; ++k) {
@@ -100,36 +113,44 @@ UsedBits Plain::smoothPower(Block smooth, ConstBlock power) {
                 lAdd(mpy32x16(p[k], kSmoothCentre), mpy32x16(p[k + 1], kSmoothSide)));
   }
   s[last] = lAdd(mpy32x16(s[last], kSmoothOld), mpy32x16(p[last], kSmoothEdge));
-  return usedBits(s);
 }
 
-void Plain::findActiveBins(ConstBlock smooth, ConstBlock minimum, std::span<unsigned char> active) {
+void findActiveBins(std::span<const Word32> smooth, std::span<const Word32> minimum,
+                    std::span<unsigned char> active) {
   for (std::size_t k = 0; k < active.size(); ++k) {
-    const bool loud =
-        mpy32x16(smooth.words[k], kActiveScale) > lAdd(minimum.words[k], kActiveOffset);
+    const bool loud = mpy32x16(smooth[k], kActiveScale) > lAdd(minimum[k], kActiveOffset);
     active[k] = loud ? 1 : 0;
   }
 }
 
-Word32 Plain::sum(ConstBlock words) {
+Word32 saturatedSum(std::span<const Word32> words) {
   Word32 sum = 0;
-  for (const Word32 word : words.words) sum = lAdd(sum, word);
+  for (const Word32 word : words) sum = lAdd(sum, word);
   return sum;
 }
 
-UsedBits Plain::updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
-                            Word16 alpha) {
+void updateNoise(std::span<Word32> noise, std::span<const Word32> power,
+                 std::span<const unsigned char> active, Word16 alpha) {
   const Word16 keep = low16(kMax16 - alpha);
-  UsedBits bits = 0;
-  for (std::size_t k = 0; k < noise.words.size(); ++k) {
-    Word32& n = noise.words[k];
-    const Word32 p = power.words[k];
+  for (std::size_t k = 0; k < noise.size(); ++k) {
+    Word32& n = noise[k];
+    const Word32 p = power[k];
     if (active[k] == 0 || n >> kNoiseBits > p) {
       n = std::max(lAdd(mpy32x16(lShl(p, kNoiseBits), alpha), mpy32x16(n, keep)), 0);
     }
-    bits |= usedBits(n);
   }
-  return bits;
+}
+
+NoiseTotals Plain::trackNoise(ConstBlock power, const BinNoise& bins, Word16 alpha,
+                              std::span<unsigned char> active) {
+  smoothPower(bins.smooth, power.words);
+  for (std::size_t k = 0; k < bins.smooth.size(); ++k) {
+    bins.minimum[k] = std::min(bins.minimum[k], bins.smooth[k]);
+    bins.windowMinimum[k] = std::min(bins.windowMinimum[k], bins.smooth[k]);
+  }
+  findActiveBins(bins.smooth, bins.minimum, active);
+  updateNoise(bins.noise, power.words, active, alpha);
+  return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), usedBits(bins.noise)};
 }
 
 void Plain::scaleBins(Block spectrum, std::span<const Word16> gains) {
@@ -138,6 +159,17 @@ void Plain::scaleBins(Block spectrum, std::span<const Word16> gains) {
     bin[0] = mpy32x16(bin[0], gains[k]);
     bin[1] = mpy32x16(bin[1], gains[k]);
   }
+}
+
+UsedBits Plain::addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block) {
+  const auto word = [&](std::size_t i) { return lShr(time.words[i], time.exponent); };
+  UsedBits bits = 0;
+  for (std::size_t i = 0; i < block.size(); ++i) {
+    block[i] = i < overlap.size() ? lAdd(word(i), overlap[i]) : word(i);
+    bits |= usedBits(block[i]);
+  }
+  for (std::size_t i = 0; i < overlap.size(); ++i) overlap[i] = word(block.size() + i);
+  return bits;
 }
 
 void Plain::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {

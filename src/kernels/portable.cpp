@@ -3,7 +3,6 @@
 // what neighbours share is kept.
 
 #include <algorithm>
-#include <numeric>
 
 #include "arithmetic/operators.h"
 #include "kernels/coefficients.h"
@@ -66,12 +65,33 @@ void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tabl
   inverseRealTransform<Scalar<Unsaturated>>(spectrum.words.data(), out.data(), tables);
 }
 
-UsedBits Portable::powers(std::span<const Word32> spectrum, std::span<Word32> power) {
+Block Portable::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
+                                 std::span<Word32> words) {
+  std::uint32_t bits = 0;
+#pragma GCC unroll 4
+  for (const Word32 x : samples) bits |= static_cast<std::uint32_t>(x < 0 ? -x : x);
+  const auto [shift, bound] = normalisationOf(bits << 16, headroom);
+  // In the upper half a sample can be shifted right by what a headroom asks for.
+  const int left = std::clamp(shift, 0, 31);
+  const int right = std::clamp(-shift, 0, 31);
+#pragma GCC unroll 4
+  for (std::size_t n = 0; n < samples.size(); ++n) {
+    const auto word = static_cast<std::uint32_t>(depositHigh(samples[n])) << left;
+    words[n] = static_cast<Word32>(word) >> right;
+  }
+  return {words.first(samples.size()), bound, static_cast<Word16>(shift)};
+}
+
+UsedBits Portable::powers(ConstBlock spectrum, std::span<Word32> power) {
   // Twice the sum of two squares saturates from 2^30 on: at 2^31 - 1, all bits.
+  if (spectrum.exponent < 0) return Plain::powers(spectrum, power);
+  const int down = std::min(15 + spectrum.exponent, 31);
+  const Word32* const words = spectrum.words.data();
+  const auto part = [&](std::size_t i) { return saturate16(((words[i] >> down) + 1) >> 1); };
   UsedBits bits = 0;
   for (std::size_t k = 0; k < power.size(); ++k) {
-    const Word32 re = roundHigh(spectrum[2 * k]);
-    const Word32 im = k == 0 ? 0 : roundHigh(spectrum[2 * k + 1]);
+    const Word32 re = part(2 * k);
+    const Word32 im = k == 0 ? 0 : part(2 * k + 1);
     const auto sum = static_cast<std::uint32_t>(re * re) + static_cast<std::uint32_t>(im * im);
     power[k] = sum >= 1U << 30 ? kMax32 : static_cast<Word32>(2 * sum);
     bits |= static_cast<UsedBits>(power[k]);
@@ -132,62 +152,53 @@ void Portable::spreadToBins(std::span<const Word16, kBands> bands, const Filterb
   }
 }
 
-UsedBits Portable::smoothPower(Block smooth, ConstBlock power) {
-  if ((boundOf(smooth) | power.bits) > kDoubledBits) return Plain::smoothPower(smooth, power);
+NoiseTotals Portable::trackNoise(ConstBlock power, const BinNoise& bins, Word16 alpha,
+                                 std::span<unsigned char> active) {
+  const std::size_t size = bins.smooth.size();
+  const UsedBits bits = usedBits(bins.smooth) | power.bits;
+  if (bits > kDoubledBits) return Plain::trackNoise(power, bins, alpha, active);
   // The weights of a bin add up to 1 at the most, so that no sum can saturate.
-  Word32* const s = smooth.words.data();
+  Word32* const s = bins.smooth.data();
+  Word32* const minima = bins.minimum.data();
+  Word32* const windowMinima = bins.windowMinimum.data();
+  Word32* const noise = bins.noise.data();
   const Word32* const p = power.words.data();
-  const std::size_t last = smooth.words.size() - 1;
-  s[0] = addProduct(product(s[0], kSmoothOld), p[0], kSmoothEdge);
-  UsedBits bits = usedBits(s[0]);
+  const Word16 keep = low16(kMax16 - alpha);
+  std::uint32_t smoothSum = 0;
+  std::uint32_t minimumSum = 0;
+  Word32 signs = 0;
+  UsedBits noiseBits = 0;
+  const auto finish = [&](std::size_t k, Word32 smooth) {
+    const Word32 minimum = std::min(minima[k], smooth);
+    s[k] = smooth;
+    minima[k] = minimum;
+    windowMinima[k] = std::min(windowMinima[k], smooth);
+    smoothSum += static_cast<std::uint32_t>(smooth);
+    minimumSum += static_cast<std::uint32_t>(minimum);
+    signs |= minimum;
+    // A minimum is no larger than the power, so that the sum has headroom.
+    const bool loud = product(smooth, kActiveScale) > minimum + kActiveOffset;
+    active[k] = loud ? 1 : 0;
+    Word32 n = noise[k];
+    if (!loud || n >> kNoiseBits > p[k]) {
+      n = std::max(lAdd(mpy32x16(lShl(p[k], kNoiseBits), alpha), mpy32x16(n, keep)), 0);
+      noise[k] = n;
+    }
+    noiseBits |= usedBits(n);
+  };
+  const std::size_t last = size - 1;
+  finish(0, addProduct(product(s[0], kSmoothOld), p[0], kSmoothEdge));
   for (std::size_t k = 1; k < last; ++k) {
     Word32 sum = addProduct(product(s[k], kSmoothOld), p[k - 1], kSmoothSide);
     sum = addProduct(sum, p[k], kSmoothCentre);
-    s[k] = addProduct(sum, p[k + 1], kSmoothSide);
-    bits |= usedBits(s[k]);
+    finish(k, addProduct(sum, p[k + 1], kSmoothSide));
   }
-  s[last] = addProduct(product(s[last], kSmoothOld), p[last], kSmoothEdge);
-  return bits | usedBits(s[last]);
-}
-
-void Portable::findActiveBins(ConstBlock smooth, ConstBlock minimum,
-                              std::span<unsigned char> active) {
-  if ((smooth.bits | minimum.bits) > kDoubledBits) {
-    return Plain::findActiveBins(smooth, minimum, active);
-  }
-  const Word32* const s = smooth.words.data();
-  const Word32* const m = minimum.words.data();
-#pragma GCC unroll 4
-  for (std::size_t k = 0; k < active.size(); ++k) {
-    active[k] = product(s[k], kActiveScale) > m[k] + kActiveOffset ? 1 : 0;
-  }
-}
-
-Word32 Portable::sum(ConstBlock words) {
+  finish(last, addProduct(product(s[last], kSmoothOld), p[last], kSmoothEdge));
   // The sum of 512 words of 22 bits cannot leave the range.
-  if (words.words.size() > 512 || words.bits > bitsBelow(22)) return Plain::sum(words);
-  return std::accumulate(words.words.begin(), words.words.end(), Word32{0});
-}
-
-UsedBits Portable::updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
-                               Word16 alpha) {
-  // The shift leaves one bit for doubling, and the sum has headroom for any weights.
-  if (power.bits > bitsBelow(22) || boundOf(noise) > bitsBelow(29)) {
-    return Plain::updateNoise(noise, power, active, alpha);
+  if (size > 512 || bits > bitsBelow(22) || signs < 0) {
+    return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), noiseBits};
   }
-  const Word16 keep = low16(kMax16 - alpha);
-  const Word32* p = power.words.data();
-  const unsigned char* flag = active.data();
-  UsedBits bits = 0;
-  for (Word32& n : noise.words) {
-    if (*flag == 0 || n >> kNoiseBits > *p) {
-      n = std::max(addProduct(product(*p * (1 << kNoiseBits), alpha), n, keep), 0);
-    }
-    bits |= usedBits(n);
-    ++flag;
-    ++p;
-  }
-  return bits;
+  return {static_cast<Word32>(smoothSum), static_cast<Word32>(minimumSum), noiseBits};
 }
 
 void Portable::scaleBins(Block spectrum, std::span<const Word16> gains) {
@@ -199,6 +210,32 @@ void Portable::scaleBins(Block spectrum, std::span<const Word16> gains) {
     bin[1] = product(bin[1], gain);
     bin += 2;
   }
+}
+
+UsedBits Portable::addOverlap(ConstBlock time, std::span<Word32> overlap,
+                              std::span<Word32> block) {
+  const int up = -std::min<int>(time.exponent, 0);
+  if (up > 30 || (up > 0 && usedBits(time.words) > bitsBelow(31 - up))) {
+    return Plain::addOverlap(time, overlap, block);
+  }
+  const int down = std::clamp<int>(time.exponent, 0, 31);
+  const Word32* const words = time.words.data();
+  const auto shifted = [&](Word32 word) {
+    return static_cast<Word32>(static_cast<std::uint32_t>(word) << up) >> down;
+  };
+  UsedBits bits = 0;
+#pragma GCC unroll 4
+  for (std::size_t i = 0; i < overlap.size(); ++i) {
+    block[i] = lAdd(shifted(words[i]), overlap[i]);
+    bits |= usedBits(block[i]);
+    overlap[i] = shifted(words[block.size() + i]);
+  }
+#pragma GCC unroll 4
+  for (std::size_t i = overlap.size(); i < block.size(); ++i) {
+    block[i] = shifted(words[i]);
+    bits |= usedBits(block[i]);
+  }
+  return bits;
 }
 
 void Portable::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {

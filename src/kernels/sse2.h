@@ -67,6 +67,16 @@ inline Words mulQ15(Words x, Factors f) {
   return reinterpret_cast<Words>(_mm_add_epi32(_mm_slli_epi32(high, 1), _mm_srai_epi32(low, 15)));
 }
 
+// floor(x f / 2^15) - 2^15 f for any x of 0 or more: x - 2^30 is multiplied, whose upper half can be
+// rounded, and 2^30 f / 2^15 is a whole number.
+inline Words mulPositive(Words x, Factors f) {
+  const auto word = reinterpret_cast<__m128i>(x);
+  const __m128i rounded = _mm_add_epi32(word, _mm_set1_epi32(0x8000 - (1 << 30)));
+  const __m128i high = _mm_slli_epi32(_mm_madd_epi16(rounded, f.high), 1);
+  const __m128i low = _mm_srai_epi32(_mm_madd_epi16(word, f.low), 15);
+  return reinterpret_cast<Words>(_mm_add_epi32(high, low));
+}
+
 // floor(32767 x / 2^15).
 inline Words mulLargest(Words x) { return x - ((x + 32767) >> 15); }
 
@@ -99,7 +109,7 @@ struct Twiddles {
   __m128i negated;
 };
 inline __m128i exchangeHalves(__m128i pairs) {
-  return _mm_or_si128(_mm_slli_epi32(pairs, 16), _mm_srli_epi32(pairs, 16));
+  return _mm_shufflehi_epi16(_mm_shufflelo_epi16(pairs, 0xB1), 0xB1);
 }
 inline Twiddles twiddlesOf(Words pairs) {
   const auto cs = reinterpret_cast<__m128i>(pairs);
@@ -153,20 +163,46 @@ inline Words squaredMagnitudes(const Word16* pairs) {
   return reinterpret_cast<Words>(_mm_madd_epi16(v, v));
 }
 
-// Four 16-bit words in a row, or from the places that a table gives.
-using FourHalves = __m128i;
-inline FourHalves loadHalves(const Word16* from) {
-  return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
-}
-inline FourHalves gatherHalves(const Word16* from, const Word32* places) {
-  return _mm_setr_epi16(from[places[0]], from[places[1]], from[places[2]], from[places[3]], 0, 0, 0,
-                        0);
+// Of four pairs of neighbours, each at a place that a table gives: pair[0] first[i] + pair[1]
+// second[i], which fits a word.
+inline Words weightedPairs(const Word16* from, const Word32* places, const Word16* first,
+                           const Word16* second) {
+  const auto pairAt = [&](int i) {
+    int pair = 0;
+    std::memcpy(&pair, from + places[i], sizeof pair);
+    return _mm_cvtsi32_si128(pair);
+  };
+  const auto four = [](const Word16* halves) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(halves));
+  };
+  const __m128i pairs = _mm_unpacklo_epi64(_mm_unpacklo_epi32(pairAt(0), pairAt(1)),
+                                           _mm_unpacklo_epi32(pairAt(2), pairAt(3)));
+  return reinterpret_cast<Words>(
+      _mm_madd_epi16(pairs, _mm_unpacklo_epi16(four(first), four(second))));
 }
 
-// a b + c d, which fit a word.
-inline Words sumOfProducts(FourHalves a, FourHalves b, FourHalves c, FourHalves d) {
-  return reinterpret_cast<Words>(
-      _mm_madd_epi16(_mm_unpacklo_epi16(a, c), _mm_unpacklo_epi16(b, d)));
+// floor(x f / 2^15) of eight samples, for f above -2^15.
+inline void multiplyEight(const Word16* x, Word16 factor, Word16* to) {
+  const __m128i f = _mm_set1_epi16(factor);
+  const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
+  const __m128i high = _mm_slli_epi16(_mm_mulhi_epi16(eight, f), 1);
+  const __m128i low = _mm_srli_epi16(_mm_mullo_epi16(eight, f), 15);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_or_si128(high, low));
+}
+
+// The largest magnitude of samples, a multiple of eight of them, where that of -2^15 counts as
+// 2^15 - 1; and whether -2^15 is there.
+inline Word16 largestMagnitude(const Word16* x, std::size_t count) {
+  __m128i largest = _mm_setzero_si128();
+  for (std::size_t i = 0; i < count; i += 8) {
+    const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+    const __m128i negated = _mm_subs_epi16(_mm_setzero_si128(), eight);
+    largest = _mm_max_epi16(largest, _mm_max_epi16(eight, negated));
+  }
+  largest = _mm_max_epi16(largest, _mm_shuffle_epi32(largest, 0x4E));
+  largest = _mm_max_epi16(largest, _mm_shuffle_epi32(largest, 0xB1));
+  largest = _mm_max_epi16(largest, _mm_shufflelo_epi16(largest, 0xB1));
+  return static_cast<Word16>(_mm_cvtsi128_si32(largest));
 }
 
 // 1 where a word of the mask is -1, 0 where it is 0; and back.
@@ -182,6 +218,15 @@ inline Words loadFlags(const unsigned char* from) {
   const __m128i zero = _mm_setzero_si128();
   const __m128i halves = _mm_unpacklo_epi8(_mm_cvtsi32_si128(bytes), zero);
   return reinterpret_cast<Words>(_mm_unpacklo_epi16(halves, zero)) != 0;
+}
+
+// a + b, saturated: a sum whose sign neither has would lie beyond the limit of a's sign.
+inline Words saturatedSum(Words a, Words b) {
+  const auto sum = reinterpret_cast<Words>(
+      _mm_add_epi32(reinterpret_cast<__m128i>(a), reinterpret_cast<__m128i>(b)));
+  const Words beyond = ((a ^ sum) & (b ^ sum)) >> 31;
+  const Words limit = (a >> 31) ^ 0x7FFFFFFF;
+  return (sum & ~beyond) | (limit & beyond);
 }
 
 // Four words, saturated to 16 bits.
@@ -207,6 +252,13 @@ inline Factors factorsOf(Words x) {
   return {reinterpret_cast<__m128i>(x & 0xFFFF), reinterpret_cast<__m128i>(x << 16)};
 }
 inline bool any(Words mask) { return _mm_movemask_epi8(reinterpret_cast<__m128i>(mask)) != 0; }
+
+// Not 0 where one of eight 16-bit words is less than `least` or more than `most`.
+inline Words outsideOf(const Word16* from, Word16 least, Word16 most) {
+  const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+  return reinterpret_cast<Words>(_mm_or_si128(_mm_cmplt_epi16(eight, _mm_set1_epi16(least)),
+                                              _mm_cmpgt_epi16(eight, _mm_set1_epi16(most))));
+}
 
 // a b of words of 16 bits, one of which is not negative.
 inline Words product16(Words a, Words b) {

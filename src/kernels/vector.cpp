@@ -36,7 +36,60 @@ void roundAndDouble(const Word32* words, std::size_t n, Word16* out) {
   for (; i < n; ++i) out[i] = saturate16(2 * roundHigh(words[i]));
 }
 
+Words unionOf(std::span<const Word32> block) {
+  Words all = splat(0);
+  const Word32* const words = block.data();
+  for (std::size_t i = 0; i + 4 <= block.size(); i += 4) all |= load(words + i);
+  return all;
+}
+
+inline Words least(Words a, Words b) { return a < b ? a : b; }
+
 }  // namespace
+
+UsedBits Vector::bitsOf(std::span<const Word32> words) {
+  BitsOf bits;
+  const std::size_t whole = words.size() - words.size() % 4;
+  for (std::size_t i = 0; i < whole; i += 4) bits.add(load(&words[i]));
+  return bits.all() | usedBits(words.subspan(whole));
+}
+
+Block Vector::normalise(std::span<Word32> words, Word16 headroom) {
+  if (words.size() % 4 != 0) return Plain::normalise(words, headroom);
+  Word32* const at = words.data();
+  Words magnitudes = splat(0);
+#pragma GCC unroll 2
+  for (std::size_t i = 0; i < words.size(); i += 4) {
+    const Words word = load(at + i);
+    const Words sign = word >> 31;
+    magnitudes |= (word ^ sign) - sign;
+  }
+  const auto all = (magnitudes[0] | magnitudes[1]) | (magnitudes[2] | magnitudes[3]);
+  const auto [shift, bits] = normalisationOf(static_cast<std::uint32_t>(all), headroom);
+  const int left = std::clamp(shift, 0, 31);
+  const int right = std::clamp(-shift, 0, 31);
+#pragma GCC unroll 2
+  for (std::size_t i = 0; i < words.size(); i += 4) store(at + i, load(at + i) << left >> right);
+  return {words, bits, static_cast<Word16>(shift)};
+}
+
+Block Vector::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
+                               std::span<Word32> words) {
+  if (samples.size() % 8 != 0) return Portable::normaliseSamples(samples, headroom, words);
+  const Word16* const x = samples.data();
+  const Word16 magnitude = largestMagnitude(x, samples.size());
+  // Of -2^15 the magnitude is one more than that; only then it matters.
+  const bool lowest = magnitude == kMax16 && std::count(x, x + samples.size(), kMin16) > 0;
+  const std::uint32_t all = lowest ? 0x8000 : static_cast<std::uint32_t>(magnitude);
+  const auto [shift, bits] = normalisationOf(all << 16, headroom);
+  const int left = 16 + std::clamp(shift, -16, 15);
+  const int right = std::clamp(-16 - shift, 0, 31);
+  Word32* const to = words.data();
+  for (std::size_t i = 0; i < samples.size(); i += 4) {
+    store(to + i, loadWide(x + i) << left >> right);
+  }
+  return {words.first(samples.size()), bits, static_cast<Word16>(shift)};
+}
 
 UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
   if (x.bits > kFactorBits) return Portable::multiply(x, factors);
@@ -69,16 +122,19 @@ UsedBits Vector::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> o
   return bits;
 }
 
-UsedBits Vector::powers(std::span<const Word32> spectrum, std::span<Word32> power) {
+UsedBits Vector::powers(ConstBlock spectrum, std::span<Word32> power) {
   constexpr std::size_t kChunk = 64;
   Word16 parts[2 * kChunk];
   BitsOf bits;
+  // To the last bit before the rounding. Shifted left instead, words that saturate would be
+  // saturated as 16-bit parts, too.
+  if (spectrum.exponent < -14) return Portable::powers(spectrum, power);
+  const int down = std::min(15 + spectrum.exponent, 31);
   for (std::size_t first = 0; first < power.size(); first += kChunk) {
-    const Word32* const from = spectrum.data() + 2 * first;
+    const Word32* const from = spectrum.words.data() + 2 * first;
     Word32* const to = power.data() + first;
     for (std::size_t i = 0; i < 2 * kChunk; i += 4) {
-      const Words word = load(from + i);
-      storeSaturated(parts + i, (word >> 16) + ((word >> 15) & 1));
+      storeSaturated(parts + i, ((load(from + i) >> down) + 1) >> 1);
     }
     if (first == 0) parts[1] = 0;
     for (std::size_t k = 0; k < kChunk; k += 4) {
@@ -95,38 +151,44 @@ UsedBits Vector::powers(std::span<const Word32> spectrum, std::span<Word32> powe
 
 void Vector::sumIntoBands(ConstBlock bins, const Filterbank& bank,
                           std::span<Word32, kBands> bands) {
-  if (bins.bits > kFactorBits || bins.words.size() % 4 != 0) {
+  // Nothing saturates where all shares together stay below 2^30. Sums of the shares before a bin,
+  // of both weights, then tell those of a band by their differences.
+  const std::size_t size = bins.words.size();
+  if (bank.firstBins == nullptr || bins.bits >= (std::size_t{1} << 30) / size) {
     return Portable::sumIntoBands(bins, bank, bands);
   }
-  std::fill(bands.begin(), bands.end(), 0);
-  Word32* const sums = bands.data();
+  constexpr Words kNone = {0, 0, 0, 0};
+  struct Shares {
+    Word32 lower;
+    Word32 upper;
+  };
+  alignas(16) Shares before[kMaxTransform / 2 + 4];
   const Word32* const words = bins.words.data();
-  const Word32* const bandOf = bank.lower.data();
   const Word16* const lowerWeight = bank.lowerWeight.data();
   const Word16* const upperWeight = bank.upperWeight.data();
-  int lower = bandOf[0];
-  Word32 lowerSum = 0;
-  Word32 upperSum = 0;
-  for (std::size_t k = 0; k < bins.words.size(); k += 4) {
-    Word32 lowerShare[4];
-    Word32 upperShare[4];
+  Words sum = kNone;
+  store(&before[0].lower, sum);
+  const auto add = [&](Words pairs, std::size_t k) {
+    const Words both = pairs + __builtin_shufflevector(kNone, pairs, 0, 1, 4, 5);
+    const Words upTo = sum + both;
+    store(&before[k].lower, upTo);
+    sum = __builtin_shufflevector(upTo, upTo, 2, 3, 2, 3);
+  };
+  for (std::size_t k = 0; k < size; k += 4) {
     const Words power = load(words + k);
-    store(lowerShare, mulQ15(power, loadFactors(lowerWeight + k)));
-    store(upperShare, mulQ15(power, loadFactors(upperWeight + k)));
-    for (std::size_t i = 0; i < 4; ++i) {
-      if (bandOf[k + i] != lower) {
-        sums[lower] = lowerSum;
-        sums[lower + 1] = upperSum;
-        lower = bandOf[k + i];
-        lowerSum = sums[lower];
-        upperSum = sums[lower + 1];
-      }
-      lowerSum = lAdd(lowerSum, lowerShare[i]);
-      upperSum = lAdd(upperSum, upperShare[i]);
-    }
+    const Words lower = mulQ15(power, loadFactors(lowerWeight + k));
+    const Words upper = mulQ15(power, loadFactors(upperWeight + k));
+    add(__builtin_shufflevector(lower, upper, 0, 4, 1, 5), k + 1);
+    add(__builtin_shufflevector(lower, upper, 2, 6, 3, 7), k + 3);
   }
-  sums[lower] = lowerSum;
-  sums[lower + 1] = upperSum;
+  Word32 fromBelow = 0;
+  Shares start = {0, 0};
+  for (std::size_t b = 0; b < kBands; ++b) {
+    const Shares end = before[bank.firstBins[b + 1]];
+    bands[b] = fromBelow + (end.lower - start.lower);
+    fromBelow = end.upper - start.upper;
+    start = end;
+  }
 }
 
 void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
@@ -137,81 +199,85 @@ void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterban
   }
   const Word16* const gains = bands.data();
   const Word32* const lower = bank.lower.data();
-  const Word32* const upper = bank.upper.data();
   const Word16* const lowerWeight = bank.lowerWeight.data();
   const Word16* const upperWeight = bank.upperWeight.data();
   Word16* const out = bins.data();
   for (std::size_t k = 0; k < bins.size(); k += 4) {
-    const Words sum = sumOfProducts(gatherHalves(gains, lower + k), loadHalves(lowerWeight + k),
-                                    gatherHalves(gains, upper + k), loadHalves(upperWeight + k));
+    const Words sum = weightedPairs(gains, lower + k, lowerWeight + k, upperWeight + k);
     storeSaturated(out + k, sum >> 15);
   }
 }
 
-UsedBits Vector::smoothPower(Block smooth, ConstBlock power) {
-  if ((boundOf(smooth) | power.bits) > kFactorBits) return Portable::smoothPower(smooth, power);
-  Word32* const s = smooth.words.data();
+NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 alpha,
+                               std::span<unsigned char> active) {
+  const std::size_t size = bins.smooth.size();
+  Word32* const s = bins.smooth.data();
+  Word32* const minima = bins.minimum.data();
+  Word32* const windowMinima = bins.windowMinimum.data();
+  Word32* const noise = bins.noise.data();
   const Word32* const p = power.words.data();
-  const std::size_t last = smooth.words.size() - 1;
+  // No sum of products saturates if no word is negative, since the weights add up to less than 1.
+  if (size % 4 != 0 ||
+      any((unionOf(bins.smooth) | unionOf(bins.noise) | unionOf(bins.minimum) |
+           unionOf(power.words)) < 0)) {
+    return Portable::trackNoise(power, bins, alpha, active);
+  }
+  // What the products of a sum lack: its weights add up to 32767.
+  constexpr Word32 kLacking = kMax16 << 15;
+  static_assert(kSmoothOld + kSmoothCentre + 2 * kSmoothSide == kMax16);
   const Factors old = splatFactor(kSmoothOld);
   const Factors side = splatFactor(kSmoothSide);
   const Factors centre = splatFactor(kSmoothCentre);
-  s[0] = mpy32x16(s[0], kSmoothOld) + mpy32x16(p[0], kSmoothEdge);
-  UsedBits bits = usedBits(s[0]);
-  BitsOf vectorBits;
-  std::size_t k = 1;
-  for (; k + 4 <= last; k += 4) {
-    const Words sides = mulQ15(load(p + k - 1), side) + mulQ15(load(p + k + 1), side);
-    const Words smoothed = mulQ15(load(s + k), old) + mulQ15(load(p + k), centre) + sides;
-    store(s + k, smoothed);
-    vectorBits.add(smoothed);
-  }
-  for (; k < last; ++k) {
-    s[k] = (mpy32x16(s[k], kSmoothOld) + mpy32x16(p[k - 1], kSmoothSide)) +
-           (mpy32x16(p[k], kSmoothCentre) + mpy32x16(p[k + 1], kSmoothSide));
-    bits |= usedBits(s[k]);
-  }
-  s[last] = mpy32x16(s[last], kSmoothOld) + mpy32x16(p[last], kSmoothEdge);
-  return bits | usedBits(s[last]) | vectorBits.all();
-}
-
-void Vector::findActiveBins(ConstBlock smooth, ConstBlock minimum,
-                            std::span<unsigned char> active) {
-  if ((smooth.bits | minimum.bits) > kFactorBits || active.size() % 4 != 0) {
-    return Portable::findActiveBins(smooth, minimum, active);
-  }
   const Factors scale = splatFactor(kActiveScale);
-  const Word32* const s = smooth.words.data();
-  const Word32* const m = minimum.words.data();
-  unsigned char* const flags = active.data();
-  for (std::size_t k = 0; k < active.size(); k += 4) {
-    storeFlags(flags + k, mulQ15(load(s + k), scale) > load(m + k) + kActiveOffset);
-  }
-}
-
-UsedBits Vector::updateNoise(Block noise, ConstBlock power, std::span<const unsigned char> active,
-                             Word16 alpha) {
-  // No shift saturates, and the sum has headroom for any weights.
-  const std::size_t bins = noise.words.size();
-  if (power.bits > bitsBelow(22) || boundOf(noise) > bitsBelow(29) || bins % 4 != 0) {
-    return Plain::updateNoise(noise, power, active, alpha);
-  }
+  constexpr Word32 kLoudOffset = (kActiveScale << 15) - kActiveOffset;
   const Factors fresh = splatFactor(alpha);
-  const Factors old = splatFactor(low16(kMax16 - alpha));
-  Word32* const noiseWords = noise.words.data();
-  const Word32* const powerWords = power.words.data();
-  const unsigned char* const flags = active.data();
-  BitsOf bits;
-  for (std::size_t k = 0; k < bins; k += 4) {
-    const Words n = load(noiseWords + k);
-    const Words p = load(powerWords + k);
-    const Words keep = loadFlags(flags + k) & ((n >> kNoiseBits) <= p);
-    const Words update = mulQ15(p << kNoiseBits, fresh) + mulQ15(n, old);
-    const Words updated = (n & keep) | (update & (update > 0) & ~keep);
-    store(noiseWords + k, updated);
-    bits.add(updated);
+  const Factors kept = splatFactor(low16(kMax16 - alpha));
+  const Word32 firstBin = mpy32x16(s[0], kSmoothOld) + mpy32x16(p[0], kSmoothEdge);
+  const Word32 lastBin = mpy32x16(s[size - 1], kSmoothOld) + mpy32x16(p[size - 1], kSmoothEdge);
+  Words smoothSum = splat(0);
+  Words minimumSum = splat(0);
+  Words smoothBits = splat(0);
+  Words noiseBits = splat(0);
+  Words before = splat(0);
+  Words sides = mulPositive(load(p), side);
+  for (std::size_t k = 0; k < size; k += 4) {
+    const Words now = load(p + k);
+    const bool atEnd = k + 4 == size;
+    const Words next = mulPositive(load(atEnd ? p : p + k + 4), side);
+    const Words lower = __builtin_shufflevector(before, sides, 3, 4, 5, 6);
+    const Words upper = __builtin_shufflevector(sides, next, 1, 2, 3, 4);
+    Words smooth = mulPositive(load(s + k), old) + mulPositive(now, centre) + (lower + upper) +
+                   kLacking;
+    if (k == 0) smooth[0] = firstBin;
+    if (atEnd) smooth[3] = lastBin;
+    before = sides;
+    sides = next;
+    store(s + k, smooth);
+    const Words minimum = least(load(minima + k), smooth);
+    store(minima + k, minimum);
+    store(windowMinima + k, least(load(windowMinima + k), smooth));
+    smoothSum += smooth;
+    minimumSum += minimum;
+    smoothBits |= smooth;
+
+    const Words loud = mulPositive(smooth, scale) + kLoudOffset > minimum;
+    storeFlags(active.data() + k, loud);
+    const Words n = load(noise + k);
+    const Words saturated = now >= 1 << (31 - kNoiseBits);
+    const Words shifted = (now << kNoiseBits & ~saturated) | (saturated & kMax32);
+    const Words update = mulPositive(shifted, fresh) + mulPositive(n, kept) + kLacking;
+    const Words keep = loud & ((n >> kNoiseBits) <= now);
+    const Words updated = (n & keep) | (update & ~keep);
+    store(noise + k, updated);
+    noiseBits |= updated;
   }
-  return bits.all();
+  const auto total = [](Words w) { return (w[0] + w[1]) + (w[2] + w[3]); };
+  const auto all = [](Words w) { return static_cast<UsedBits>((w[0] | w[1]) | (w[2] | w[3])); };
+  // A minimum is no larger than the power.
+  if (all(smoothBits) >= (std::size_t{1} << 31) / size) {
+    return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), all(noiseBits)};
+  }
+  return {total(smoothSum), total(minimumSum), all(noiseBits)};
 }
 
 void Vector::scaleBins(Block spectrum, std::span<const Word16> gains) {
@@ -227,6 +293,33 @@ void Vector::scaleBins(Block spectrum, std::span<const Word16> gains) {
   }
 }
 
+UsedBits Vector::addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block) {
+  const int up = -std::min<int>(time.exponent, 0);
+  if (overlap.size() % 4 != 0 || block.size() % 4 != 0 || up > 30 ||
+      (up > 0 && bitsOf(time.words) > bitsBelow(31 - up))) {
+    return Plain::addOverlap(time, overlap, block);
+  }
+  const int down = std::clamp<int>(time.exponent, 0, 31);
+  const Word32* const words = time.words.data();
+  Word32* const kept = overlap.data();
+  Word32* const to = block.data();
+  BitsOf bits;
+  for (std::size_t i = 0; i < overlap.size(); i += 4) {
+    const Words sum = saturatedSum(load(words + i) << up >> down, load(kept + i));
+    store(to + i, sum);
+    bits.add(sum);
+  }
+  for (std::size_t i = overlap.size(); i < block.size(); i += 4) {
+    const Words word = load(words + i) << up >> down;
+    store(to + i, word);
+    bits.add(word);
+  }
+  for (std::size_t i = 0; i < overlap.size(); i += 4) {
+    store(kept + i, load(words + block.size() + i) << up >> down);
+  }
+  return bits.all();
+}
+
 void Vector::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
   // As in the portable form; the recursion stays serial, and its output is rounded in parts.
   if (x.bits > bitsBelow(30)) return Plain::deemphasise(x, memory, out);
@@ -235,6 +328,7 @@ void Vector::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
   Word32 y = memory;
   for (std::size_t first = 0; first < out.size(); first += kPart) {
     const std::size_t n = std::min(kPart, out.size() - first);
+#pragma GCC unroll 4
     for (std::size_t i = 0; i < n; ++i) {
       y = x.words[first + i] + lMult32ByCoefficient(kDeemphasis, y);
       filtered[i] = y;
@@ -244,16 +338,29 @@ void Vector::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
   memory = y;
 }
 
+void Vector::peakPowers(std::span<const Word16> samples, std::span<Word32> peaks) {
+  const std::size_t count = samples.size() / peaks.size();
+  const Word16* x = samples.data();
+  for (Word32& peak : peaks) {
+    const Word32 magnitude = largestMagnitude(x, count);
+    peak = magnitude * magnitude;
+    // Full scale: -2^15, whose square is held below 2^30, may be among the samples.
+    if (magnitude == kMax16 && std::count(x, x + count, kMin16) > 0) peak = 0x3FFFFFFF;
+    x += count;
+  }
+}
+
 void Vector::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y) {
+  const Word16* const from = x.data();
+  Word16* const to = y.data();
   std::size_t n = 0;
-  if (usedBits(gain) <= kFactorBits) {
+  if (usedBits(gain) < 0x7FFF) {
+    const std::size_t whole = x.size() - x.size() % 8;
+    for (; n < whole; n += 8) multiplyEight(from + n, low16(gain), to + n);
+  } else if (usedBits(gain) <= kFactorBits) {
     const Words gains = splat(gain);
-    const Word16* const from = x.data();
-    Word16* const to = y.data();
     const std::size_t whole = x.size() - x.size() % 4;
-    for (; n < whole; n += 4) {
-      storeSaturated(to + n, mulQ15(gains, loadFactors(from + n)));
-    }
+    for (; n < whole; n += 4) storeSaturated(to + n, mulQ15(gains, loadFactors(from + n)));
   }
   if (n < x.size()) Portable::amplify(x.subspan(n), gain, y.subspan(n));
 }

@@ -23,9 +23,10 @@ inline Words largest(Words a, Words b) { return a > b ? a : b; }
 // floor(a b / 2^15) of 16-bit numbers, one of which is not negative.
 inline Words mult(Words a, Words b) { return product16(a, b) >> 15; }
 
-bool within(std::span<const Word16> values, Word16 least, Word16 most) {
-  return std::all_of(values.begin(), values.end(),
-                     [=](Word16 value) { return value >= least && value <= most; });
+bool within(std::span<const Word16, kBands> values, Word16 least, Word16 most) {
+  Words outside = splat(0);
+  for (std::size_t b = 0; b < kBands; b += 8) outside |= outsideOf(&values[b], least, most);
+  return !any(outside);
 }
 bool noneNegative(std::span<const Word32> words) {
   Word32 signs = 0;

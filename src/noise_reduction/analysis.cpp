@@ -8,8 +8,6 @@
 namespace arvessa {
 namespace {
 
-constexpr Word16 kAnalysisHeadroom = 6;  // bits
-
 // Of the windowed block only the history, 3/16 of it, and the word after it can exceed 2^27. A
 // value of the pairs' spectrum is their mean, turned, and no larger where sums saturate; the split
 // step adds a factor of sqrt(2) at most: below 0.42 x 2^31.
@@ -18,9 +16,8 @@ static_assert(16 * kSmallestHistory == 3 * 2 * kSmallestBins);
 
 }  // namespace
 
-Analysis analyse(const Geometry& geometry, std::span<Word32> frame, const AnalysisMemory& memory,
+Analysis analyse(const Geometry& geometry, ConstBlock fresh, const AnalysisMemory& memory,
                  const AnalysisBlocks& blocks) {
-  const Block fresh = normalised(frame, kAnalysisHeadroom);
   const Word16 scaleChange = sub(fresh.exponent, memory.exponent);
   memory.exponent = fresh.exponent;
 
@@ -29,9 +26,7 @@ Analysis analyse(const Geometry& geometry, std::span<Word32> frame, const Analys
   const Block spectrum = {blocks.spectrum, std::min(bits, kSpectrumBits), fresh.exponent};
   std::fill_n(spectrum.words.begin(), 4, 0);  // bins 0, K and 1
 
-  std::copy(spectrum.words.begin(), spectrum.words.end(), blocks.unscaled.begin());
-  denormalise({blocks.unscaled, spectrum.bits}, spectrum.exponent);
-  const ConstBlock power(blocks.power, Kernels::powers(blocks.unscaled, blocks.power));
+  const ConstBlock power(blocks.power, Kernels::powers(spectrum, blocks.power));
   Kernels::sumIntoBands(power, geometry.bank, blocks.bandPower);
   return {spectrum, power};
 }
@@ -54,10 +49,10 @@ Block framed(const Geometry& geometry, ConstBlock frame, Word16 scaleChange,
   std::copy(windowed.end() - static_cast<std::ptrdiff_t>(history), windowed.end(),
             memory.history.begin());
 
-  UsedBits bits = Kernels::multiply({windowed, freshBits | usedBits(past)}, geometry.window);
+  UsedBits bits = Kernels::multiply({windowed, freshBits | Kernels::bitsOf(past)}, geometry.window);
   // The transform's fast form takes 28 bits. Of a loud frame's history at the scale of a quiet one,
   // the window may have taken what is above.
-  if (bits > bitsBelow(28)) bits = usedBits(windowed);
+  if (bits > bitsBelow(28)) bits = Kernels::bitsOf(windowed);
   return {time, bits, frame.exponent};
 }
 

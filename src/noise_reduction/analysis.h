@@ -13,11 +13,10 @@ struct AnalysisMemory {
   Word16& exponent;           // left shift that normalised the frame
 };
 
-// Where the stage writes. `unscaled` may be `time`.
+// Where the stage writes.
 struct AnalysisBlocks {
   std::span<Word32> time;      // 2K, work area
   std::span<Word32> spectrum;  // 2K
-  std::span<Word32> unscaled;  // 2K, the spectrum at the input's scale
   std::span<Word32> power;     // K
   std::span<Word32, kBands> bandPower;
 };
@@ -27,8 +26,9 @@ struct Analysis {
   ConstBlock power;  // by bin, at the input's scale; bins 0 and 1 are 0
 };
 
-// `frame`: N samples in the upper halves, normalised in place to 6 bits of headroom.
-Analysis analyse(const Geometry& geometry, std::span<Word32> frame, const AnalysisMemory& memory,
+// `frame`: N samples, normalised to kAnalysisHeadroom bits of headroom.
+inline constexpr Word16 kAnalysisHeadroom = 6;
+Analysis analyse(const Geometry& geometry, ConstBlock frame, const AnalysisMemory& memory,
                  const AnalysisBlocks& blocks);
 
 // The windowed block of 2K words: history, the new samples pre-emphasised, zeros. History and

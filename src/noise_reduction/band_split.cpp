@@ -21,15 +21,14 @@ void joinBands(std::span<const Word16> low, const FilterMemory& memory,
 void delayUpperBand(std::span<Word16, kUpperBandDelay> delay, std::span<const Word16> highBand,
                     Word16 gain) {
   std::copy(delay.end() - kUpperBandHistory, delay.end(), delay.begin());
-  for (std::size_t n = 0; n < highBand.size(); ++n) {
-    delay[kUpperBandHistory + n] = mult(highBand[n], gain);
-  }
+  Kernels::amplify(highBand, gain, delay.subspan(kUpperBandHistory, highBand.size()));
 }
 
 Word16 meanOf128(std::span<const Word16> gains) {
-  Word16 mean = 0;
-  for (const Word16 gain : gains.first(128)) mean = add(mean, shr(gain, 7));
-  return mean;
+  // None is beyond 2^8, so that 16 bits hold the sum.
+  std::uint16_t mean = 0;
+  for (const Word16 gain : gains.first<128>()) mean = static_cast<std::uint16_t>(mean + (gain >> 7));
+  return static_cast<Word16>(mean);
 }
 
 }  // namespace arvessa

@@ -5,6 +5,23 @@
 
 // clang-format off
 
+namespace arvessa {
+
+// The first bin of which each band is the lower one; last, the number of bins.
+const std::uint16_t kFirstBins8k[25] = {
+    0, 2, 3, 4, 6, 7, 8, 10, 11, 13, 14, 16, 18, 20, 22, 25, 28, 31, 35, 39, 44, 50, 57, 64, 64};
+
+// The first bin of which each band is the lower one; last, the number of bins.
+const std::uint16_t kFirstBins16k[25] = {
+    0, 2, 4, 5, 7, 8, 10, 12, 14, 16, 18, 21, 24, 27, 31, 36, 41, 48, 56, 66, 77, 91, 108, 128, 128};
+
+// The first bin of which each band is the lower one; last, the number of bins.
+const std::uint16_t kFirstBins32k[25] = {
+    0, 2, 4, 6, 8, 10, 12, 14, 16, 19, 22, 26, 30, 35, 41, 49, 58, 70, 85, 103, 125, 154, 195, 256,
+    256};
+
+}  // namespace arvessa
+
 extern "C" {
 
 // The band at or below each bin.

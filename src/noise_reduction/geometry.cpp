@@ -15,6 +15,7 @@ struct Tables {
   const Word32* bankRight;
   const Word16* filterLeft;
   const Word16* filterRight;
+  const std::uint16_t* firstBins;
 };
 
 // Field by field: GCC keeps braces full of addresses as relocated constants in writable data.
@@ -28,6 +29,7 @@ Tables tablesOf(int sizeCode) {
     t.bankRight = WVQE_CONST_TABLE_BANK_RIGHT_8K;
     t.filterLeft = WVQE_CONST_TABLE_FILTER_LEFT_8K;
     t.filterRight = WVQE_CONST_TABLE_FILTER_RIGHT_8K;
+    t.firstBins = kFirstBins8k;
   } else if (sizeCode == 1) {
     t.twiddles = WVQE_CONST_TABLE_FFT_COEF_16K;
     t.rearranged = WVQE_CONST_TABLE_FFT_COEF_Rearrange_16K;
@@ -36,6 +38,7 @@ Tables tablesOf(int sizeCode) {
     t.bankRight = WVQE_CONST_TABLE_BANK_RIGHT_16K;
     t.filterLeft = WVQE_CONST_TABLE_FILTER_LEFT_16K;
     t.filterRight = WVQE_CONST_TABLE_FILTER_RIGHT_16K;
+    t.firstBins = kFirstBins16k;
   } else {
     t.twiddles = WVQE_CONST_TABLE_FFT_COEF_32K;
     t.rearranged = WVQE_CONST_TABLE_FFT_COEF_Rearrange_32K;
@@ -44,6 +47,7 @@ Tables tablesOf(int sizeCode) {
     t.bankRight = WVQE_CONST_TABLE_BANK_RIGHT_32K;
     t.filterLeft = WVQE_CONST_TABLE_FILTER_LEFT_32K;
     t.filterRight = WVQE_CONST_TABLE_FILTER_RIGHT_32K;
+    t.firstBins = kFirstBins32k;
   }
   return t;
 }
@@ -68,6 +72,7 @@ Geometry geometryOf(int sizeCode) {
   g.bank.upper = {t.bankRight, bins};
   g.bank.lowerWeight = {t.filterLeft, bins};
   g.bank.upperWeight = {t.filterRight, bins};
+  g.bank.firstBins = t.firstBins;
   return g;
 }
 

@@ -19,44 +19,34 @@ std::int32_t windowThreshold(int frame) {
   return frame <= 999 ? 80 : 150;
 }
 
-ConstBlock trackMinima(const NoiseMemory& memory, std::uint16_t frame) {
-  const std::span<const Word32> smooth = memory.smooth;
+// The minima before they take in the smoothed power of this frame: in the first one it is the only
+// one, and when the search window restarts, that of the window which ends stands for both.
+void moveWindow(const NoiseMemory& memory, std::uint16_t frame) {
+  const kernels::BinNoise& bins = memory.bins;
+  const bool restarts = static_cast<std::int32_t>(memory.windowFrames) > windowThreshold(frame);
   if (frame == 1) {
-    std::copy(smooth.begin(), smooth.end(), memory.minimum.begin());
-    std::copy(smooth.begin(), smooth.end(), memory.windowMinimum.begin());
+    std::fill(bins.windowMinimum.begin(), bins.windowMinimum.end(), kMax32);
   }
-  if (static_cast<std::int32_t>(memory.windowFrames) > windowThreshold(frame)) {
-    memory.windowFrames = 0;
-    for (std::size_t k = 0; k < smooth.size(); ++k) {
-      memory.minimum[k] = std::min(memory.windowMinimum[k], smooth[k]);
-      memory.windowMinimum[k] = smooth[k];
-    }
-  } else {
-    for (std::size_t k = 0; k < smooth.size(); ++k) {
-      memory.windowMinimum[k] = std::min(memory.windowMinimum[k], smooth[k]);
-      memory.minimum[k] = std::min(memory.minimum[k], smooth[k]);
-    }
+  if (frame == 1 || restarts) {
+    std::copy(bins.windowMinimum.begin(), bins.windowMinimum.end(), bins.minimum.begin());
+    std::fill(bins.windowMinimum.begin(), bins.windowMinimum.end(), kMax32);
   }
-  return {memory.minimum, usedBits(memory.minimum)};
+  if (restarts) memory.windowFrames = 0;
 }
 
 }  // namespace
 
-bool isVoice(ConstBlock smooth, ConstBlock minimum) {
-  return mpy32x16(Kernels::sum(smooth), kFrameScale) >
-         lAdd(Kernels::sum(minimum), kernels::kActiveOffset);
+bool isVoice(Word32 smoothTotal, Word32 minimumTotal) {
+  return mpy32x16(smoothTotal, kFrameScale) > lAdd(minimumTotal, kernels::kActiveOffset);
 }
 
 NoiseEstimate estimateNoise(ConstBlock power, std::uint16_t frame, const NoiseMemory& memory,
                             std::span<unsigned char> active) {
   // The running mean of the first 99 frames, an exponential average after them.
   const auto alpha = static_cast<Word16>(std::max(quotient(kMax16, frame), Word32{kMinAlpha}));
-  Block smooth = {memory.smooth};
-  smooth.bits = Kernels::smoothPower(smooth, power);
-  const ConstBlock minimum = trackMinima(memory, frame);
-  Kernels::findActiveBins(smooth, minimum, active);
-  const UsedBits noiseBits = Kernels::updateNoise({memory.noise}, power, active, alpha);
-  return {isVoice(smooth, minimum), {memory.noise, noiseBits}};
+  moveWindow(memory, frame);
+  const kernels::NoiseTotals totals = Kernels::trackNoise(power, memory.bins, alpha, active);
+  return {isVoice(totals.smooth, totals.minimum), {memory.bins.noise, totals.noiseBits}};
 }
 
 }  // namespace arvessa

@@ -10,12 +10,8 @@
 
 namespace arvessa {
 
-// All of K words: powers, the noise with 7 more fraction bits.
 struct NoiseMemory {
-  std::span<Word32> windowMinimum;  // of the smoothed power in the current search window
-  std::span<Word32> minimum;        // over this window and the previous one
-  std::span<Word32> smooth;         // power smoothed over time and frequency
-  std::span<Word32> noise;
+  kernels::BinNoise bins;       // K
   std::uint32_t& windowFrames;  // since the search window restarted
 };
 
@@ -31,6 +27,6 @@ NoiseEstimate estimateNoise(ConstBlock power, std::uint16_t frame, const NoiseMe
                             std::span<unsigned char> active);
 
 // Whether the total of the smoothed power exceeds 16.4 times that of the minima.
-bool isVoice(ConstBlock smooth, ConstBlock minimum);
+bool isVoice(Word32 smoothTotal, Word32 minimumTotal);
 
 }  // namespace arvessa

@@ -40,11 +40,7 @@ struct Normalised {
   ConstBlock spectrum;  // for the inverse transform, with the exponent of this step alone
 };
 struct Transformed {
-  std::span<const Word32> time;  // at the scale of the spectrum
-  Word16 shift;                  // by which it will be denormalised
-};
-struct Restored {
-  std::span<const Word32> time;  // at the input's scale, before the overlap is added
+  ConstBlock time;  // before the overlap is added
 };
 
 struct NoObserver {
@@ -79,12 +75,10 @@ ReducedFrame runSpectralChain(const Geometry& geometry, ChainSwitches switches,
     Word32 frameWords[kMaxFrame];
     Word32 powerWords[kMaxBins];
     unsigned char active[kMaxBins];
-    for (std::size_t n = 0; n < in.size(); ++n) frameWords[n] = depositHigh(in[n]);
-    // The time buffer is free again when the analysis makes its working copy of the spectrum.
-    const Analysis analysis =
-        analyse(geometry, std::span(frameWords).first(in.size()), analysisMemory(state, geometry),
-                {time, std::span(spectrumWords).first(2 * bins), time,
-                 std::span(powerWords).first(bins), bandPower});
+    const Block frame = Kernels::normaliseSamples(in, kAnalysisHeadroom, frameWords);
+    const Analysis analysis = analyse(geometry, frame, analysisMemory(state, geometry),
+                                      {time, std::span(spectrumWords).first(2 * bins),
+                                       std::span(powerWords).first(bins), bandPower});
     observe(Analysed{in, analysis.spectrum, analysis.power, bandPower});
     spectrum = analysis.spectrum;
     estimate = estimateNoise(analysis.power, state.frameCountSat, noiseMemory(state, geometry.bins),
@@ -110,16 +104,14 @@ ReducedFrame runSpectralChain(const Geometry& geometry, ChainSwitches switches,
     observe(Suppressed{spectrum});
   }
 
-  const Block scaled = normalised(spectrum.words, kSynthesisHeadroom);
+  const Block scaled = Kernels::normalise(spectrum.words, kSynthesisHeadroom);
   observe(Normalised{scaled});
   Kernels::inverseTransform(scaled, geometry.transform, time);
   // Half the scale of the input, which the output filter doubles: the overlapping sum has headroom.
-  const Word16 shift = low16(spectrum.exponent + 1 + scaled.exponent);
-  observe(Transformed{time, shift});
-  denormalise({time}, shift);
-  observe(Restored{time});
+  const Block restored = {time, kAllBits, low16(spectrum.exponent + 1 + scaled.exponent)};
+  observe(Transformed{restored});
   const auto overlap = std::span(state.olaBuffer).first(2 * bins - in.size());
-  synthesise(time, overlap, state.deemphMem, out);
+  synthesise(restored, overlap, state.deemphMem, out);
   return {estimate.voice, meanGain};
 }
 

@@ -61,8 +61,9 @@ inline AnalysisMemory analysisMemory(NoiseReductionState& s, const Geometry& g) 
 
 inline NoiseMemory noiseMemory(NoiseReductionState& s, int bins) {
   const auto k = static_cast<std::size_t>(bins);
-  return {std::span(s.psdTmpMin).first(k), std::span(s.psdMin).first(k),
-          std::span(s.psdSmooth).first(k), std::span(s.noisePsd).first(k), s.minWinCount};
+  return {{std::span(s.psdTmpMin).first(k), std::span(s.psdMin).first(k),
+           std::span(s.psdSmooth).first(k), std::span(s.noisePsd).first(k)},
+          s.minWinCount};
 }
 
 inline GainMemory gainMemory(NoiseReductionState& s) {

@@ -3,6 +3,8 @@
 // The constant tables of the room, by transform size: 64 bins at 8 kHz, 128 at 16 kHz, 256 at 32
 // kHz. They are chosen in one place only, geometry.cpp.
 
+#include <cstdint>
+
 #include "ArvessaTypes.h"
 
 extern "C" {
@@ -45,3 +47,12 @@ extern ARVESSA_API const Word16 WVQE_CONST_TABLE_FILTER_RIGHT_32K[256];
 extern ARVESSA_API const Word16 WVQE_SUBBAND_NOISE_SUPPRESS_TABLE[24];
 
 }  // extern "C"
+
+namespace arvessa {
+
+// The first bin of which each band is the lower one; last, the number of bins.
+extern const std::uint16_t kFirstBins8k[25];
+extern const std::uint16_t kFirstBins16k[25];
+extern const std::uint16_t kFirstBins32k[25];
+
+}  // namespace arvessa

@@ -98,6 +98,25 @@ TYPED_TEST(Kernels, OfTheAnalysisEqualThePlainOnes) {
     this->expectSame([&](auto form, Words& x) { return form.multiply(x, window); },
                      this->words(window.size(), peak));
 
+    Halves samples = this->factors(80U << size);
+    for (Word16& sample : samples) sample = static_cast<Word16>(sample & (peak >> 16 | 1));
+    if (this->random.below(8) == 0) samples[5] = kMin16;
+    const auto headroom = static_cast<Word16>(this->random.below(31));
+    this->expectSame(
+        [&](auto form, Words& exponent, Words& words) {
+          const Block block = form.normaliseSamples(samples, headroom, words);
+          exponent[0] = block.exponent;
+          return block.bits;
+        },
+        Words(1), Words(samples.size()));
+    this->expectSame(
+        [&](auto form, Words& exponent, Words& words) {
+          const Block block = form.normalise(words, headroom);
+          exponent = {block.exponent, static_cast<Word32>(form.bitsOf(words))};
+          return block.bits;
+        },
+        Words(), this->words(g.bins - this->random.below(3), peak));
+
     const Words frame = this->words(80U << size, peak);
     const Word32 previous = this->random.word32();
     this->expectSame([&](auto form, Words& out) { return form.preemphasise(frame, previous, out); },
@@ -115,10 +134,14 @@ TYPED_TEST(Kernels, OfTheAnalysisEqualThePlainOnes) {
 
     Words spectrum = this->words(2 * g.bins, peak);
     if (peak == kMax32) spectrum[6] = spectrum[7] = kMin32;  // a sum of exactly 2^31
-    this->expectSame([&](auto form, Words& power) { return form.powers(spectrum, power); },
-                     Words(g.bins));
+    const auto exponent = static_cast<Word16>(this->random.from(-20, 33));
+    this->expectSame(
+        [&](auto form, Words& power) {
+          return form.powers(Block{spectrum, kAllBits, exponent}, power);
+        },
+        Words(g.bins));
 
-    const Words power = this->words(g.bins - (this->often() ? 0 : 3), peak, this->often());
+    const Words power = this->words(g.bins, peak, this->often());
     this->expectSame(
         [&](auto form, Words& bands) {
           form.sumIntoBands(power, g.bank, std::span<Word32, kBands>(bands));
@@ -127,33 +150,33 @@ TYPED_TEST(Kernels, OfTheAnalysisEqualThePlainOnes) {
   });
 }
 
+// Also of what no frame leaves: negative words.
 TYPED_TEST(Kernels, OfTheNoiseEstimateEqualThePlainOnes) {
   this->forEachPeak([&](Word32 peak, int size) {
-    const std::size_t n = (64U << size) - 2 * this->random.below(30);
-    const Words smooth = this->words(n, peak, true), noise = this->words(n, peak, this->often());
-    Words power = this->words(n, peak >> this->random.below(8), true);
-    this->expectSame([&](auto form, Words& x) { return form.smoothPower(x, power); }, smooth);
-
-    Words minimum = this->words(n, peak, true);
+    const std::size_t n = (64U << size) - (this->often() ? 0 : 2 * this->random.below(30));
+    const bool positive = this->random.below(4) != 0;
+    Words power = this->words(n, kPeaks[this->random.below(std::size(kPeaks))], true);
+    const Words smooth = this->words(n, peak, positive), noise = this->words(n, peak, positive);
+    Words minimum = this->words(n, peak, positive);
+    Words smoothed = smooth;
+    kernels::smoothPower(smoothed, power);
     for (std::size_t k = 0; k < n; k += 2) {  // around the threshold of the bin
-      minimum[k] = static_cast<Word32>((std::int64_t{smooth[k]} * 10158 >> 15) - 20 +
+      minimum[k] = static_cast<Word32>((std::int64_t{smoothed[k]} * 10158 >> 15) - 20 +
                                        this->random.below(3) - 1);
+      if (positive && minimum[k] < 0) minimum[k] = 0;
     }
+    for (std::size_t k = 0; k < n; k += 3) {  // and of the noise
+      if (power[k] < 0x1000000) power[k] = (noise[k] >> 7) - (noise[k] > 127 ? k % 2 : 0);
+    }
+    const Word16 alpha = this->random.from(0, 32767);
     this->expectSame(
-        [&](auto form, Flags& active) { form.findActiveBins(smooth, minimum, active); },
-        Flags(n, 7));
-
-    power = this->words(n, kPeaks[this->random.below(std::size(kPeaks))], true);
-    for (std::size_t k = 0; k < n; k += 3) power[k] = (noise[k] >> 7) - k % 2;
-    Flags active(n);
-    for (auto& flag : active) flag = this->often() ? 1 : 0;
-    const Word16 alpha = this->random.word16();
-    this->expectSame([&](auto form, Words& x) { return form.updateNoise(x, power, active, alpha); },
-                     noise);
-
-    const auto sum = [](auto form, const Words& words) { return form.sum(words); };
-    this->expectSame(sum, noise);
-    this->expectSame(sum, Words(this->often() ? 512 : 513, peak));
+        [&](auto form, Words& s, Words& m, Words& window, Flags& active, Words& totals, Words& d) {
+          const ConstBlock block(power, usedBits(power));
+          const NoiseTotals t = form.trackNoise(block, {window, m, s, d}, alpha, active);
+          totals = {t.smooth, t.minimum};
+          return t.noiseBits;
+        },
+        smooth, minimum, this->words(n, peak, positive), Flags(n, 7), Words(), noise);
   });
 }
 
@@ -219,7 +242,7 @@ TYPED_TEST(Kernels, OfTheSynthesisEqualThePlainOnes) {
     const Halves bands = this->factors(kBands, this->often());
     const bool positive = this->often();
     const Halves lower = this->factors(g.bins, positive), upper = this->factors(g.bins, positive);
-    const Filterbank anyWeights = {g.bank.lower, g.bank.upper, lower, upper};
+    const Filterbank anyWeights = {g.bank.lower, g.bank.upper, lower, upper, nullptr};
     const Filterbank& bank = this->often() ? g.bank : anyWeights;
     this->expectSame(
         [&](auto form, Halves& out) {
@@ -239,6 +262,19 @@ TYPED_TEST(Kernels, OfTheSynthesisEqualThePlainOnes) {
     }
     this->expectSame(
         [&](auto form, Words& out) { form.inverseTransform(sparse, g.transform, out); }, sparse);
+
+    const auto shift = static_cast<Word16>(this->random.from(-3, 33));
+    const std::size_t overlap = 2 * g.bins - g.frame;
+    this->expectSame(
+        [&](auto form, Words& before, Words& time, Words& block) {
+          return form.addOverlap(Block{time, kAllBits, shift}, before, block);
+        },
+        this->words(overlap, this->often() ? peak : kMax32), sparse, Words(g.frame));
+    this->expectSame(
+        [&](auto form, Words& before, Words& time) {
+          form.addOverlap(Block{time, kAllBits, shift}, before, std::span(time).first(g.frame));
+        },
+        this->words(overlap, peak), sparse);
 
     const Words x = this->words((80U << size) + 2 * this->random.below(3), peak);
     this->expectSame(
