@@ -16,6 +16,8 @@ from voices import RECORDED, VOICES
 
 RATE = 8000
 SETTLED = 200     # frames: what the suppression does is measured from here on
+BEAMS_AT = (0, 90, 180)  # degrees
+BETWEEN = (45, 135)
 RIGHT_BEAMS = {0: (0,), 45: (0, 1), 90: (1,), 135: (1, 2), 180: (2,)}  # by direction of the talker
 
 FULL = {"voice": VOICES, "talker": tuple(RIGHT_BEAMS), "noise": tuple(NOISES),
@@ -72,10 +74,12 @@ class Grid:
     decisions: np.ndarray  # ..., column
 
     def _part(self, array, where):
-        """The cells that `where` allows, seeds first, all other axes of scenes in one."""
+        """The cells that `where` allows, a value or a tuple of them for an axis: seeds first, all other
+        axes of scenes in one."""
         for axis, (name, values) in enumerate(self.axes.items()):
             if name in where:
-                array = array.take([values.index(where[name])], axis)
+                wanted = where[name] if isinstance(where[name], tuple) else (where[name],)
+                array = array.take([values.index(value) for value in wanted], axis)
         array = np.moveaxis(array, list(self.axes).index("seed"), 0)
         return array.reshape(array.shape[0], -1, *array.shape[len(self.axes):])
 

@@ -2,7 +2,8 @@
 """Tables of the grid, as lines of Markdown."""
 import numpy as np
 
-from grid import HEARD, RIGHT, RIGHT_BEAMS, VOICE, WAIT, mean_and_interval
+from grid import (BEAMS_AT, BETWEEN, HEARD, RIGHT, RIGHT_BEAMS, VOICE, WAIT,
+                  mean_and_interval)
 from scenes import NOISES, POINT_SOURCE_DEGREES
 from systems import SYSTEMS
 
@@ -34,19 +35,18 @@ def percent(values):
 
 def overview(grid):
     """For the README: means only, and how exact they are."""
+    columns = [*(("snri", {"noise": noise}, 1) for noise in NOISES),
+               *(("stoi", {"talker": talkers}, 2) for talkers in (BEAMS_AT, BETWEEN))]
+    head = ["", *NOISE_NAMES.values(), "STOI, talker at 0°, 90°, 180°", "at 45°, 135°"]
+    head[1] = f"SNR improvement, dB: {head[1]}"
     rows, halves = [], {"snri": 0, "stoi": 0}
     for system in SYSTEMS:
         row = [system]
-        for measure in halves:
-            for noise in NOISES:
-                mean, half = mean_and_interval(
-                    grid.by_seed(measure, system, noise=noise, snr=SNR))
-                halves[measure] = max(halves[measure], half)
-                row.append(number(mean, MEASURES[measure][1] if measure == "snri" else 2))
+        for measure, where, digits in columns:
+            mean, half = mean_and_interval(grid.by_seed(measure, system, snr=SNR, **where))
+            halves[measure] = max(halves[measure], half)
+            row.append(number(mean, digits))
         rows.append(row)
-    head = ["", *(f"SNR improvement, dB: {name}" if n == 0 else name
-                  for n, name in enumerate(NOISE_NAMES.values())),
-            *(f"STOI: {name}" if n == 0 else name for n, name in enumerate(NOISE_NAMES.values()))]
     return [*table(head, rows), "",
             f"Confidence intervals (95 %) over the seeds are at most ±{halves['snri']:.1f} dB and "
             f"±{halves['stoi']:.3f}."]
@@ -65,12 +65,15 @@ def by_noise(grid):
 
 def by_snr(grid):
     lines = []
-    for measure, system, title in (("snri", "all", "all: SNR improvement, dB"),
-                                   ("stoi", "microphone 1", "microphone 1: STOI"),
-                                   ("stoi", "beamformer", "beamformer: STOI"),
-                                   ("stoi", "all", "all: STOI")):
+    for measure, system, talkers, title in (
+            ("snri", "all", BEAMS_AT, "all, talker at 0°, 90°, 180°: SNR improvement, dB"),
+            ("snri", "all", BETWEEN, "all, at 45°, 135°: SNR improvement, dB"),
+            ("stoi", "microphone 1", (*BEAMS_AT, *BETWEEN), "microphone 1: STOI"),
+            ("stoi", "all", BEAMS_AT, "all, talker at 0°, 90°, 180°: STOI"),
+            ("stoi", "all", BETWEEN, "all, at 45°, 135°: STOI")):
         head = (title, *(f"{snr} dB" for snr in grid.axes["snr"]))
-        lines += [*table(head, ((name, *(shown(grid.by_seed(measure, system, noise=noise, snr=snr),
+        lines += [*table(head, ((name, *(shown(grid.by_seed(measure, system, noise=noise, snr=snr,
+                                                            talker=talkers),
                                                MEASURES[measure][1])
                                          for snr in grid.axes["snr"]))
                                 for noise, name in NOISE_NAMES.items())), ""]

@@ -9,7 +9,7 @@ import numpy as np
 
 import cases
 from case_tables import FRAMES_A_SECOND, chosen, gain_over_time, smoothed
-from grid import RIGHT_BEAMS, VOICE, mean_and_interval
+from grid import BEAMS_AT, BETWEEN, RIGHT_BEAMS, VOICE, mean_and_interval
 from grid_tables import NOISE_NAMES
 from speech_level import decibels
 
@@ -75,8 +75,10 @@ def draw_grid(grid, folder):
     noises = [(name, {"noise": noise}) for noise, name in NOISE_NAMES.items()]
     talkers = [(f"talker at {talker}°", {"talker": talker}) for talker in RIGHT_BEAMS]
     curves(grid, folder / "quality_noises.png",
-           [("snri", "SNR improvement, dB", {}), ("stoi", "STOI", {})], noises,
-           "What happens to speech in noise: mean of five directions and four voices")
+           [("snri", "SNR improvement, dB\nfive directions", {}),
+            ("stoi", "STOI, talker at\n0°, 90°, 180°", {"talker": BEAMS_AT}),
+            ("stoi", "STOI, talker at\n45°, 135°", {"talker": BETWEEN})], noises,
+           "What happens to speech in noise: mean of four voices")
     for measure, label in (("snri", "SNR improvement, dB"), ("stoi", "STOI")):
         curves(grid, folder / f"quality_directions_{measure}.png",
                [(measure, f"{name}\n{label}", where) for name, where in noises], talkers,

@@ -16,6 +16,9 @@ LIMITS_DB = (-1, -10, -16)
 PAUSE_DB = -40  # a frame below this and so both its neighbours: a pause
 # Below this SNR the speech in a class is the small difference of two large powers, and chance.
 LEAST_SNR_DB = -5
+# What is left of a class after processing counts as at least this: below, the difference of powers may
+# well be negative, and its logarithm is anything.
+LEAST_SNR_AFTER_DB = -10
 
 
 def frame_powers(x, rate):
@@ -62,7 +65,8 @@ def measures(before, after):
     used = (snr[0] >= LEAST_SNR_DB) & (counts > 0)
     if not used.any():
         raise ValueError("no class of speech stands out of the noise")
-    snri = np.average((snr[1] - snr[0])[used], weights=counts[used])
+    after_processing = np.maximum(snr[1], LEAST_SNR_AFTER_DB)
+    snri = np.average((after_processing - snr[0])[used], weights=counts[used])
     noise = decibels(means[1][3] / means[0][3])
     levels = [decibels(np.average(voice[:2], weights=counts[:2])) for voice in voices]
     whole = decibels(np.average(voices[0], weights=counts) / means[0][3])
