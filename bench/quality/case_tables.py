@@ -95,17 +95,18 @@ def change(results):
 
 
 def direction(results):
-    head = ["talker at"]
+    lines = []
     for geometry in cases.GEOMETRIES:
-        head += [f"{geometry}: level, dB", "beam to 0°", "to 90°", "to 180°"]
-    rows = []
-    for talker in cases.DIRECTIONS[::3]:
-        row = [f"{talker}°"]
-        for geometry in cases.GEOMETRIES:
-            level, *shares = chosen("direction", results, geometry, talker).mean(axis=0)
-            row += [number(level, 1, signed=True), *(f"{100 * share:.0f} %" for share in shares)]
-        rows.append(row)
-    return table(head, rows)
+        head = (f"{geometry}, talker at", "level, dB", "beam to 0°", "to 90°", "to 180°",
+                f"STOI at {cases.QUIET_SNR} dB: microphone 1", "beamformer", "nearest beam held")
+        rows = []
+        for talker in cases.DIRECTIONS[::3]:
+            level, *others = chosen("direction", results, geometry, talker).mean(axis=0)
+            rows.append((f"{talker}°", number(level, 1, signed=True),
+                         *(f"{100 * share:.0f} %" for share in others[:3]),
+                         *(number(stoi, 3) for stoi in others[3:])))
+        lines += [*table(head, rows), ""]
+    return lines[:-1]
 
 
 def rival(results):

@@ -77,12 +77,14 @@ NARROW = "58 mm"
 GEOMETRIES = ("138.5 mm", NARROW)
 NARROW_MILLIMETRES = "-29,0:29,0"
 DIRECTION_SEEDS = (1, 2)
+QUIET_SNR = 20  # dB
 DIRECTION_CASES = list(product(GEOMETRIES, DIRECTIONS, VOICES))
 
 
 def direction(case):
-    """Speech level of the beamformer over that of microphone 1, dB, then the shares of the beams
-    in frames with speech, in fan noise."""
+    """Speech level of the beamformer over that of microphone 1, dB; the shares of the beams in frames
+    with speech, in fan noise; STOI with little noise of microphone 1, of the beamformer, and of its
+    nearest beam, held."""
     geometry, talker, voice = case
     table = FOLDER / "narrow_beams.csv"
     narrow = geometry == NARROW
@@ -90,17 +92,22 @@ def direction(case):
     options = ("--beams", str(table)) if narrow else ()
     talk = talk_file(voice, RATE)
     speech = scene(talk, (*NO_NOISE, *options), talker)
-    classes = classify(speech[:, 0] / 32768, RATE)
+    alone = microphone_1(speech)
+    classes = classify(alone / 32768, RATE)
     used = (classes >= 0) & (classes < 3)
     powers = [np.mean(frame_powers(y, RATE)[used]) for y in
-              (microphone_1(speech).astype(float),
-               arvessa.enhance(speech, engine=False, beams=beams))]
+              (alone.astype(float), arvessa.enhance(speech, engine=False, beams=beams))]
     shares = np.zeros(3)
     for seed in DIRECTION_SEEDS:
         noisy = scene(talk, (*NOISES["fan"], *options), talker, SNR, seed)
         chosen = arvessa.trace(noisy, engine=False, beams=beams).beam[:len(used)]
         shares += [np.mean(chosen[used] == beam) for beam in range(3)]
-    return np.array([10 * np.log10(powers[1] / powers[0]), *shares / len(DIRECTION_SEEDS)])
+    stoi = Stoi(alone, RATE)
+    quiet = scene(talk, (*NOISES["fan"], *options), talker, QUIET_SNR, SEEDS[0])
+    heard = (microphone_1(quiet), arvessa.enhance(quiet, engine=False, beams=beams),
+             arvessa.enhance(quiet, engine=False, beams=beams, beam=round(talker / 90)))
+    return np.array([10 * np.log10(powers[1] / powers[0]), *shares / len(DIRECTION_SEEDS),
+                     *map(stoi, heard)])
 
 
 PATTERN_DIRECTIONS = tuple(range(0, 360, 5))

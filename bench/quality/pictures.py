@@ -10,11 +10,12 @@ import numpy as np
 import cases
 from case_tables import FRAMES_A_SECOND, chosen, gain_over_time, smoothed
 from grid import BEAMS_AT, BETWEEN, RIGHT_BEAMS, VOICE, mean_and_interval
-from grid_tables import NOISE_NAMES
+from grid_tables import NOISE_NAMES, rise_of_stoi
 from speech_level import decibels
 
 STYLES = {"microphone 1": ("#555555", ":", None), "beamformer": ("#0072B2", "--", "s"),
-          "engine": ("#009E73", "-.", "^"), "all": ("#D55E00", "-", "o"),
+          "engine, no AGC": ("#009E73", "-.", "^"), "all": ("#D55E00", "-", "o"),
+          "all, no AGC": ("#7A3B00", ":", "v"),
           "Speex, microphone 1": ("#CC79A7", "--", "x"),
           "Speex, both": ("#56B4E9", "-.", "+")}
 BEAM_COLOURS = ("#0072B2", "#E69F00", "#009E73")
@@ -41,10 +42,14 @@ def legend_below(figure, axes_of_labels, columns):
 
 
 def draw_curve(axes, grid, measure, system, **where):
-    """Mean and confidence interval over the SNR."""
+    """Mean and confidence interval over the SNR. "rise" is the rise of STOI over microphone 1."""
     colour, dashes, marker = STYLES[system]
     snrs = grid.axes["snr"]
-    points = [mean_and_interval(grid.by_seed(measure, system, snr=snr, **where)) for snr in snrs]
+    if measure == "rise":
+        values = [rise_of_stoi(grid, system, snr=snr, **where) for snr in snrs]
+    else:
+        values = [grid.by_seed(measure, system, snr=snr, **where) for snr in snrs]
+    points = [mean_and_interval(seeds) for seeds in values]
     mean, half = np.array(points).T
     axes.plot(snrs, mean, dashes, color=colour, marker=marker, markersize=4, linewidth=1.4,
               label=system)
@@ -63,11 +68,12 @@ def curves(grid, path, rows, columns, title):
                 if measure == "stoi" or system != "microphone 1":
                     draw_curve(axes, grid, measure, system, **where, **more)
             axes.set_xticks(grid.axes["snr"])
+    for axes in panels[-1]:
+        axes.set_xlabel("SNR at microphone 1, dB")
     for axes, (name, _) in zip(panels[0], columns):
         axes.set_title(name)
-    figure.supxlabel("SNR at microphone 1, dB", fontsize=9)
     figure.suptitle(title, fontsize=11)
-    legend_below(figure, panels.flat, 6)
+    legend_below(figure, panels[-1:, 0], len(STYLES))
     save(figure, path)
 
 
@@ -79,10 +85,11 @@ def draw_grid(grid, folder):
             ("stoi", "STOI, talker at\n0°, 90°, 180°", {"talker": BEAMS_AT}),
             ("stoi", "STOI, talker at\n45°, 135°", {"talker": BETWEEN})], noises,
            "What happens to speech in noise: mean of four voices")
-    for measure, label in (("snri", "SNR improvement, dB"), ("stoi", "STOI")):
+    for measure, label, title in (("snri", "SNR improvement, dB", "SNR improvement"),
+                                  ("rise", "rise of STOI", "Rise of STOI over microphone 1")):
         curves(grid, folder / f"quality_directions_{measure}.png",
                [(measure, f"{name}\n{label}", where) for name, where in noises], talkers,
-               f"{label.split(',')[0]} by noise and direction of the talker")
+               f"{title}, by noise and direction of the talker")
 
 
 def draw_voice(grid, folder):
