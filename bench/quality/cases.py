@@ -82,9 +82,9 @@ DIRECTION_CASES = list(product(GEOMETRIES, DIRECTIONS, VOICES))
 
 
 def direction(case):
-    """Speech level of the beamformer over that of microphone 1, dB; the shares of the beams in frames
-    with speech, in fan noise; STOI with little noise of microphone 1, of the beamformer, and of its
-    nearest beam, held."""
+    """Speech level of the beamformer over that of microphone 1, dB; the shares of the beams in
+    frames with speech, in fan noise; STOI with little noise of microphone 1, of the beamformer, and
+    of its nearest beam, held."""
     geometry, talker, voice = case
     table = FOLDER / "narrow_beams.csv"
     narrow = geometry == NARROW

@@ -74,8 +74,8 @@ class Grid:
     decisions: np.ndarray  # ..., column
 
     def _part(self, array, where):
-        """The cells that `where` allows, a value or a tuple of them for an axis: seeds first, all other
-        axes of scenes in one."""
+        """The cells that `where` allows, a value or a tuple of them for an axis: seeds first, all
+        other axes of scenes in one."""
         for axis, (name, values) in enumerate(self.axes.items()):
             if name in where:
                 wanted = where[name] if isinstance(where[name], tuple) else (where[name],)

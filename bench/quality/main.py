@@ -1,10 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
-"""Measures what the front end does to speech, and writes the tables and pictures of docs/quality.md
-and the README.
+"""Measures what the front end does to speech, and writes the tables and pictures of the documents.
 
-Environment: ARVESSA_COMMAND, the command `arvessa`; ARVESSA_QUALITY, a folder for what is made on the
-way; PYTHONPATH with the package. `run` sets all of it.
+Environment: ARVESSA_COMMAND, the command `arvessa`; ARVESSA_QUALITY, a folder for what is made on
+the way; PYTHONPATH with the package. `run` sets all of it.
 """
 import argparse
 import multiprocessing

@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The pictures of docs/quality.md. Colours that people with defective colour vision tell apart, after
-Okabe and Ito; lines differ in dashes and markers, too."""
+"""The pictures of docs/quality.md.
+
+Colours that people with defective colour vision tell apart, after Okabe and Ito; lines differ in
+dashes and markers, too.
+"""
 import matplotlib
 
 matplotlib.use("Agg")

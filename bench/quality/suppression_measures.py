@@ -16,8 +16,8 @@ LIMITS_DB = (-1, -10, -16)
 PAUSE_DB = -40  # a frame below this and so both its neighbours: a pause
 # Below this SNR the speech in a class is the small difference of two large powers, and chance.
 LEAST_SNR_DB = -5
-# What is left of a class after processing counts as at least this: below, the difference of powers may
-# well be negative, and its logarithm is anything.
+# What is left of a class after processing counts as at least this: below, the difference of powers
+# may well be negative, and its logarithm is anything.
 LEAST_SNR_AFTER_DB = -10
 
 
