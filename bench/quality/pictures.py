@@ -127,7 +127,7 @@ def half_polar(axes, title):
     """Only one side: two microphones hear the other one alike."""
     axes.set_thetamax(180)
     axes.set_thetagrids(range(0, 181, 30))
-    axes.set_title(title)
+    axes.set_title(title, y=0.84, pad=0)
     axes.tick_params(labelsize=8)
 
 
@@ -136,8 +136,10 @@ def closed(values):
 
 
 def draw_directions(others, folder):
-    figure, panels = plt.subplots(2, 2, figsize=(10, 6.2), layout="constrained",
-                                  subplot_kw={"projection": "polar"})
+    # A half circle leaves the other half of its place empty: the places overlap.
+    figure = plt.figure(figsize=(10, 6.4))
+    panels = [[figure.add_axes((left, bottom, 0.39, 0.61), projection="polar")
+               for left in (0.055, 0.555)] for bottom in (0.38, -0.07)]
     angles = np.radians(cases.DIRECTIONS)
     for (level, shares), geometry in zip(panels, cases.GEOMETRIES):
         found = np.array([chosen("direction", others, geometry, talker).mean(axis=0)
@@ -158,7 +160,7 @@ def draw_directions(others, folder):
         shares.set_ylim(-0.5, 1)  # a hole in the middle, so that the inner parts are not tiny
         shares.set_yticks([])
         shares.grid(False)
-    legend_below(figure, panels[0, 1:], 3)
+    figure.legend(*panels[0][1].get_legend_handles_labels(), loc="lower center", ncols=3)
     figure.suptitle(f"Which beam a talker gets, by direction; fan noise, {cases.SNR} dB",
                     fontsize=11)
     save(figure, folder / "quality_beams.png")
