@@ -9,6 +9,7 @@ bands over 384 ms: 1 for the speech itself, near 0 for what has nothing to do wi
 import math
 
 import numpy as np
+from scipy.fft import rfft
 from scipy.signal import resample_poly
 
 RATE = 10000         # Hz
@@ -22,6 +23,7 @@ CLIP_DB = -15        # lower bound of the signal-to-distortion ratio
 SILENCE_DB = -40     # frames of the speech below this, relative to the loudest, are left out
 
 WINDOW = np.hanning(FRAME + 2)[1:-1]
+EPSILON = np.finfo(float).eps
 
 
 def band_edges():
@@ -35,6 +37,9 @@ def band_matrix():
     bins = np.arange(TRANSFORM // 2 + 1)
     low, high = (np.round(edges * TRANSFORM / RATE) for edges in band_edges())
     return ((bins >= low[:, None]) & (bins < high[:, None])).astype(float)
+
+
+BAND_MATRIX = band_matrix()
 
 
 def frames_of(x):
@@ -52,19 +57,13 @@ def without_silence(frames, active):
 
 def envelopes(x):
     """Of the bands, in frames: (bands, frames)."""
-    power = np.abs(np.fft.rfft(frames_of(x), TRANSFORM)) ** 2
-    return np.sqrt(band_matrix() @ power.T)
+    bins = rfft(frames_of(x), TRANSFORM)
+    return np.sqrt(BAND_MATRIX @ (bins.real**2 + bins.imag**2).T)
 
 
 def at_stoi_rate(x, rate):
     common = math.gcd(rate, RATE)
     return resample_poly(np.asarray(x, float), RATE // common, rate // common)
-
-
-def centred(segments):
-    """Without their mean, of length 1."""
-    segments = segments - segments.mean(axis=-1, keepdims=True)
-    return segments / (np.linalg.norm(segments, axis=-1, keepdims=True) + np.finfo(float).eps)
 
 
 class Stoi:
@@ -74,11 +73,13 @@ class Stoi:
         self.rate = rate
         self.length = len(speech)
         frames = frames_of(at_stoi_rate(speech, rate))
-        level = 20 * np.log10(np.linalg.norm(frames, axis=1) + np.finfo(float).eps)
+        level = 20 * np.log10(np.linalg.norm(frames, axis=1) + EPSILON)
         self.active = level > level.max() + SILENCE_DB
-        self.segments = self._segments(frames)
-        self.norms = np.linalg.norm(self.segments, axis=-1, keepdims=True)
-        self.target = centred(self.segments)
+        segments = self._segments(frames)
+        self.norms = np.linalg.norm(segments, axis=-1)
+        self.bound = segments * (1 + 10 ** (-CLIP_DB / 20))
+        target = segments - segments.mean(axis=-1, keepdims=True)
+        self.target = target / (np.linalg.norm(target, axis=-1, keepdims=True) + EPSILON)
 
     def _segments(self, frames):
         """All segments of all bands: (bands, segments, frames)."""
@@ -92,7 +93,10 @@ class Stoi:
         if len(processed) != self.length:
             raise ValueError(f"{len(processed)} samples to compare with {self.length}")
         segments = self._segments(frames_of(at_stoi_rate(processed, self.rate)))
-        scale = self.norms / (np.linalg.norm(segments, axis=-1, keepdims=True)
-                              + np.finfo(float).eps)
-        clipped = np.minimum(segments * scale, self.segments * (1 + 10 ** (-CLIP_DB / 20)))
-        return float(np.mean(np.sum(self.target * centred(clipped), axis=-1)))
+        squares = np.einsum("bsf,bsf->bs", segments, segments)
+        scale = self.norms / (np.sqrt(squares) + EPSILON)
+        clipped = np.minimum(segments * scale[..., None], self.bound)
+        # The correlation with a target that has no mean and the length 1.
+        product = np.einsum("bsf,bsf->bs", self.target, clipped)
+        power = np.einsum("bsf,bsf->bs", clipped, clipped) - clipped.sum(axis=-1) ** 2 / SEGMENT
+        return float(np.mean(product / (np.sqrt(np.maximum(power, 0)) + EPSILON)))
