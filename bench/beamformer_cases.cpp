@@ -41,21 +41,20 @@ Work beamformer() {
 }
 
 struct FloatTransform {
-  using Samples = std::array<float, kernels::kFloatBlock>;
+  using Samples = std::array<Word16, kBeamBlock>;
 
-  std::vector<Samples> windowed;  // consecutive blocks of one microphone
+  std::vector<Samples> blocks;  // consecutive ones of one microphone
   std::vector<kernels::HalfSpectrum> spectra;
-  Samples samples{};
+  kernels::HalfSpectrum samples{};
   kernels::HalfSpectrum spectrum{};
 
   FloatTransform() {
     const FrameStream speech = noisySpeech(0);
     for (int i = 0; i < kWarmUp; ++i) {
       Samples block{};
-      std::transform(speech.frame(i), speech.frame(i) + kBeamFrame, MVDR_CONST_TABLE_fWIN_8k,
-                     block.begin(), [](Word16 x, float w) { return static_cast<float>(x) * w; });
-      windowed.push_back(block);
-      FloatKernels::forwardTransform(windowed.back(), spectra.emplace_back());
+      std::copy_n(speech.frame(i), kBeamFrame, block.begin());
+      blocks.push_back(block);
+      FloatKernels::analyse(blocks.back(), MVDR_CONST_TABLE_fWIN_8k, spectra.emplace_back());
     }
   }
 };
@@ -63,8 +62,8 @@ struct FloatTransform {
 Work floatTransform() {
   auto t = std::make_shared<FloatTransform>();
   return {{}, [t](int i) {
-            FloatKernels::forwardTransform(t->windowed[static_cast<unsigned>(i) % kWarmUp],
-                                           t->spectrum);
+            FloatKernels::analyse(t->blocks[static_cast<unsigned>(i) % kWarmUp],
+                                  MVDR_CONST_TABLE_fWIN_8k, t->spectrum);
           }};
 }
 

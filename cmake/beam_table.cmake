@@ -29,6 +29,12 @@ foreach(line IN LISTS lines)
     if(NOT index EQUAL count)
       message(FATAL_ERROR "${BEAMS}: expected weight ${count}, found: ${line}")
     endif()
+    if(im MATCHES "^-(.*)$")
+      string(APPEND conjugate_${beam} " ${re},${CMAKE_MATCH_1}")
+    else()
+      string(APPEND conjugate_${beam} " ${re},-${im}")
+    endif()
+    string(APPEND beam_${beam} " ${re},${im}")
     foreach(part re im)
       if(NOT ${part} MATCHES "[.e]")
         string(APPEND ${part} ".0")
@@ -50,6 +56,11 @@ foreach(line IN LISTS lines)
 endforeach()
 if(NOT count EQUAL 384 OR microphones STREQUAL "" OR directions STREQUAL "")
   message(FATAL_ERROR "${BEAMS}: ${count} weights of 384; `arvessa beams` writes such files")
+endif()
+
+set(conjugate false)
+if(conjugate_0 STREQUAL beam_2)
+  set(conjugate true)
 endif()
 
 if(DEFINED GEOMETRY)
@@ -100,5 +111,11 @@ const float MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[384] = {@im_table@
 // clang-format on
 
 }  // extern \"C\"
+
+namespace arvessa {
+
+bool outerBeamsAreConjugate() { return @conjugate@; }
+
+}  // namespace arvessa
 "
   @ONLY)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Two LADSPA plugins in one file, for every host that loads such: `vorn`, the engine on one channel,
-// and `arvessa`, two microphones in and one voice out. Blocks of any size are cut into frames of
-// 10 ms, so that the output lags by a frame more than the command's with --keep-delay, and is
-// otherwise the same to the bit. A switch at 0 means "on": some hosts start all controls there.
+// Two LADSPA plugins in one file, for every host that loads such: `vorn`, the engine on one
+// channel, and `arvessa`, two microphones in and one voice out. Blocks of any size are cut into
+// frames of 10 ms, so that the output lags by a frame more than the command's with --keep-delay, and
+// is otherwise the same to the bit. A switch at 0 means "on": some hosts start all controls there.
 
 #include <ladspa.h>
 

@@ -285,8 +285,8 @@ def files():
                "The pairs of MVDR_CONST_TABLE_FFT_fCOEF_8K apart."),
          array("float", "kTwiddleSine", [s for _, s in float_pairs], ""),
          array("float", "kStageCosine", [c for c, _ in stage_order],
-               "The pairs of stages 2 to 5, column by column, apart."),
-         array("float", "kStageSine", [s for _, s in stage_order], "")])
+               "The pairs of stages 2 to 5, column by column, apart.", "alignas(16) const"),
+         array("float", "kStageSine", [s for _, s in stage_order], "", "alignas(16) const")])
     return out
 
 

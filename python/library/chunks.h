@@ -22,9 +22,9 @@ struct Output {
 // A Stage has
 //   kChannels, kMostSamples: its channels, and the samples of its longest frame
 //   frame(), latency(): samples of a frame, and by how many its output lags its input
-//   process(in, filled, out): one frame to out.samples, which stays where it is, and the rows that it
-//     completes. `in` is planar and 4-byte aligned; the stream has `filled` samples of every channel
-//     in it, zeros follow.
+//   process(in, filled, out): one frame to out.samples, which stays where it is, and the rows that
+//     it completes. `in` is planar and 4-byte aligned; the stream has `filled` samples of every
+//     channel in it, zeros follow.
 //   finish(out): the rows that are left when all samples are out
 template <class Stage>
 class Chunks {

@@ -44,12 +44,13 @@ struct SingleEngine {
 };
 
 // Time in s, level in and level out in dBFS, beam, its direction in degrees, voice, the AGC's index
-// and gain in dB, the floor and the mean gain of the suppression in dB. The level out is that of the
-// samples that came in with the frame: a row waits until they are out.
+// and gain in dB, the floor and the mean gain of the suppression in dB. The level out is that of
+// the samples that came in with the frame: a row waits until they are out.
 inline constexpr std::size_t kColumns = 10;
 
 std::int64_t energyOf(std::span<const Word16> samples);
-// Adds a row to `rows`. The energies are those of `samples` in each of `channels`, and of as many out.
+// Adds a row to `rows`. The energies are those of `samples` in each of `channels`, and of as many
+// out.
 void writeRow(std::int64_t frame, std::int64_t energyIn, std::size_t channels,
               std::int64_t energyOut, std::size_t samples, const app::Decision& decision,
               double direction, double*& rows);

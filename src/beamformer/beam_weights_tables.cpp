@@ -127,3 +127,9 @@ const float MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE[384] = {
 // clang-format on
 
 }  // extern "C"
+
+namespace arvessa {
+
+bool outerBeamsAreConjugate() { return true; }
+
+}  // namespace arvessa

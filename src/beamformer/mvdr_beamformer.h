@@ -7,6 +7,7 @@
 
 #include "ArvessaTypes.h"
 #include "beamformer/beam_weights_tables.h"
+#include "kernels/float_kernels.h"
 
 namespace arvessa {
 
@@ -28,10 +29,7 @@ struct BeamformerState {
 };
 
 // Of three beams, in the order of the stored ones (beam_weights_tables.h).
-struct BeamWeights {
-  const float* re;
-  const float* im;
-};
+using kernels::BeamWeights;
 inline BeamWeights storedBeams() {
   return {MVDR_CONST_W_UP_OPT_REAL_TABLE, MVDR_CONST_W_UP_OPT_IMAGINARY_TABLE};
 }

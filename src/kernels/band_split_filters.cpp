@@ -159,15 +159,10 @@ struct InVectors {
   template <class Design>
   static bool filter(const Word16* x, Word32* y, std::size_t samples, Word32* v) {
     const FeedbackTaps feedbackTaps = feedbackTapsOf(Design::a);
-    TapPair taps[kFilterOrder / 2 + 1];
-    for (int i = 0; i < kFilterOrder; i += 2) taps[i / 2] = tapPair(Design::b[i], Design::b[i + 1]);
-    taps[kFilterOrder / 2] = tapPair(Design::b[kFilterOrder], 0);
-    for (std::size_t n = 0; n < samples; n += 8) {
-      Words first = splat(0);
-      Words second = splat(0);
-      for (int i = 0; i <= kFilterOrder / 2; ++i) addTaps(first, second, x + n - 2 * i, taps[i]);
-      store(v + n, (first >> 3) + feedbackTaps.excess);
-      store(v + n + 4, (second >> 3) + feedbackTaps.excess);
+    if (Design::kEveryThird && OneByOne::betweenZeros(x)) {
+      forwardEveryThird<Design>(x, samples, feedbackTaps.excess, v);
+    } else {
+      forward<Design>(x, samples, feedbackTaps.excess, v);
     }
     Feedback feedback(feedbackTaps);
 #pragma GCC unroll 1
@@ -175,12 +170,57 @@ struct InVectors {
     for (std::size_t n = 0; n < samples; n += 2) feedback.step<Design::kShift>(v + n);
     // What precedes the first value that is too large is exact.
     if (usedBits({y - kFilterOrder, kFilterOrder}) > kFeedbackBits ||
-        usedBits({v, samples}) > kFeedbackBits >> Design::kShift) {
+        Vector::bitsOf({v, samples}) > kFeedbackBits >> Design::kShift) {
       return false;
     }
     const std::size_t kept = std::min<std::size_t>(samples, kFilterOrder);
     for (std::size_t n = samples - kept; n < samples; ++n) y[n] = v[n] * (1 << Design::kShift);
     return true;
+  }
+
+  // v and an excess.
+  template <class Design>
+  static void forward(const Word16* x, std::size_t samples, Word32 excess, Word32* v) {
+    TapPair taps[kFilterOrder / 2 + 1];
+    for (int i = 0; i < kFilterOrder; i += 2) taps[i / 2] = tapPair(Design::b[i], Design::b[i + 1]);
+    taps[kFilterOrder / 2] = tapPair(Design::b[kFilterOrder], 0);
+    for (std::size_t n = 0; n < samples; n += 8) {
+      Words first = splat(0);
+      Words second = splat(0);
+      for (int i = 0; i <= kFilterOrder / 2; ++i) addTaps(first, second, x + n - 2 * i, taps[i]);
+      store(v + n, (first >> 3) + excess);
+      store(v + n + 4, (second >> 3) + excess);
+    }
+  }
+
+  // Where only the last of every three values is not zero: an output v[3 m + r] takes every third
+  // coefficient.
+  template <class Design>
+  static void forwardEveryThird(const Word16* x, std::size_t samples, Word32 excess, Word32* v) {
+    constexpr const Coefficients& b = Design::b;
+    constexpr std::size_t kHistory = 4;
+    const TapPair taps[3][2] = {{tapPair(b[1], b[4]), tapPair(b[7], b[10])},
+                                {tapPair(b[2], b[5]), tapPair(b[8], 0)},
+                                {tapPair(b[0], b[3]), tapPair(b[6], b[9])}};
+    const std::size_t values = (samples / 3 + 7) / 8 * 8;
+    Word16 packed[kHistory + kMaxLowFrame];
+    x -= 3 * kHistory - 2;
+    for (std::size_t m = 0; m < kHistory + values; ++m) packed[m] = x[3 * m];
+    for (std::size_t m = 0; m < values; m += 8) {
+      Word32 phases[3][8];
+      for (std::size_t r = 0; r < 3; ++r) {
+        const Word16* const latest = packed + kHistory + m - (r == 2 ? 0 : 1);
+        Words first = splat(0);
+        Words second = splat(0);
+        addTaps(first, second, latest, taps[r][0]);
+        addTaps(first, second, latest - 2, taps[r][1]);
+        store(phases[r], (first >> 3) + excess);
+        store(phases[r] + 4, (second >> 3) + excess);
+      }
+      for (std::size_t i = 0; i < 8; ++i, v += 3) {
+        for (std::size_t r = 0; r < 3; ++r) v[r] = phases[r][i];
+      }
+    }
   }
 
   // After the filter v has headroom for three times the rounded value.

@@ -8,10 +8,10 @@ namespace arvessa::kernels {
 
 // The twiddles below with real and imaginary parts apart, by angle, and in the order in which the
 // stages with 4, 8, 16 and 32 columns use them.
-extern const float kTwiddleCosine[64];
-extern const float kTwiddleSine[64];
-extern const float kStageCosine[60];
-extern const float kStageSine[60];
+[[gnu::visibility("hidden")]] extern const float kTwiddleCosine[64];
+[[gnu::visibility("hidden")]] extern const float kTwiddleSine[64];
+[[gnu::visibility("hidden")]] alignas(16) extern const float kStageCosine[60];
+[[gnu::visibility("hidden")]] alignas(16) extern const float kStageSine[60];
 
 }  // namespace arvessa::kernels
 

@@ -36,7 +36,7 @@ inline constexpr int kBands = 24;          // of the filterbank, at every rate
 inline constexpr int kMaxTransform = 512;  // words of a block, at 32 kHz
 
 // A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15, at
-// multiples of 4 bytes.
+// multiples of 4 bytes: (32767, 0) at 0, and (0, -32768) or (0, -32766) at pi / 2.
 struct TransformTables {
   int points;                // N: 64, 128 or 256
   int stages;                // log2 N - 1, those after the first
@@ -111,12 +111,12 @@ struct Plain {
   static Block normaliseSamples(std::span<const Word16> samples, Word16 headroom,
                                 std::span<Word32> words);
 
-  // x[i] = floor(x[i] f[i] / 2^15) for factors above -1, such as windows. Returns what bounds the
-  // products.
+  // x[i] = floor(x[i] f[i] / 2^15) for factors of 0 or more, such as windows. Returns what bounds
+  // the products.
   static UsedBits multiply(Block x, std::span<const Word16> factors);
 
-  // out[n] = x[n] - 0.40327 x[n-1], with `previous` before x[0]. `x` has a multiple of 4 words.
-  // Returns what bounds the output.
+  // out[n] = x[n] - 0.40327 x[n-1], with `previous` before x[0]. `x` has a
+  // multiple of 4 words, 8 at least. Returns what bounds the output.
   static UsedBits preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out);
 
   // Real FFT of 2N words x[m], as N complex points x[2n] + j x[2n+1]: radix 2 in constant geometry
@@ -154,7 +154,7 @@ struct Plain {
   static NoiseTotals trackNoise(ConstBlock power, const BinNoise& bins, Word16 alpha,
                                 std::span<unsigned char> active);
 
-  // Both parts of bin k of a packed spectrum by gains[k], Q15; bin N, packed with bin 0 and
+  // Both parts of bin k of a packed spectrum by gains[k], Q15, 0 or more; bin N, packed with bin 0 and
   // zero since the analysis, by gains[0].
   static void scaleBins(Block spectrum, std::span<const Word16> gains);
 

@@ -45,7 +45,9 @@ inline constexpr UsedBits kFactorBits = 0x7FFEFFFF;
 
 inline Words mulQ15(Words x, Factors f) { return asWords(vqdmulhq_s32(ofUnit(x), f.high)); }
 
-inline Words mulPositive(Words x, Factors f) { return mulQ15(x - (1 << 30), f); }
+inline constexpr UsedBits kShareBits = kFactorBits;
+inline Words share(Words x, Factors f) { return mulQ15(x, f); }
+inline Words shareLess(Words x, Factors f) { return mulQ15(x - (1 << 30), f); }
 
 inline Words mulLargest(Words x) { return mulQ15(x, splatFactor(32767)); }
 
@@ -77,9 +79,14 @@ inline Turned turn(Halves x, const Twiddles& w) {
 }
 inline Turned turnExchanged(Halves x, const Twiddles& w) { return turn({x.im, x.re}, w); }
 
-inline void loadTransposed(const Word32* from, Words (&columns)[4]) {
-  const int32x4x4_t all = vld4q_s32(from);
-  for (int i = 0; i < 4; ++i) columns[i] = asWords(all.val[i]);
+inline void loadTransposed(const Word32* from, int stride, Words (&columns)[4]) {
+  const int32x4x2_t even = vzipq_s32(vld1q_s32(from), vld1q_s32(from + 2 * stride));
+  const int32x4x2_t odd = vzipq_s32(vld1q_s32(from + stride), vld1q_s32(from + 3 * stride));
+  for (int half = 0; half < 2; ++half) {
+    const int32x4x2_t pair = vzipq_s32(even.val[half], odd.val[half]);
+    columns[2 * half] = asWords(pair.val[0]);
+    columns[2 * half + 1] = asWords(pair.val[1]);
+  }
 }
 
 inline Words mulHighQ15(Words x, Factors f) {
@@ -87,8 +94,8 @@ inline Words mulHighQ15(Words x, Factors f) {
   return asWords(vshrq_n_s32(vqdmulhq_s32(high, f.high), 16));
 }
 
-inline Words squaredMagnitudes(const Word16* pairs) {
-  const int16x4x2_t parts = vld2_s16(pairs);
+inline Words squaredMagnitudes(Words first, Words second) {
+  const int16x4x2_t parts = vuzp_s16(vqmovn_s32(ofUnit(first)), vqmovn_s32(ofUnit(second)));
   return asWords(vmlal_s16(vmull_s16(parts.val[0], parts.val[0]), parts.val[1], parts.val[1]));
 }
 
@@ -104,14 +111,33 @@ inline void multiplyEight(const Word16* x, Word16 factor, Word16* to) {
   vst1q_s16(to, vqdmulhq_n_s16(vld1q_s16(x), factor));
 }
 
-inline Word16 largestMagnitude(const Word16* x, std::size_t count) {
-  int16x8_t largest = vdupq_n_s16(0);
+inline int16x4_t negatedMagnitudes(const Word16* x, std::size_t count) {
+  int16x8_t least = vdupq_n_s16(0);
   for (std::size_t i = 0; i < count; i += 8) {
-    largest = vmaxq_s16(largest, vqabsq_s16(vld1q_s16(x + i)));
+    const int16x8_t eight = vld1q_s16(x + i);
+    least = vminq_s16(least, vminq_s16(eight, vnegq_s16(eight)));
   }
-  int16x4_t folded = vmax_s16(vget_low_s16(largest), vget_high_s16(largest));
-  folded = vpmax_s16(folded, folded);
-  return vget_lane_s16(vpmax_s16(folded, folded), 0);
+  return vmin_s16(vget_low_s16(least), vget_high_s16(least));
+}
+
+inline Word32 largestMagnitude(const Word16* x, std::size_t count) {
+  int16x4_t least = negatedMagnitudes(x, count);
+  least = vpmin_s16(least, least);
+  return -vget_lane_s16(vpmin_s16(least, least), 0);
+}
+
+inline void largestSquares(const Word16* first, const Word16* second, std::size_t count,
+                           Word32* squares) {
+  int16x4_t least = vpmin_s16(negatedMagnitudes(first, count), negatedMagnitudes(second, count));
+  least = vpmin_s16(least, least);
+  const int32x2_t squared = vget_low_s32(vmull_s16(least, least));
+  vst1_s32(squares, vmin_s32(squared, vdup_n_s32(0x3FFFFFFF)));
+}
+
+inline void storeShifted(Word32* to, const Word16* from, int left, int right) {
+  const int16x8_t eight = vld1q_s16(from);
+  store(to, asWords(vshlq_n_s32(vmovl_s16(vget_low_s16(eight)), 16)) << left >> right);
+  store(to + 4, asWords(vshlq_n_s32(vmovl_s16(vget_high_s16(eight)), 16)) << left >> right);
 }
 
 inline void storeFlags(unsigned char* to, Words mask) {
@@ -129,6 +155,11 @@ inline Words loadFlags(const unsigned char* from) {
 inline Words saturatedSum(Words a, Words b) { return asWords(vqaddq_s32(ofUnit(a), ofUnit(b))); }
 
 inline void storeSaturated(Word16* to, Words x) { vst1_s16(to, vqmovn_s32(ofUnit(x))); }
+
+inline void storeDoubled(Word16* to, Words first, Words second) {
+  const int16x8_t eight = vcombine_s16(vqmovn_s32(ofUnit(first)), vqmovn_s32(ofUnit(second)));
+  vst1q_s16(to, vqaddq_s16(eight, eight));
+}
 
 inline void storeSaturatedSum(Word16* to, const Word16* from, Words x) {
   vst1_s16(to, vqadd_s16(vqmovn_s32(ofUnit(x)), vld1_s16(from)));

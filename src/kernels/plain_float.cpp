@@ -119,11 +119,20 @@ void packPairs(const float* spectrum, const FloatTransform& t, float* pairs) {
   }
 }
 
-void PlainFloat::forwardTransform(std::span<const float, kFloatBlock> block,
-                                  HalfSpectrum& spectrum) {
+void windowed(std::span<const Word16, kFloatBlock> samples, std::span<const float, kWindow> window,
+              float (&block)[kFloatBlock]) {
+  for (std::size_t i = 0; i < kFloatBlock; ++i) block[i] = static_cast<float>(samples[i]);
+  for (std::size_t i = 0; i < kFlank; ++i) {
+    block[i] *= window[i];
+    block[kFloatFrame + i] *= window[kFloatFrame + i];
+  }
+}
+
+void PlainFloat::analyse(std::span<const Word16, kFloatBlock> samples,
+                         std::span<const float, kWindow> window, HalfSpectrum& spectrum) {
   float pairs[kFloatBlock];
   float packed[kFloatBlock];
-  for (int i = 0; i < kFloatBlock; ++i) pairs[i] = block[static_cast<std::size_t>(i)];
+  windowed(samples, window, pairs);
   forwardComplex(pairs, transform128());
   unpackPairs(pairs, transform128(), packed);
   for (int k = 0; k < kFloatBins; ++k) {
@@ -132,15 +141,60 @@ void PlainFloat::forwardTransform(std::span<const float, kFloatBlock> block,
   }
 }
 
-void PlainFloat::inverseTransform(const HalfSpectrum& spectrum,
-                                  std::span<float, kFloatBlock> block) {
+void PlainFloat::formBeam(const BeamWeights& weights, int beam, int begin, int end,
+                          const HalfSpectrum (&x)[2], HalfSpectrum& y) {
+  const float* wRe = weights.re + beam * kFloatBlock;
+  const float* wIm = weights.im + beam * kFloatBlock;
+  const auto& [x1, x2] = x;
+  for (int k = begin; k < end; ++k) {
+    const float w1Re = wRe[2 * k];
+    const float w1Im = wIm[2 * k];
+    const float w2Re = wRe[2 * k + 1];
+    const float w2Im = wIm[2 * k + 1];
+    y.re[k] = ((x1.re[k] * w1Re) - (x1.im[k] * w1Im)) + ((x2.re[k] * w2Re) - (x2.im[k] * w2Im));
+    y.im[k] = ((x1.re[k] * w1Im) + (w1Re * x1.im[k])) + ((x2.re[k] * w2Im) + (w2Re * x2.im[k]));
+  }
+}
+
+void PlainFloat::formBeams(const BeamWeights& weights, bool /*outerConjugate*/,
+                           const HalfSpectrum (&x)[2], HalfSpectrum (&y)[kFormedBeams],
+                           float (&energies)[kFormedBeams]) {
+  for (int beam = 0; beam < kFormedBeams; ++beam) {
+    const HalfSpectrum& output = y[beam];
+    formBeam(weights, beam, kFirstEnergyBin, kFloatBins, x, y[beam]);
+    float sum = 0.0F;
+    for (int k = kFirstEnergyBin; k < kFloatBins; ++k) {
+      sum = (output.re[k] * output.re[k] + sum) + output.im[k] * output.im[k];
+    }
+    energies[beam] += sum;
+  }
+}
+
+void PlainFloat::inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& samples) {
   float packed[kFloatBlock];
+  float block[kFloatBlock];
   for (int k = 0; k < kFloatBins; ++k) {
     packed[2 * k] = spectrum.re[k];
     packed[2 * k + 1] = spectrum.im[k];
   }
-  packPairs(packed, transform128(), block.data());
-  inverseComplex(block.data(), transform128());
+  packPairs(packed, transform128(), block);
+  inverseComplex(block, transform128());
+  for (int i = 0; i < kFloatBins; ++i) {
+    samples.re[i] = block[2 * i];
+    samples.im[i] = block[2 * i + 1];
+  }
+}
+
+void PlainFloat::overlapAdd(const HalfSpectrum& samples, std::span<float, kFlank> overlap,
+                            std::span<Word16, kFloatFrame> out) {
+  for (std::size_t i = 0; i < kFloatFrame; ++i) {
+    const float sample = i % 2 == 0 ? samples.re[i / 2] : samples.im[i / 2];
+    out[i] = toSample(i < kFlank ? overlap[i] + sample : sample);
+  }
+  for (std::size_t i = 0; i < kFlank; i += 2) {
+    overlap[i] = samples.re[(kFloatFrame + i) / 2];
+    overlap[i + 1] = samples.im[(kFloatFrame + i) / 2];
+  }
 }
 
 }  // namespace arvessa::kernels

@@ -11,6 +11,7 @@
 
 #include "ArvessaTypes.h"
 #include "arithmetic/block.h"
+#include "arithmetic/operators.h"
 
 namespace arvessa::kernels {
 
@@ -67,14 +68,19 @@ inline Words mulQ15(Words x, Factors f) {
   return reinterpret_cast<Words>(_mm_add_epi32(_mm_slli_epi32(high, 1), _mm_srai_epi32(low, 15)));
 }
 
-// floor(x f / 2^15) - 2^15 f for any x of 0 or more: x - 2^30 is multiplied, whose upper half can be
-// rounded, and 2^30 f / 2^15 is a whole number.
-inline Words mulPositive(Words x, Factors f) {
-  const auto word = reinterpret_cast<__m128i>(x);
-  const __m128i rounded = _mm_add_epi32(word, _mm_set1_epi32(0x8000 - (1 << 30)));
-  const __m128i high = _mm_slli_epi32(_mm_madd_epi16(rounded, f.high), 1);
-  const __m128i low = _mm_srai_epi32(_mm_madd_epi16(word, f.low), 15);
-  return reinterpret_cast<Words>(_mm_add_epi32(high, low));
+// The same for factors of 0 or more and |x| < 2^30, in fewer steps: of 2 x = 65536 h + l, with l
+// without a sign, h f + floor(l f / 2^16).
+inline constexpr UsedBits kShareBits = bitsBelow(30);
+inline Words ofDoubled(__m128i doubled, Factors f) {
+  return reinterpret_cast<Words>(
+      _mm_add_epi32(_mm_madd_epi16(doubled, f.high), _mm_mulhi_epu16(doubled, f.low)));
+}
+inline Words share(Words x, Factors f) { return ofDoubled(reinterpret_cast<__m128i>(x + x), f); }
+
+// floor(x f / 2^15) - 2^15 f for any x and factors of 0 or more: x - 2^30 is multiplied, and
+// 2^30 f / 2^15 is a whole number.
+inline Words shareLess(Words x, Factors f) {
+  return ofDoubled(_mm_xor_si128(reinterpret_cast<__m128i>(x + x), _mm_set1_epi32(kMin32)), f);
 }
 
 // floor(32767 x / 2^15).
@@ -138,9 +144,10 @@ inline Turned turnExchanged(Halves x, const Twiddles& w) {
           sumOfHalves(x, w.cs, w.cs, _mm_set1_epi16(1))};
 }
 
-// Four rows of four words, to four columns.
-inline void loadTransposed(const Word32* from, Words (&columns)[4]) {
-  const Words a = load(from), b = load(from + 4), c = load(from + 8), d = load(from + 12);
+// Four rows of four words, `stride` words from each to the next, to four columns.
+inline void loadTransposed(const Word32* from, int stride, Words (&columns)[4]) {
+  const Words a = load(from), b = load(from + stride);
+  const Words c = load(from + 2 * stride), d = load(from + 3 * stride);
   const Words ab = __builtin_shufflevector(a, b, 0, 4, 1, 5);
   const Words cd = __builtin_shufflevector(c, d, 0, 4, 1, 5);
   const Words abUpper = __builtin_shufflevector(a, b, 2, 6, 3, 7);
@@ -157,10 +164,11 @@ inline Words mulHighQ15(Words x, Factors f) {
       _mm_srai_epi32(_mm_madd_epi16(reinterpret_cast<__m128i>(x), f.high), 15));
 }
 
-// re^2 + im^2 of four pairs, modulo 2^32.
-inline Words squaredMagnitudes(const Word16* pairs) {
-  const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pairs));
-  return reinterpret_cast<Words>(_mm_madd_epi16(v, v));
+// re^2 + im^2, modulo 2^32, of four pairs of words saturated to 16 bits, two in each vector.
+inline Words squaredMagnitudes(Words first, Words second) {
+  const __m128i pairs =
+      _mm_packs_epi32(reinterpret_cast<__m128i>(first), reinterpret_cast<__m128i>(second));
+  return reinterpret_cast<Words>(_mm_madd_epi16(pairs, pairs));
 }
 
 // Of four pairs of neighbours, each at a place that a table gives: pair[0] first[i] + pair[1]
@@ -190,19 +198,47 @@ inline void multiplyEight(const Word16* x, Word16 factor, Word16* to) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_or_si128(high, low));
 }
 
-// The largest magnitude of samples, a multiple of eight of them, where that of -2^15 counts as
-// 2^15 - 1; and whether -2^15 is there.
-inline Word16 largestMagnitude(const Word16* x, std::size_t count) {
-  __m128i largest = _mm_setzero_si128();
+// -|x|, which unlike |x| has 16 bits in all cases: the least of every eighth sample.
+inline __m128i negatedMagnitudes(const Word16* x, std::size_t count) {
+  __m128i least = _mm_setzero_si128();
   for (std::size_t i = 0; i < count; i += 8) {
     const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
-    const __m128i negated = _mm_subs_epi16(_mm_setzero_si128(), eight);
-    largest = _mm_max_epi16(largest, _mm_max_epi16(eight, negated));
+    const __m128i negated = _mm_sub_epi16(_mm_setzero_si128(), eight);
+    least = _mm_min_epi16(least, _mm_min_epi16(eight, negated));
   }
-  largest = _mm_max_epi16(largest, _mm_shuffle_epi32(largest, 0x4E));
-  largest = _mm_max_epi16(largest, _mm_shuffle_epi32(largest, 0xB1));
-  largest = _mm_max_epi16(largest, _mm_shufflelo_epi16(largest, 0xB1));
-  return static_cast<Word16>(_mm_cvtsi128_si32(largest));
+  return least;
+}
+
+// The largest magnitude of samples, a multiple of eight of them.
+inline Word32 largestMagnitude(const Word16* x, std::size_t count) {
+  __m128i least = negatedMagnitudes(x, count);
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0x4E));
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0xB1));
+  least = _mm_min_epi16(least, _mm_shufflelo_epi16(least, 0xB1));
+  return -static_cast<Word16>(_mm_cvtsi128_si32(least));
+}
+
+// The squares of the largest magnitudes of two rows, a multiple of eight samples each; that of a
+// full-scale sample is held below 2^30.
+inline void largestSquares(const Word16* first, const Word16* second, std::size_t count,
+                           Word32* squares) {
+  const __m128i a = negatedMagnitudes(first, count);
+  const __m128i b = negatedMagnitudes(second, count);
+  __m128i least = _mm_min_epi16(_mm_unpacklo_epi16(a, b), _mm_unpackhi_epi16(a, b));
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0x4E));
+  least = _mm_min_epi16(least, _mm_shuffle_epi32(least, 0xB1));
+  const __m128i both = _mm_unpacklo_epi16(least, _mm_setzero_si128());
+  const __m128i squared = _mm_madd_epi16(both, both);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(squares),
+                   _mm_sub_epi32(squared, _mm_srli_epi32(squared, 30)));
+}
+
+// Eight samples in the upper halves of words, shifted by `left`, then by `right`.
+inline void storeShifted(Word32* to, const Word16* from, int left, int right) {
+  const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+  const __m128i zero = _mm_setzero_si128();
+  store(to, reinterpret_cast<Words>(_mm_unpacklo_epi16(zero, eight)) << left >> right);
+  store(to + 4, reinterpret_cast<Words>(_mm_unpackhi_epi16(zero, eight)) << left >> right);
 }
 
 // 1 where a word of the mask is -1, 0 where it is 0; and back.
@@ -233,6 +269,13 @@ inline Words saturatedSum(Words a, Words b) {
 inline void storeSaturated(Word16* to, Words x) {
   const auto word = reinterpret_cast<__m128i>(x);
   _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi32(word, word));
+}
+
+// Twice eight words of 16 bits, saturated.
+inline void storeDoubled(Word16* to, Words first, Words second) {
+  const __m128i eight =
+      _mm_packs_epi32(reinterpret_cast<__m128i>(first), reinterpret_cast<__m128i>(second));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_adds_epi16(eight, eight));
 }
 
 // The sum of `from` and four words, both saturated to 16 bits.

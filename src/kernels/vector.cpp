@@ -16,11 +16,15 @@
 namespace arvessa::kernels {
 namespace {
 
+using UnsignedWords = std::uint32_t __attribute__((vector_size(16)));
+
+UsedBits unionOf(Words w) { return static_cast<UsedBits>((w[0] | w[1]) | (w[2] | w[3])); }
+
 // The bits of all words.
 class BitsOf {
  public:
   void add(Words words) { bits_ |= words ^ (words >> 31); }
-  UsedBits all() const { return static_cast<UsedBits>(bits_[0] | bits_[1] | bits_[2] | bits_[3]); }
+  UsedBits all() const { return unionOf(bits_); }
 
  private:
   Words bits_ = {0, 0, 0, 0};
@@ -29,47 +33,46 @@ class BitsOf {
 // Twice the rounded upper halves of words with headroom, saturated.
 void roundAndDouble(const Word32* words, std::size_t n, Word16* out) {
   std::size_t i = 0;
-  for (; i + 4 <= n; i += 4) {
-    const Words rounded = (load(words + i) + 0x8000) >> 16;
-    storeSaturated(out + i, rounded + rounded);
-  }
+  const auto rounded = [&](std::size_t k) { return (load(words + k) + 0x8000) >> 16; };
+  for (; i + 8 <= n; i += 8) storeDoubled(out + i, rounded(i), rounded(i + 4));
   for (; i < n; ++i) out[i] = saturate16(2 * roundHigh(words[i]));
 }
 
-Words unionOf(std::span<const Word32> block) {
-  Words all = splat(0);
-  const Word32* const words = block.data();
-  for (std::size_t i = 0; i + 4 <= block.size(); i += 4) all |= load(words + i);
-  return all;
-}
-
-inline Words least(Words a, Words b) { return a < b ? a : b; }
+// Of words of the same sign.
+inline Words least(Words a, Words b) { return b + ((a - b) & ((a - b) >> 31)); }
 
 }  // namespace
 
 UsedBits Vector::bitsOf(std::span<const Word32> words) {
   BitsOf bits;
   const std::size_t whole = words.size() - words.size() % 4;
+#pragma GCC unroll 2
   for (std::size_t i = 0; i < whole; i += 4) bits.add(load(&words[i]));
   return bits.all() | usedBits(words.subspan(whole));
 }
 
 Block Vector::normalise(std::span<Word32> words, Word16 headroom) {
-  if (words.size() % 4 != 0) return Plain::normalise(words, headroom);
+  if (words.size() % 8 != 0) return Plain::normalise(words, headroom);
   Word32* const at = words.data();
   Words magnitudes = splat(0);
-#pragma GCC unroll 2
-  for (std::size_t i = 0; i < words.size(); i += 4) {
-    const Words word = load(at + i);
+  const auto add = [&](Words word) {
     const Words sign = word >> 31;
     magnitudes |= (word ^ sign) - sign;
+  };
+  for (std::size_t i = 0; i < words.size(); i += 8) {
+    add(load(at + i));
+    add(load(at + i + 4));
   }
-  const auto all = (magnitudes[0] | magnitudes[1]) | (magnitudes[2] | magnitudes[3]);
-  const auto [shift, bits] = normalisationOf(static_cast<std::uint32_t>(all), headroom);
-  const int left = std::clamp(shift, 0, 31);
-  const int right = std::clamp(-shift, 0, 31);
-#pragma GCC unroll 2
-  for (std::size_t i = 0; i < words.size(); i += 4) store(at + i, load(at + i) << left >> right);
+  const auto [shift, bits] = normalisationOf(unionOf(magnitudes), headroom);
+  if (shift < 0) {
+    for (std::size_t i = 0; i < words.size(); i += 4) store(at + i, load(at + i) >> -shift);
+  } else {
+    const int left = std::min(shift, 31);
+    for (std::size_t i = 0; i < words.size(); i += 8) {
+      store(at + i, load(at + i) << left);
+      store(at + i + 4, load(at + i + 4) << left);
+    }
+  }
   return {words, bits, static_cast<Word16>(shift)};
 }
 
@@ -77,76 +80,75 @@ Block Vector::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
                                std::span<Word32> words) {
   if (samples.size() % 8 != 0) return Portable::normaliseSamples(samples, headroom, words);
   const Word16* const x = samples.data();
-  const Word16 magnitude = largestMagnitude(x, samples.size());
-  // Of -2^15 the magnitude is one more than that; only then it matters.
-  const bool lowest = magnitude == kMax16 && std::count(x, x + samples.size(), kMin16) > 0;
-  const std::uint32_t all = lowest ? 0x8000 : static_cast<std::uint32_t>(magnitude);
-  const auto [shift, bits] = normalisationOf(all << 16, headroom);
-  const int left = 16 + std::clamp(shift, -16, 15);
-  const int right = std::clamp(-16 - shift, 0, 31);
-  Word32* const to = words.data();
-  for (std::size_t i = 0; i < samples.size(); i += 4) {
-    store(to + i, loadWide(x + i) << left >> right);
-  }
+  const auto magnitude = static_cast<std::uint32_t>(largestMagnitude(x, samples.size()));
+  const auto [shift, bits] = normalisationOf(magnitude << 16, headroom);
+  const int left = std::clamp(shift, 0, 31);
+  const int right = std::clamp(-shift, 0, 31);
+  for (std::size_t i = 0; i < samples.size(); i += 8) storeShifted(&words[i], x + i, left, right);
   return {words.first(samples.size()), bits, static_cast<Word16>(shift)};
 }
 
 UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
-  if (x.bits > kFactorBits) return Portable::multiply(x, factors);
+  if (x.bits > kShareBits) return Portable::multiply(x, factors);
   Word32* const words = x.words.data();
   const Word16* const f = factors.data();
   const std::size_t n = x.words.size();
   std::size_t i = 0;
-  for (; i + 4 <= n; i += 4) store(words + i, mulQ15(load(words + i), loadFactors(f + i)));
+  const auto scale = [&](std::size_t k) {
+    store(words + k, share(load(words + k), loadFactors(f + k)));
+  };
+  for (; i + 8 <= n; i += 8) {
+    scale(i);
+    scale(i + 4);
+  }
   for (; i < n; ++i) words[i] = mpy32x16(words[i], f[i]);
   return x.bits;
 }
 
 UsedBits Vector::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
-  // The sum stays below 1.41 2^30.
-  if (x.bits > bitsBelow(30)) return Portable::preemphasise(x, previous, out);
-  const ConstBlock head(x.words.first(4), x.bits);
-  const UsedBits bits = Portable::preemphasise(head, previous, out);
+  // As in the portable form.
+  if (x.bits > bitsBelow(30)) return Plain::preemphasise(x, previous, out);
+  const Word32* const in = x.words.data();
+  Word32* const to = out.data();
+  to[0] = lAdd(in[0], lMult32ByCoefficient(kPreemphasis, previous));
   // Of the coefficient 65536 h + l, l is taken as signed: its product is then short by 2^16 times
   // the upper half, 2 of them after the shift.
   const Factors high = splatFactor(extractHigh(kPreemphasis));
   const Factors low = splatFactor(extractLow(kPreemphasis));
   static_assert(extractLow(kPreemphasis) < 0);
-  const Word32* const in = x.words.data();
-  Word32* const to = out.data();
-  for (std::size_t n = 4; n < x.words.size(); n += 4) {
+  const auto filter = [&](std::size_t n) {
     const Words q = load(in + n - 1);
     const Words product = mulQ15(q, high) + mulHighQ15(q, low) + 2 * (q >> 16);
     store(to + n, load(in + n) + product);
-  }
-  return bits;
+  };
+  const std::size_t size = x.words.size();
+  filter(1);
+#pragma GCC unroll 2
+  for (std::size_t n = 4; n < size; n += 4) filter(n);
+  return boundOfPreemphasis(x.bits, to[0]);
 }
 
 UsedBits Vector::powers(ConstBlock spectrum, std::span<Word32> power) {
-  constexpr std::size_t kChunk = 64;
-  Word16 parts[2 * kChunk];
-  BitsOf bits;
-  // To the last bit before the rounding. Shifted left instead, words that saturate would be
-  // saturated as 16-bit parts, too.
-  if (spectrum.exponent < -14) return Portable::powers(spectrum, power);
+  // As in the portable form.
+  if (spectrum.exponent < -14) return Plain::powers(spectrum, power);
   const int down = std::min(15 + spectrum.exponent, 31);
-  for (std::size_t first = 0; first < power.size(); first += kChunk) {
-    const Word32* const from = spectrum.words.data() + 2 * first;
-    Word32* const to = power.data() + first;
-    for (std::size_t i = 0; i < 2 * kChunk; i += 4) {
-      storeSaturated(parts + i, ((load(from + i) >> down) + 1) >> 1);
-    }
-    if (first == 0) parts[1] = 0;
-    for (std::size_t k = 0; k < kChunk; k += 4) {
-      // At most 2^31, a negative number: the doubled sum saturates from 2^30 on.
-      const Words sum = squaredMagnitudes(parts + 2 * k);
-      const Words saturated = (sum >= (1 << 30)) | (sum < 0);
-      const Words doubledSum = ((sum & ~saturated) << 1) | (saturated & kMax32);
-      store(to + k, doubledSum);
-      bits.add(doubledSum);
-    }
+  const Word32* const from = spectrum.words.data();
+  Word32* const to = power.data();
+  const auto parts = [&](std::size_t i) { return ((load(from + i) >> down) + 1) >> 1; };
+  Words bits = splat(0);
+  for (std::size_t k = 0; k < power.size(); k += 4) {
+    Words first = parts(2 * k);
+    if (k == 0) first[1] = 0;
+    // At most 2^31, a negative number: the doubled sum saturates from 2^30 on.
+    const Words sum = squaredMagnitudes(first, parts(2 * k + 4));
+    const Words saturated =
+        __builtin_convertvector(__builtin_convertvector(sum, UnsignedWords) + (1U << 30), Words) >>
+        31;
+    const Words power4 = ((sum << 1) | saturated) & kMax32;
+    store(to + k, power4);
+    bits |= power4;
   }
-  return bits.all();
+  return unionOf(bits);
 }
 
 void Vector::sumIntoBands(ConstBlock bins, const Filterbank& bank,
@@ -176,13 +178,14 @@ void Vector::sumIntoBands(ConstBlock bins, const Filterbank& bank,
   };
   for (std::size_t k = 0; k < size; k += 4) {
     const Words power = load(words + k);
-    const Words lower = mulQ15(power, loadFactors(lowerWeight + k));
-    const Words upper = mulQ15(power, loadFactors(upperWeight + k));
+    const Words lower = share(power, loadFactors(lowerWeight + k));
+    const Words upper = share(power, loadFactors(upperWeight + k));
     add(__builtin_shufflevector(lower, upper, 0, 4, 1, 5), k + 1);
     add(__builtin_shufflevector(lower, upper, 2, 6, 3, 7), k + 3);
   }
   Word32 fromBelow = 0;
   Shares start = {0, 0};
+#pragma GCC unroll 4
   for (std::size_t b = 0; b < kBands; ++b) {
     const Shares end = before[bank.firstBins[b + 1]];
     bands[b] = fromBelow + (end.lower - start.lower);
@@ -193,15 +196,15 @@ void Vector::sumIntoBands(ConstBlock bins, const Filterbank& bank,
 
 void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterbank& bank,
                           std::span<Word16> bins) {
-  if (bins.size() % 4 != 0 ||
-      std::any_of(bands.begin(), bands.end(), [](Word16 gain) { return gain < 0; })) {
-    return Portable::spreadToBins(bands, bank, bins);
-  }
   const Word16* const gains = bands.data();
+  const Words negative = outsideOf(gains, 0, kMax16) | outsideOf(gains + 8, 0, kMax16) |
+                         outsideOf(gains + 16, 0, kMax16);
+  if (bins.size() % 4 != 0 || any(negative)) return Portable::spreadToBins(bands, bank, bins);
   const Word32* const lower = bank.lower.data();
   const Word16* const lowerWeight = bank.lowerWeight.data();
   const Word16* const upperWeight = bank.upperWeight.data();
   Word16* const out = bins.data();
+#pragma GCC unroll 2
   for (std::size_t k = 0; k < bins.size(); k += 4) {
     const Words sum = weightedPairs(gains, lower + k, lowerWeight + k, upperWeight + k);
     storeSaturated(out + k, sum >> 15);
@@ -217,11 +220,12 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
   Word32* const noise = bins.noise.data();
   const Word32* const p = power.words.data();
   // No sum of products saturates if no word is negative, since the weights add up to less than 1.
-  if (size % 4 != 0 ||
-      any((unionOf(bins.smooth) | unionOf(bins.noise) | unionOf(bins.minimum) |
-           unionOf(power.words)) < 0)) {
-    return Portable::trackNoise(power, bins, alpha, active);
+  Words signs = splat(0);
+#pragma GCC unroll 2
+  for (std::size_t k = 0; k + 4 <= size; k += 4) {
+    signs |= (load(s + k) | load(minima + k)) | (load(noise + k) | load(p + k));
   }
+  if (size % 4 != 0 || any(signs < 0)) return Portable::trackNoise(power, bins, alpha, active);
   // What the products of a sum lack: its weights add up to 32767.
   constexpr Word32 kLacking = kMax16 << 15;
   static_assert(kSmoothOld + kSmoothCentre + 2 * kSmoothSide == kMax16);
@@ -234,23 +238,26 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
   const Factors kept = splatFactor(low16(kMax16 - alpha));
   const Word32 firstBin = mpy32x16(s[0], kSmoothOld) + mpy32x16(p[0], kSmoothEdge);
   const Word32 lastBin = mpy32x16(s[size - 1], kSmoothOld) + mpy32x16(p[size - 1], kSmoothEdge);
+  const bool loudPower = power.bits >= 1 << (31 - kNoiseBits);
   Words smoothSum = splat(0);
   Words minimumSum = splat(0);
   Words smoothBits = splat(0);
   Words noiseBits = splat(0);
   Words before = splat(0);
-  Words sides = mulPositive(load(p), side);
+  Words sides = shareLess(load(p), side);
   for (std::size_t k = 0; k < size; k += 4) {
     const Words now = load(p + k);
     const bool atEnd = k + 4 == size;
-    const Words next = mulPositive(load(atEnd ? p : p + k + 4), side);
-    const Words lower = __builtin_shufflevector(before, sides, 3, 4, 5, 6);
-    const Words upper = __builtin_shufflevector(sides, next, 1, 2, 3, 4);
-    Words smooth = mulPositive(load(s + k), old) + mulPositive(now, centre) + (lower + upper) +
-                   kLacking;
+    const Words next = shareLess(load(atEnd ? p : p + k + 4), side);
+    const Words turned = __builtin_shufflevector(sides, sides, 3, 0, 1, 2);
+    const Words lower = __builtin_shufflevector(before, turned, 0, 5, 6, 7);
+    const Words mixed = __builtin_shufflevector(next, sides, 0, 5, 6, 7);
+    const Words upper = __builtin_shufflevector(mixed, mixed, 1, 2, 3, 0);
+    Words smooth =
+        shareLess(load(s + k), old) + shareLess(now, centre) + (lower + upper) + kLacking;
     if (k == 0) smooth[0] = firstBin;
     if (atEnd) smooth[3] = lastBin;
-    before = sides;
+    before = turned;
     sides = next;
     store(s + k, smooth);
     const Words minimum = least(load(minima + k), smooth);
@@ -260,36 +267,39 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
     minimumSum += minimum;
     smoothBits |= smooth;
 
-    const Words loud = mulPositive(smooth, scale) + kLoudOffset > minimum;
+    const Words loud = shareLess(smooth, scale) + kLoudOffset > minimum;
     storeFlags(active.data() + k, loud);
     const Words n = load(noise + k);
-    const Words saturated = now >= 1 << (31 - kNoiseBits);
-    const Words shifted = (now << kNoiseBits & ~saturated) | (saturated & kMax32);
-    const Words update = mulPositive(shifted, fresh) + mulPositive(n, kept) + kLacking;
+    Words shifted = now << kNoiseBits;
+    if (loudPower) shifted = now >= 1 << (31 - kNoiseBits) ? splat(kMax32) : shifted;
+    const Words update = shareLess(shifted, fresh) + shareLess(n, kept) + kLacking;
     const Words keep = loud & ((n >> kNoiseBits) <= now);
     const Words updated = (n & keep) | (update & ~keep);
     store(noise + k, updated);
     noiseBits |= updated;
   }
   const auto total = [](Words w) { return (w[0] + w[1]) + (w[2] + w[3]); };
-  const auto all = [](Words w) { return static_cast<UsedBits>((w[0] | w[1]) | (w[2] | w[3])); };
   // A minimum is no larger than the power.
-  if (all(smoothBits) >= (std::size_t{1} << 31) / size) {
-    return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), all(noiseBits)};
+  if (unionOf(smoothBits) >= (std::size_t{1} << 31) / size) {
+    return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), unionOf(noiseBits)};
   }
-  return {total(smoothSum), total(minimumSum), all(noiseBits)};
+  return {total(smoothSum), total(minimumSum), unionOf(noiseBits)};
 }
 
 void Vector::scaleBins(Block spectrum, std::span<const Word16> gains) {
-  if (spectrum.bits > kFactorBits || gains.size() % 4 != 0) {
+  if (spectrum.bits > kShareBits || gains.size() % 8 != 0) {
     return Portable::scaleBins(spectrum, gains);
   }
   const Word16* const g = gains.data();
-  for (std::size_t k = 0; k < gains.size(); k += 4) {
+  const auto scale = [&](std::size_t k) {
     const PairFactors factors = spreadFactors(g + k);
     Word32* const at = spectrum.words.data() + 2 * k;
-    store(at, mulQ15(load(at), factors.first));
-    store(at + 4, mulQ15(load(at + 4), factors.second));
+    store(at, share(load(at), factors.first));
+    store(at + 4, share(load(at + 4), factors.second));
+  };
+  for (std::size_t k = 0; k < gains.size(); k += 8) {
+    scale(k);
+    scale(k + 4);
   }
 }
 
@@ -304,16 +314,19 @@ UsedBits Vector::addOverlap(ConstBlock time, std::span<Word32> overlap, std::spa
   Word32* const kept = overlap.data();
   Word32* const to = block.data();
   BitsOf bits;
+#pragma GCC unroll 2
   for (std::size_t i = 0; i < overlap.size(); i += 4) {
     const Words sum = saturatedSum(load(words + i) << up >> down, load(kept + i));
     store(to + i, sum);
     bits.add(sum);
   }
+#pragma GCC unroll 2
   for (std::size_t i = overlap.size(); i < block.size(); i += 4) {
     const Words word = load(words + i) << up >> down;
     store(to + i, word);
     bits.add(word);
   }
+#pragma GCC unroll 2
   for (std::size_t i = 0; i < overlap.size(); i += 4) {
     store(kept + i, load(words + block.size() + i) << up >> down);
   }
@@ -340,13 +353,10 @@ void Vector::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
 
 void Vector::peakPowers(std::span<const Word16> samples, std::span<Word32> peaks) {
   const std::size_t count = samples.size() / peaks.size();
+  if (peaks.size() % 2 != 0) return Portable::peakPowers(samples, peaks);
   const Word16* x = samples.data();
-  for (Word32& peak : peaks) {
-    const Word32 magnitude = largestMagnitude(x, count);
-    peak = magnitude * magnitude;
-    // Full scale: -2^15, whose square is held below 2^30, may be among the samples.
-    if (magnitude == kMax16 && std::count(x, x + count, kMin16) > 0) peak = 0x3FFFFFFF;
-    x += count;
+  for (std::size_t j = 0; j < peaks.size(); j += 2, x += 2 * count) {
+    largestSquares(x, x + count, count, &peaks[j]);
   }
 }
 
@@ -354,7 +364,7 @@ void Vector::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y
   const Word16* const from = x.data();
   Word16* const to = y.data();
   std::size_t n = 0;
-  if (usedBits(gain) < 0x7FFF) {
+  if (gain > kMin16 && gain <= kMax16) {
     const std::size_t whole = x.size() - x.size() % 8;
     for (; n < whole; n += 8) multiplyEight(from + n, low16(gain), to + n);
   } else if (usedBits(gain) <= kFactorBits) {

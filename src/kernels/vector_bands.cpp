@@ -28,10 +28,11 @@ bool within(std::span<const Word16, kBands> values, Word16 least, Word16 most) {
   for (std::size_t b = 0; b < kBands; b += 8) outside |= outsideOf(&values[b], least, most);
   return !any(outside);
 }
-bool noneNegative(std::span<const Word32> words) {
-  Word32 signs = 0;
-  for (const Word32 word : words) signs |= word;
-  return signs >= 0;
+// All bits of words that may be negative.
+Words unionOf(std::span<const Word32, kBands> words) {
+  Words bits = splat(0);
+  for (std::size_t b = 0; b < kBands; b += 4) bits |= load(&words[b]);
+  return bits;
 }
 
 // Shifts dividends and divisors by what quotientQ8 and quotientQ15 shift them.
@@ -108,8 +109,8 @@ inline Words presenceProbability(Words priorSnr, Words v, Words smoothSnr, Words
 
 void Vector::estimateSnr(const BandPowers& power, std::span<const Word32, kBands> speech,
                          const BasicBandSnrs<Word16>& snr) {
-  if (!noneNegative(power.frame) || !noneNegative(power.noise) ||
-      usedBits(speech) > bitsBelow(30) || !noneNegative(speech)) {
+  const Words clean30 = unionOf(speech);
+  if (any((unionOf(power.frame) | unionOf(power.noise) | clean30 | clean30 << 1) < 0)) {
     return Plain::estimateSnr(power, speech, snr);
   }
   const Words ceiling = splat(25600);
@@ -139,7 +140,7 @@ void Vector::gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kBa
                                 std::span<Word32, kBands> speech, const Presence& presence) {
   if (!within(snr.prior, 0, 25600) || !within(snr.posterior, -256, 25600) ||
       !within(smoothSnr, 0, kMax16) || globalPresence < 4024 ||
-      (usedBits(framePower) | usedBits(speech)) > kFactorBits) {
+      any((unionOf(framePower) | unionOf(speech)) < 0)) {
     return Plain::gainsUnderPresence(snr, framePower, smoothSnr, globalPresence, speech, presence);
   }
   const Factors kept = splatFactor(6554);
@@ -150,8 +151,10 @@ void Vector::gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kBa
     const Words v = mulQ15((loadWide(&snr.posterior[b]) << 3) + 2048, byWiener);
     const Words gain = least(mulQ15(amplitudeFactor(v), byWiener), splat(kMax16));
     storeSaturated(&presence.gain[b], gain);
-    const Factors share = factorsOf(mult(mult(gain, gain), splat(26214)));
-    store(&speech[b], mulQ15(load(&framePower[b]), share) + mulQ15(load(&speech[b]), kept));
+    const Words part = mult(mult(gain, gain), splat(26214));
+    const Words lacking = (part + 6554) << 15;
+    store(&speech[b], shareLess(load(&framePower[b]), factorsOf(part)) +
+                          shareLess(load(&speech[b]), kept) + lacking);
     storeSaturated(&presence.probability[b],
                    presenceProbability(xi, v, loadWide(&smoothSnr[b]), splat(globalPresence)));
   }
@@ -160,7 +163,7 @@ void Vector::gainsUnderPresence(const BandSnrs& snr, std::span<const Word32, kBa
 void Vector::mixWithFloor(std::span<const Word32, kBands> noise, Word16 floorGain,
                           std::span<const Word16, kBands> probability,
                           std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain) {
-  if (!noneNegative(noise) || floorGain < 0 || !within(probability, 0, kMax16) ||
+  if (any(unionOf(noise) < 0) || floorGain < 0 || !within(probability, 0, kMax16) ||
       !within(gain, 0, kMax16)) {
     return Plain::mixWithFloor(noise, floorGain, probability, gain, bandGain);
   }

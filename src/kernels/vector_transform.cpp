@@ -77,6 +77,19 @@ struct Apart {
   void storeFalling(int i, Points p) const { store(i - 3, {falling(p.re), falling(p.im)}); }
 };
 
+// The parts of four neighbours beside each other, between passes; neighbours begin at multiples of 4.
+struct Quads {
+  Word32* words;
+
+  Points load(int i) const {
+    return {kernels::load(words + 2 * i), kernels::load(words + 2 * i + 4)};
+  }
+  void store(int i, Points p) const {
+    kernels::store(words + 2 * i, p.re);
+    kernels::store(words + 2 * i + 4, p.im);
+  }
+};
+
 // Products with a twiddle of any angle, of 0, whose cosine is the largest factor, and of pi / 2.
 struct ByAny {
   Twiddles w;
@@ -86,8 +99,12 @@ struct ByNothing {
   Points operator()(Points p) const { return {mulLargest(p.re), mulLargest(p.im)}; }
 };
 struct ByRightAngle {
-  Factors sine;
-  Turned operator()(Points p) const { return {mulQ15(p.im, sine), mulQ15(p.re, sine)}; }
+  explicit ByRightAngle(Word16 sine) : kept(splat(sine == -32768 ? 0 : -1)) {}
+  // floor(-32766 x / 2^15) is floor(x / 2^14) - x; of -1 nothing of the first is left.
+  Words times(Words x) const { return ((x >> 14) & kept) - x; }
+  Turned operator()(Points p) const { return {times(p.im), times(p.re)}; }
+
+  Words kept;
 };
 
 template <bool kHalve>
@@ -155,7 +172,7 @@ void pass(In in, Out out, int s, int blocks, const TransformTables& tables) {
       out.store((g + 3 * rows) * quarter + b, p[3]);
     }
   };
-  row(0, ByNothing(), ByNothing(), ByRightAngle{splatFactor(second[4 * rows + 1])});
+  row(0, ByNothing(), ByNothing(), ByRightAngle(second[4 * rows + 1]));
   for (int g = 1; g < rows; ++g) {
     row(g, ByAny{twiddlesOf(splatPair(first + 4 * g))},
         ByAny{twiddlesOf(splatPair(second + 4 * g))},
@@ -165,15 +182,15 @@ void pass(In in, Out out, int s, int blocks, const TransformTables& tables) {
 
 // The last two stages: four rows of four blocks at a time.
 template <bool kHalve, class Out>
-void lastPass(Apart in, Out out, int s, const TransformTables& tables) {
+void lastPass(Quads in, Out out, int s, const TransformTables& tables) {
   const int rows = 1 << s;
   const Word16* const first = twiddlesOfStage(tables, s);
   const Word16* const second = twiddlesOfStage(tables, s + 1);
   for (int g = 0; g < rows; g += 4) {
     Words re[4];
     Words im[4];
-    loadTransposed(in.re + 4 * g, re);
-    loadTransposed(in.im + 4 * g, im);
+    loadTransposed(in.words + 8 * g, 8, re);
+    loadTransposed(in.words + 8 * g + 4, 8, im);
     Points p[4] = {{re[0], im[0]}, {re[1], im[1]}, {re[2], im[2]}, {re[3], im[3]}};
     const Words each =
         __builtin_shufflevector(loadPairs(first + 4 * g), loadPairs(first + 4 * g + 8), 0, 2, 4, 6);
@@ -188,7 +205,7 @@ void lastPass(Apart in, Out out, int s, const TransformTables& tables) {
 
 // The complex transform of `in`, which is used up, to `out`, with `work` between. None overlap.
 template <bool kHalve, class In, class Out>
-void rowsTransform(In in, Out out, Apart used, Apart work, const TransformTables& tables) {
+void rowsTransform(In in, Out out, Quads used, Quads work, const TransformTables& tables) {
   int s = 0;
   int blocks = tables.points;
   if (tables.stages % 2 == 0) {  // an odd number, with the first
@@ -254,7 +271,7 @@ UsedBits Vector::forwardTransform(Block x, const TransformTables& tables, std::s
   Word32* const in = x.words.data();
   Word32* const to = out.data();
   const Apart pairs = {scratch, scratch + n};
-  rowsTransform<true>(PairsIn{in}, pairs, Apart{in, in + n}, Apart{to, to + n}, tables);
+  rowsTransform<true>(PairsIn{in}, pairs, Quads{in}, Quads{to}, tables);
   to[0] = pairs.re[0] + pairs.im[0];
   to[1] = pairs.re[0] - pairs.im[0];
   splitBins<false>(pairs, PairsOut<false>{to}, tables);
@@ -273,9 +290,8 @@ void Vector::inverseTransform(ConstBlock spectrum, const TransformTables& tables
   first[0] = (in[0] + in[1]) >> 1;
   first[n] = (in[0] - in[1]) >> 1;
   splitBins<true>(PairsIn{in}, Apart{first, first + n}, tables);
-  const Apart exchanged = {first + n, first};
-  rowsTransform<false>(exchanged, PairsOut<true>{out.data()}, exchanged, Apart{second, second + n},
-                       tables);
+  rowsTransform<false>(Apart{first + n, first}, PairsOut<true>{out.data()}, Quads{first},
+                       Quads{second}, tables);
 }
 
 }  // namespace arvessa::kernels

@@ -7,9 +7,15 @@
 
 namespace arvessa {
 
-void moveFloor(std::span<const Word32, kernels::kBands> noise, Word16& depth) {
+namespace {
+
+// The saturating sum, which goes on from half of the largest word each time that it reaches that,
+// and counts 2.
+Word32 foldedSum(std::span<const Word32, kernels::kBands> noise, Word32& extra) {
+  std::uint64_t total = 0;
+  for (const Word32 power : noise) total += static_cast<std::uint32_t>(power);
+  if (total < kMax32) return static_cast<Word32>(total);
   Word32 sum = 0;
-  Word32 extra = 0;
   for (const Word32 power : noise) {
     sum = lAdd(sum, power);
     if (sum == kMax32) {
@@ -17,6 +23,14 @@ void moveFloor(std::span<const Word32, kernels::kBands> noise, Word16& depth) {
       extra += 2;
     }
   }
+  return sum;
+}
+
+}  // namespace
+
+void moveFloor(std::span<const Word32, kernels::kBands> noise, Word16& depth) {
+  Word32 extra = 0;
+  const Word32 sum = foldedSum(noise, extra);
   const Word16 target = sum <= 499999 ? Word16{7} : low16(extra + 7 + (sum - 500000) / 150000);
   int moved = depth;
   if (target > moved) {

@@ -28,9 +28,9 @@ Word16 amplitudeOfDepth(Word16 dB) {
 Word32 smoothPriorSnr(std::span<const Word16, kBands> priorSnr, std::span<Word16, kBands> smooth) {
   Word32 sum = 0;
   for (std::size_t b = 0; b < kBands; ++b) {
-    // 0.7 and 0.3 in Q15.
-    smooth[b] = extractHigh(lMac(lMult(22938, smooth[b]), 9830, priorSnr[b]));
-    sum = lAdd(sum, smooth[b]);
+    // 0.7 and 0.3 in Q15. They add up to 1, so that nothing saturates.
+    smooth[b] = low16((22938 * smooth[b] + 9830 * priorSnr[b]) >> 15);
+    sum += smooth[b];
   }
   return sum;
 }

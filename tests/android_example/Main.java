@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 import arvessa.FrontEnd;
 import arvessa.Recorder;
-import java.io.BufferedOutputStream;
-import java.io.DataOutputStream;
-import java.io.IOException;
 
 /** Raw samples of two microphones through the example's classes, after what they have to refuse. */
 public final class Main {
@@ -16,7 +13,7 @@ public final class Main {
         throw new AssertionError("no " + expected);
     }
 
-    public static void main(String[] arguments) throws IOException {
+    public static void main(String[] arguments) {
         FrontEnd frontEnd = new FrontEnd(true, true);
         short[] frame = new short[FrontEnd.FRAME];
         refused(IllegalArgumentException.class, () -> frontEnd.process(frame, frame));
@@ -24,14 +21,12 @@ public final class Main {
         frontEnd.close();
         refused(IllegalStateException.class, () -> frontEnd.process(new short[160], frame));
 
-        DataOutputStream out = new DataOutputStream(new BufferedOutputStream(System.out));
         new Recorder(clean -> {
-            try {
-                for (short sample : clean) out.writeShort(Short.reverseBytes(sample));
-            } catch (IOException failure) {
-                throw new java.io.UncheckedIOException(failure);
+            for (short sample : clean) {
+                System.out.write(sample);
+                System.out.write(sample >> 8);
             }
         }).run();
-        out.flush();
+        System.out.flush();
     }
 }

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """The example for Android on this machine: the same samples as the command.
 
@@ -9,9 +8,8 @@ samples, with its arguments; PYTHONPATH with the support of the command's tests.
 import os
 import shlex
 import subprocess
-import unittest
 
-from support import CommandTest, pcm
+from commands import CommandTest, pcm
 
 
 class Example(CommandTest):
@@ -26,7 +24,3 @@ class Example(CommandTest):
         self.assertEqual(done.returncode, 0, done.stderr.decode())
         self.assertIn(done.stderr, (b"", b"released"))
         self.assertEqual(pcm(done.stdout), pcm(expected.stdout)[:frames * 80])
-
-
-if __name__ == "__main__":
-    unittest.main()

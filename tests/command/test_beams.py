@@ -2,27 +2,24 @@
 import csv
 import os
 import subprocess
-import unittest
 
-from support import SPEECH, CommandTest
-
-SOURCE = os.environ["ARVESSA_SOURCE"]
+from commands import SOURCE, CommandTest
 
 
 class Beams(CommandTest):
     def beams(self, *arguments):
-        self.run_command("beams", *arguments, "-o", self.path("beams.csv"), "--quiet")
-        return self.path("beams.csv")
+        self.run_command("beams", *arguments, "-o", "beams.csv", "--quiet")
+        return "beams.csv"
 
     def enhanced(self, *arguments):
-        self.run_command("enhance", self.path("scene.wav"), "-o", self.path("out.wav"), *arguments)
+        self.run_command("enhance", "scene.wav", "-o", "out.wav", *arguments)
         return self.read("out.wav")
 
     def test_the_design_gives_what_the_library_has(self):
         self.scene("--talker", 0)
         self.assertEqual(self.enhanced("--beams", self.beams()), self.enhanced())
-        table = self.path("table.cpp")
-        subprocess.run(["cmake", "-D", f"BEAMS={self.path('beams.csv')}", "-D", f"SOURCE={table}",
+        table = "table.cpp"
+        subprocess.run(["cmake", "-D", "BEAMS=beams.csv", "-D", f"SOURCE={table}",
                         "-P", f"{SOURCE}/cmake/beam_table.cmake"], check=True)
         with open(table, encoding="utf-8") as written, \
                 open(f"{SOURCE}/src/beamformer/beam_weights_tables.cpp", encoding="utf-8") as stored:
@@ -34,8 +31,8 @@ class Beams(CommandTest):
             beams = self.beams("--microphones", microphones, "--directions", directions)
             for talker in map(int, directions.split(",")):
                 self.scene("--beams", beams, "--talker", talker, "--snr", 20)
-                self.run_command("trace", self.path("scene.wav"), "--beams", beams, "-o", self.path("t.csv"))
-                with open(self.path("t.csv"), newline="", encoding="utf-8") as file:
+                self.run_command("trace", "scene.wav", "--beams", beams, "-o", "t.csv")
+                with open("t.csv", newline="", encoding="utf-8") as file:
                     heard = [float(row["direction_deg"]) for row in csv.DictReader(file)]
                 self.assertGreater(heard.count(talker), 0.9 * len(heard), (microphones, talker))
 
@@ -47,32 +44,28 @@ class Beams(CommandTest):
                                   (["--directions", "90"], "at least two"),
                                   (["--directions", "0,60,90,180"], "at most three"),
                                   (["--directions", "90,-90"], "cannot tell 90 and -90")):
-            done = self.run_command("beams", *arguments, "-o", self.path("no.csv"), code=2)
+            done = self.run_command("beams", *arguments, "-o", "no.csv", code=2)
             self.assertIn(reason, done.stderr.decode())
         self.assertEqual(os.listdir(self.directory), [])
         self.scene()
-        for arguments, reason, code in ((["--beams", self.path("scene.wav")], "no file of beams", 1),
-                                        (["--beams", self.path("none.csv")], "No such file", 1),
+        for arguments, reason, code in ((["--beams", "scene.wav"], "no file of beams", 1),
+                                        (["--beams", "none.csv"], "No such file", 1),
                                         (["--beams", self.beams("--directions", "0,90"), "--beam", 2],
                                          "there are 2 beams", 2)):
-            done = self.run_command("enhance", self.path("scene.wav"), "-o", "-", *arguments, code=code)
+            done = self.run_command("enhance", "scene.wav", "-o", "-", *arguments, code=code)
             self.assertIn(reason, done.stderr.decode())
 
     def test_pictures(self):
-        scene = self.path("scene.wav")
+        scene = "scene.wav"
         self.scene()
-        drawings = (["beams", "-o", self.path("b.csv")], ["enhance", scene, "-o", self.path("e.wav")])
+        drawings = (["beams", "-o", "b.csv"], ["enhance", scene, "-o", "e.wav"])
         for arguments in drawings:
-            self.run_command(*arguments, "--picture", self.path("p.png"))
-            with open(self.path("p.png"), "rb") as file:
+            self.run_command(*arguments, "--picture", "p.png")
+            with open("p.png", "rb") as file:
                 self.assertEqual(file.read(8), b"\x89PNG\r\n\x1a\n")
-            os.remove(self.path("p.png"))
+            os.remove("p.png")
             # A Python that does not start.
-            done = self.run_command(*arguments, "--picture", self.path("p.png"), code=1,
+            done = self.run_command(*arguments, "--picture", "p.png", code=1,
                                     env={**os.environ, "PYTHONHOME": "/nowhere"})
             self.assertIn("python3-matplotlib", done.stderr.decode())
-            self.assertFalse(os.path.exists(self.path("p.png")))
-
-
-if __name__ == "__main__":
-    unittest.main()
+            self.assertFalse(os.path.exists("p.png"))

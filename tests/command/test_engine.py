@@ -1,12 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
-import unittest
 
-from support import SPEECH, CommandTest, lag, level, noise
+from commands import SPEECH, CommandTest, lag, level, noise
 
 
 class Engine(CommandTest):
     def engine(self, source, *arguments, rate=8000, channels=1):
-        self.run_command("engine", self.path(source), "-o", self.path("out.wav"), *arguments)
+        self.run_command("engine", source, "-o", "out.wav", *arguments)
         return self.read("out.wav", rate, channels)
 
     def test_without_work_every_sample_passes(self):
@@ -17,7 +16,7 @@ class Engine(CommandTest):
 
     def test_output_lies_under_the_input_at_every_rate(self):
         for rate in (8000, 11025, 16000, 22050, 32000, 44100, 48000, 96000):
-            self.run_command("scene", SPEECH, "--noise", "none", "--rate", rate, "-o", self.path("s.wav"))
+            self.run_command("scene", SPEECH, "--noise", "none", "--rate", rate, "-o", "s.wav")
             speech, _ = self.read("s.wav", rate, 2)
             speech = speech[rate : 2 * rate + 3]
             self.write("in.wav", [speech], rate)
@@ -33,9 +32,9 @@ class Engine(CommandTest):
         self.write("both.wav", [one, other], 16000)
         both = self.engine("both.wav", rate=16000, channels=2)
         self.assertEqual(both, [self.engine("one.wav", rate=16000), self.engine("other.wav", rate=16000)])
-        with open(self.path("both.wav"), "rb") as file:
+        with open("both.wav", "rb") as file:
             raw = file.read()[44:]
-        self.run_command("engine", "-", "--rate", 16000, "--channels", 2, "-o", self.path("out.wav"), input=raw)
+        self.run_command("engine", "-", "--rate", 16000, "--channels", 2, "-o", "out.wav", input=raw)
         self.assertEqual(self.read("out.wav", 16000, 2), both)
 
     def test_gain_tables(self):
@@ -47,7 +46,3 @@ class Engine(CommandTest):
             with_agc = level(self.engine("in.wav", "--agc-table", table)[settled])
             self.assertAlmostEqual(with_agc - plain, most, delta=0.3, msg=table)
         self.assertEqual(self.engine("in.wav", "--agc-table", 3), self.engine("in.wav", "--agc-table", 4))
-
-
-if __name__ == "__main__":
-    unittest.main()

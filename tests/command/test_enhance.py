@@ -4,14 +4,13 @@ import os
 import select
 import subprocess
 import time
-import unittest
 
-from support import COMMAND, CommandTest, active_level, lag, level, noise, pcm
+from commands import COMMAND, CommandTest, active_level, lag, level, noise, pcm
 
 
 class Enhance(CommandTest):
     def enhance(self, *arguments, source="scene.wav", **options):
-        self.run_command("enhance", self.path(source), "-o", self.path("out.wav"), *arguments, **options)
+        self.run_command("enhance", source, "-o", "out.wav", *arguments, **options)
         return self.read("out.wav")
 
     def test_output_lies_under_the_input_unless_the_delay_is_kept(self):
@@ -27,21 +26,21 @@ class Enhance(CommandTest):
 
     def test_every_length_and_rate_is_kept_to_the_sample(self):
         microphones = [noise(12345, 1), noise(12345, 2)]
-        for length in (1, 79, 80, 81, 12345):
-            for rate in (8000, 11025, 48000):
+        for length in (1, 6, 7, 80, 81, 12345):
+            for rate in (8000, 11025, 44100, 48000):
                 self.write("scene.wav", [m[:length] for m in microphones], rate)
                 self.assertEqual(len(self.enhance()), -(-length * 8000 // rate), (length, rate))
 
     def test_pipes_and_formats_carry_the_same_samples(self):
         self.write("scene.wav", [noise(4321, 1), noise(4321, 2)])
         expected = self.enhance()
-        with open(self.path("scene.wav"), "rb") as file:
+        with open("scene.wav", "rb") as file:
             raw = file.read()[44:]
         piped = self.run_command("enhance", "-", "-o", "-", input=raw).stdout
         self.assertEqual(list(pcm(piped)), expected)
-        self.assertEqual(self.run_command("enhance", self.path("scene.wav"), "-o", "-").stdout, piped)
-        self.run_command("enhance", "-", "-o", self.path("out.flac"), input=raw)
-        passed = ["engine", self.path("out.flac"), "--no-nr", "--no-agc", "-o", self.path("back.wav")]
+        self.assertEqual(self.run_command("enhance", "scene.wav", "-o", "-").stdout, piped)
+        self.run_command("enhance", "-", "-o", "out.flac", input=raw)
+        passed = ["engine", "out.flac", "--no-nr", "--no-agc", "-o", "back.wav"]
         self.run_command(*passed)
         self.assertEqual(self.read("back.wav"), expected)
 
@@ -67,7 +66,7 @@ class Enhance(CommandTest):
     def test_microphones_and_switches(self):
         first, second = self.scene("--talker", 0, "--snr", 20)
         for switches, beams in (([], (90, 101)), (["--swap"], (0, 10))):
-            done = self.run_command("enhance", self.path("scene.wav"), "-o", self.path("o.wav"), *switches)
+            done = self.run_command("enhance", "scene.wav", "-o", "o.wav", *switches)
             share = int(done.stdout.decode().split("degrees ")[1].split("/")[0])
             self.assertIn(share, range(*beams), switches)
         swapped = self.enhance("--swap")
@@ -80,7 +79,7 @@ class Enhance(CommandTest):
         plain = level(self.enhance("--no-engine", source="hiss.wav")[16000:])
         self.assertGreater(with_agc - suppressed, 4)
         self.assertGreater(with_agc - plain, 1)
-        quiet = self.run_command("enhance", self.path("hiss.wav"), "-o", self.path("o.wav"), "--quiet")
+        quiet = self.run_command("enhance", "hiss.wav", "-o", "o.wav", "--quiet")
         self.assertEqual((quiet.stdout, quiet.stderr), (b"", b""))
 
     def test_switches_that_only_this_command_has(self):
@@ -97,14 +96,16 @@ class Enhance(CommandTest):
         self.write("two.wav", [five[4], five[1]])
         self.assertEqual(self.enhance("--channels", "5,2", source="five.wav"), self.enhance(source="two.wav"))
         for channels, code in (("1,6", 1), ("1", 2), ("0,1", 2)):
-            self.run_command("enhance", self.path("five.wav"), "-o", "-", "--channels", channels, code=code)
+            done = self.run_command("enhance", "five.wav", "-o", "-", "--channels", channels,
+                                    code=code)
+            self.assertEqual(b"5 channels" in done.stderr, code == 1)
 
         # Until the first voice the AGC stands at 15.05 dB.
         self.write("hiss.wav", [noise(8000, 1, 300), noise(8000, 2, 300)])
         with_agc, without = self.enhance(source="hiss.wav"), self.enhance("--no-agc", source="hiss.wav")
         self.assertAlmostEqual(level(with_agc) - level(without), 15.05, delta=0.1)
 
-        enhanced = self.enhance("--compare", self.path("both.wav"))
+        enhanced = self.enhance("--compare", "both.wav")
         left, right = self.read("both.wav", channels=2)
         self.assertEqual(left[:100] == microphones[0][:100], right[:100] != enhanced[:100])
         for channel, whole in ((left, microphones[0]), (right, enhanced)):
@@ -112,16 +113,3 @@ class Enhance(CommandTest):
             self.assertLess(max(abs(scale * w - c) for c, w in zip(channel, whole)), 1)
             self.assertLessEqual(scale, 1.0001)
         self.assertAlmostEqual(active_level(left, 8000), active_level(right, 8000), delta=0.1)
-
-    def test_many_at_once_come_out_as_one_by_one(self):
-        names = [f"take{i}.wav" for i in range(5)]
-        for i, name in enumerate(names):
-            self.write(name, [noise(8000, i), noise(8000, i + 9)])
-        inputs = [self.path(name) for name in names]
-        self.run_command("enhance", *inputs, "--out-dir", self.path("new/clean"), "--jobs", 3)
-        for name in names:
-            self.assertEqual(self.read(os.path.join("new/clean", name)), self.enhance(source=name))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -4,9 +4,8 @@
 import os
 import random
 import struct
-import unittest
 
-from support import CommandTest, noise, pcm
+from commands import SOURCE, CommandTest, noise, pcm
 
 GUID = bytes.fromhex("0000000010008000" "00aa00389b71")  # of a format, behind its number
 PLAIN = ("--no-nr", "--no-agc", "--quiet")
@@ -30,15 +29,6 @@ class Inputs(CommandTest):
         self.good = self.write("good.wav", self.samples)
         self.data = self.content("good.wav")[44:]
 
-    def content(self, name):
-        with open(self.path(name), "rb") as file:
-            return file.read()
-
-    def store(self, name, data):
-        with open(self.path(name), "wb") as file:
-            file.write(data)
-        return self.path(name)
-
     def each_way(self, data):
         """What a command is given to read `data` from a file, a pipe and a redirected file."""
         path = self.store("input", data)
@@ -49,7 +39,7 @@ class Inputs(CommandTest):
 
     def engine(self, source, *arguments, code=0, **options):
         """The channels that come out, and what was said."""
-        done = self.run_command("engine", source, "-o", self.path("out.wav"), *PLAIN, *arguments, code=code, **options)
+        done = self.run_command("engine", source, "-o", "out.wav", *PLAIN, *arguments, code=code, **options)
         return self.read("out.wav", channels=2), done.stderr.decode()
 
     def test_every_format_is_read_from_files_and_pipes(self):
@@ -60,7 +50,7 @@ class Inputs(CommandTest):
         files += [wav(self.data, 1, 16, size, size) for size in (2**31 - 37, 2**31, 2**32 - 1)]
         for extension in ("flac", "aiff", "au", "w64", "caf"):
             self.engine(self.good)
-            self.run_command("engine", self.good, "-o", self.path("x." + extension), *PLAIN)
+            self.run_command("engine", self.good, "-o", "x." + extension, *PLAIN)
             files.append(self.content("x." + extension))
         for data in files:
             for source, options in self.each_way(data):
@@ -76,13 +66,13 @@ class Inputs(CommandTest):
             self.assertEqual((remark in error, error.count("\n")), (True, 1 if remark else 0))
 
     def test_pipes_carry_wav_and_flac(self):
-        self.run_command("enhance", self.good, "-o", self.path("out.wav"))
+        self.run_command("enhance", self.good, "-o", "out.wav")
         expected = self.read("out.wav")
         piped = self.run_command("enhance", self.good, "-o", "-", "--format", "wav", "--quiet").stdout
         self.assertEqual((piped[:8], piped[40:44], list(pcm(piped[44:]))),
                          (b"RIFF" + 4 * b"\xff", 4 * b"\xff", expected))
         flac = self.run_command("enhance", self.good, "-o", "-", "--format", "flac", "--quiet").stdout
-        self.run_command("engine", "-", "-o", self.path("out.wav"), *PLAIN, input=flac)
+        self.run_command("engine", "-", "-o", "out.wav", *PLAIN, input=flac)
         self.assertEqual(self.read("out.wav"), expected)
         refused = self.run_command("enhance", self.good, "-o", "-", "--format", "caf", code=2)
         self.assertIn(b"WAV or FLAC", refused.stderr)
@@ -93,25 +83,25 @@ class Inputs(CommandTest):
         cases = [(wav(struct.pack("<400f", *floats), 3, 32), "2 samples are not finite numbers; {} has silence in their place", 200),
                  (wav(self.data[:403], 1, 16, 800), "truncated: ends after 100 of 200 samples; {} holds what there is", 100)]
         for extension in ("aiff", "au", "w64", "caf", "flac"):
-            self.run_command("engine", self.good, "-o", self.path("x." + extension), *PLAIN)
+            self.run_command("engine", self.good, "-o", "x." + extension, *PLAIN)
             cases.append((self.content("x." + extension)[:90001], "; {} holds what there is", 1000))
-        with open(os.path.join(os.path.dirname(__file__), "unfinished.ogg"), "rb") as file:
+        with open(SOURCE / "audio/unfinished.ogg", "rb") as file:
             cases.append((file.read(), "truncated: ends after 2000 samples, without the mark of its end", 2000))
         for data, said, least in cases:
             for source, options in self.each_way(data):
                 (first, _), error = self.engine(source, code=1, **options)
                 self.assertEqual(error.count("\n"), 1, error)
-                self.assertIn(said.format(self.path("out.wav")), error)
+                self.assertIn(said.format("out.wav"), error)
                 self.assertGreaterEqual(len(first), least)
         self.store("cut.wav", cases[1][0])
-        done = self.run_command("engine", self.path("cut.wav"), self.good, self.path("gone.wav"),
-                                "--out-dir", self.path("all"), "--no-nr", code=1)
+        done = self.run_command("engine", "cut.wav", self.good, "gone.wav",
+                                "--out-dir", "all", "--no-nr", code=1)
         self.assertIn(b"1 of 3 recordings done, 1 incomplete, 1 failed", done.stdout)
         # Nothing usable: what was there stays.
         self.store("out.wav", b"precious")
         for data in (wav(struct.pack("<4f", *4 * [float("nan")]), 3, 32), wav(b"", 1, 16), b"ID3\4\0\0\0\0\0\0"):
             for source, options in self.each_way(data):
-                error = self.run_command("engine", source, "-o", self.path("out.wav"), code=1, **options).stderr
+                error = self.run_command("engine", source, "-o", "out.wav", code=1, **options).stderr
                 self.assertEqual((error.count(b"\n"), self.content("out.wav")), (1, b"precious"), error)
 
     def test_what_is_no_recording_is_refused_in_one_line(self):
@@ -122,21 +112,7 @@ class Inputs(CommandTest):
                       b"RIFF\0\0\0\0WAVEfmt ", b"OggS\0\2", b"fLaC", b"FORM\0\0\1\0AIFF", b"caff\0\1", b".snd", b"riff"):
             for rest in (text, generator.randbytes(9000)):
                 path = self.store("text\x1b[31m\n.wav", begin + rest)
-                done = self.run_command("enhance", path, "-o", self.path("out.wav"), code=1)
+                done = self.run_command("enhance", path, "-o", "out.wav", code=1)
                 error = done.stderr.decode()
                 self.assertRegex(error, r"^arvessa: \S*text\\x1b\[31m\\n\.wav: [^\n]*not readable as audio\n$")
         self.assertEqual(self.content("out.wav"), b"precious")
-
-    def test_channels_by_number_are_in_place(self):
-        many = self.write("many.wav", [noise(800, seed) for seed in range(4)])
-        both = self.write("both.wav", [noise(800, 3), noise(800, 1)])
-        outputs = []
-        for source, options in ((many, ["--channels", "4,2"]), (both, [])):
-            self.run_command("enhance", source, "-o", self.path("out.wav"), *options)
-            outputs.append(self.read("out.wav"))
-        self.assertEqual(*outputs)
-        self.assertIn(b"4 channels", self.run_command("enhance", many, "--channels", "4,5", "-o", self.path("out.wav"), code=1).stderr)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,28 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
 import cmath
 import math
-import os
 import subprocess
-import unittest
-import wave
 
-from support import COMMAND, CommandTest, SPEECH, active_level, lag, level, noise
+from commands import (COMMAND, SPEECH, CommandTest, active_level, lag, level, noise, read_wav,
+                      write_wav)
 
 DISTANCE = 0.1385  # of the microphones, metres
 SOUND = 340.0  # m/s
-
-
-def coherence(first, second, frequency, rate, size=256):
-    """Real part of the coherence, by averaging over blocks under a Hann window."""
-    window = [math.sin(math.pi * (n + 0.5) / size) ** 2 for n in range(size)]
-    factors = [w * cmath.exp(-2j * math.pi * frequency * n / rate) for n, w in enumerate(window)]
-    cross, powers = 0, [0.0, 0.0]
-    for begin in range(0, len(first) - size, size // 2):
-        a, b = (sum(f * s for f, s in zip(factors, x[begin : begin + size])) for x in (first, second))
-        cross += a * b.conjugate()
-        powers[0] += abs(a) ** 2
-        powers[1] += abs(b) ** 2
-    return cross.real / math.sqrt(powers[0] * powers[1])
 
 
 class Scene(CommandTest):
@@ -34,7 +19,7 @@ class Scene(CommandTest):
     def test_waves_cross_the_array_at_the_speed_of_sound(self):
         for angle in (0, 60, 90, 180):
             self.run_command("scene", SPEECH, "--talker", angle, "--noise", "none", "--rate", 48000,
-                             "-o", self.path("s.wav"))
+                             "-o", "s.wav")
             first, second = (c[60000:90000] for c in self.read("s.wav", 48000, 2))
             expected = DISTANCE / SOUND * 48000 * math.cos(math.radians(angle))
             self.assertAlmostEqual(lag(first, second, 30), expected, delta=0.6)
@@ -56,14 +41,9 @@ class Scene(CommandTest):
             self.assertAlmostEqual((common - opposed) / (common + opposed), math.sin(x) / x, delta=0.003, msg=f)
             self.assertAlmostEqual((common + opposed) / (spectra[0][0] + spectra[1][0]), 1, delta=0.003, msg=f)
 
-    def test_noise_is_diffuse_and_its_point_source_is_not(self):
-        for kind, tolerance in (("white", 0.1), ("babble", 0.15)):
-            first, second = self.scene("--noise", kind, "--snr", -60)
-            for frequency in (500, 1000, 2000):
-                x = 2 * math.pi * frequency * DISTANCE / SOUND
-                self.assertAlmostEqual(coherence(first, second, frequency, 8000), math.sin(x) / x, delta=tolerance)
+    def test_noise_of_a_point_source_comes_from_there(self):
         self.run_command("scene", self.short, "--noise", "white", "--snr", -60, "--noise-from", 180,
-                         "--rate", 48000, "-o", self.path("s.wav"))
+                         "--rate", 48000, "-o", "s.wav")
         first, second = (c[20000:50000] for c in self.read("s.wav", 48000, 2))
         self.assertAlmostEqual(lag(second, first, 30), DISTANCE / SOUND * 48000, delta=0.6)
 
@@ -85,20 +65,17 @@ class Scene(CommandTest):
     def test_nothing_clips(self):
         speech, _ = self.scene("--noise", "none", speech=self.short)
         done = self.run_command("scene", self.short, "--noise", "white", "--snr", "-25",
-                                "-o", self.path("loud.wav"))
+                                "-o", "loud.wav")
         loud = self.read("loud.wav", channels=2)
         self.assertEqual(max(max(map(abs, channel)) for channel in loud), 32767)
         scaled = float(done.stdout.decode().split("scaled by ")[1].split(" dB")[0])
         self.assertAlmostEqual(level(loud[0]), active_level(speech, 8000) + 25 + scaled, delta=0.3)
 
     def test_a_long_scene_is_not_held_in_memory(self):
-        samples = 16000 * 600
-        with wave.open(SPEECH, "rb") as clip:
-            speech = clip.readframes(clip.getnframes())
-        with wave.open(self.path("long.wav"), "wb") as file:
-            file.setparams((1, 2, 16000, 0, "NONE", ""))
-            file.writeframes((speech * (2 * samples // len(speech) + 1))[: 2 * samples])
-        arguments = ["scene", self.path("long.wav"), "--noise", "babble", "--quiet", "-o", "-"]
+        _, _, speech = read_wav(SPEECH)
+        long = write_wav("long.wav", 85 * speech, 16000)
+        samples = 85 * len(speech) // 2
+        arguments = ["scene", long, "--noise", "babble", "--quiet", "-o", "-"]
         with subprocess.Popen([COMMAND, *arguments], stdout=subprocess.PIPE) as process:
             left = 4 * samples
             while left > 10000:  # the rest keeps the command from ending
@@ -107,18 +84,9 @@ class Scene(CommandTest):
                 peak = next(int(line.split()[1]) for line in status if line.startswith("VmHWM"))
             self.assertEqual(len(process.stdout.read()), 10000)
         self.assertEqual(process.returncode, 0)
-        self.assertLess(peak, 80000)  # kilobytes; the samples of both microphones in float take 76,800
+        self.assertLess(peak, 80000)  # kilobytes; the samples of both microphones in float take 77,300
 
-    def test_what_cannot_be_done_is_refused_first(self):
-        for noise_kind, output, code, reason in (
-            (self.write("empty.wav", [[]]), "missing/out.wav", 1, b"missing/out.wav: cannot be written"),
-            ("babel", "out.wav", 2, b"did you mean babble?"),
-            ("street.wav", "out.wav", 2, b"fan, white, babble"),
-        ):
-            done = self.run_command("scene", self.short, "--noise", noise_kind, "-o", self.path(output), code=code)
-            self.assertIn(reason, done.stderr)
-        self.assertEqual(sorted(os.listdir(self.directory)), ["empty.wav", "scene.wav", "short.wav"])
-
-
-if __name__ == "__main__":
-    unittest.main()
+    def test_the_output_is_opened_first(self):
+        empty = self.write("empty.wav", [[]])
+        done = self.run_command("scene", self.short, "--noise", empty, "-o", "no/out.wav", code=1)
+        self.assertIn(b"no/out.wav: cannot be written", done.stderr)

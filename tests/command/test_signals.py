@@ -1,23 +1,17 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What becomes of the recordings when a signal ends the command."""
+"""The command in a terminal, and what becomes of the recordings when a signal ends it."""
 
+import fcntl
 import os
 import pty
+import re
 import signal
+import struct
 import subprocess
-import sys
+import termios
 import time
-import unittest
 
-from support import COMMAND, CommandTest, noise, pcm
-
-# Writes the file of its first argument as a recorder does that goes on until it is interrupted.
-RECORDER = """import sys, time
-sys.stdout.buffer.write(open(sys.argv[1], "rb").read())
-sys.stdout.flush()
-time.sleep(100)
-"""
-
+from commands import COMMAND, CommandTest, noise, pcm, write_wav
 
 class Signals(CommandTest):
     def setUp(self):
@@ -41,8 +35,11 @@ class Signals(CommandTest):
         process.stdin.flush()
         return process
 
+    def has_begun(self):
+        return any(entry.startswith(".arvessa-") for entry in os.listdir(self.directory))
+
     def expected(self):
-        self.run_command("enhance", self.good, "-o", self.path("expected.wav"))
+        self.run_command("enhance", self.good, "-o", "expected.wav")
         return self.read("expected.wav")
 
     def test_control_c_in_a_terminal_keeps_every_frame(self):
@@ -50,10 +47,9 @@ class Signals(CommandTest):
         for name in ("out.wav", "out.flac"):
             child, terminal = pty.fork()
             if child == 0:
-                recorder = f"'{sys.executable}' -c '{RECORDER.replace(chr(39), chr(34))}' '{self.good}'"
-                script = f"{recorder} | {COMMAND} enhance - -o {self.path(name)}; echo code=${{PIPESTATUS[1]}}"
-                os.execvp("bash", ["bash", "-c", "trap : INT\n" + script])
-            self.wait_for(lambda: any(entry.startswith(".arvessa-") for entry in os.listdir(self.directory)))
+                os.execvp("bash", ["bash", "-c", f"trap : INT; (cat {self.good}; exec sleep 100) | "
+                                   f"{COMMAND} enhance - -o {name}; echo code=${{PIPESTATUS[1]}}"])
+            self.wait_for(self.has_begun)
             time.sleep(1)  # until the recorder has written
             os.write(terminal, b"\x03")
             said = b""
@@ -62,9 +58,29 @@ class Signals(CommandTest):
             os.close(terminal)
             os.waitpid(child, 0)
             self.assertIn(b"code=130", said)
-            self.assertIn(f"ended by signal (interrupt); {self.path(name)} holds all that came in".encode(), said)
-            self.run_command("engine", self.path(name), "--no-nr", "--no-agc", "-o", self.path("back.wav"))
+            self.assertIn(f"ended by signal (interrupt); {name} holds all that came in".encode(), said)
+            self.run_command("engine", name, "--no-nr", "--no-agc", "-o", "back.wav")
             self.assertEqual(self.read("back.wav"), expected)
+
+    def test_bar_fits_the_terminal_and_shows_the_time_left(self):
+        long = write_wav("long.wav", bytes(40_000_000), 44100)
+        terminal, theirs = pty.openpty()
+        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 40, 0, 0))
+        process = subprocess.Popen([COMMAND, "engine", long, "-o", "out.wav"],
+                                   stdout=subprocess.DEVNULL, stderr=theirs)
+        os.close(theirs)
+        said = b""
+        try:
+            while part := os.read(terminal, 4096):
+                said += part
+        except OSError:  # the other side is closed
+            os.close(terminal)
+        self.assertEqual(process.wait(60), 0)
+        bars = re.findall(rb"\r\x1b\[K([^\r]+)", said)
+        self.assertGreater(len(bars), 2, said)
+        for bar in bars:
+            self.assertRegex(bar, rb"^\[#*\.*\] \d+ %, \d+:\d\d left$")
+            self.assertEqual(len(bar), 39)
 
     def test_other_signals_and_standard_output(self):
         expected = self.expected()
@@ -78,9 +94,20 @@ class Signals(CommandTest):
             self.assertEqual(list(pcm(received)), expected)
             self.assertIn(b"standard output holds all that came in", process.stderr.read())
 
+    def test_a_recorder_that_ends_first_hides_no_signal(self):
+        for _ in range(10):
+            process = self.live("-o", "out.wav")
+            self.wait_for(self.has_begun)
+            process.send_signal(signal.SIGSTOP)
+            process.send_signal(signal.SIGINT)
+            process.stdin.close()
+            process.send_signal(signal.SIGCONT)
+            self.assertEqual(process.wait(60), 130)
+            self.assertIn(b"out.wav holds all that came in", process.stderr.read())
+
     def test_a_second_signal_ends_at_once_and_leaves_nothing(self):
         for endings in ((signal.SIGQUIT,), (signal.SIGTERM, signal.SIGTERM)):
-            process = self.live("-o", self.path("out.wav"))
+            process = self.live("-o", "out.wav")
             self.wait_for(lambda: len(os.listdir(self.directory)) == 2)
             for ending in endings:
                 process.send_signal(ending)
@@ -90,17 +117,13 @@ class Signals(CommandTest):
 
     def test_work_on_files_is_given_up_and_listed(self):
         self.write("long.wav", [8_000_000 * [1000]] * 2)
-        inputs = [self.good, self.path("long.wav"), self.path("after.wav")]
+        inputs = [self.good, "long.wav", "after.wav"]
         os.symlink("long.wav", inputs[2])
-        process = subprocess.Popen([COMMAND, "enhance", *inputs, "--out-dir", self.path("all"), "--jobs", "1"],
+        process = subprocess.Popen([COMMAND, "enhance", *inputs, "--out-dir", "all", "--jobs", "1"],
                                    stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        self.wait_for(lambda: os.path.exists(self.path("all/good.wav")) and len(os.listdir(self.path("all"))) == 2)
+        self.wait_for(lambda: os.path.exists("all/good.wav") and len(os.listdir("all")) == 2)
         process.send_signal(signal.SIGINT)
         error = process.communicate(timeout=60)[1].decode()
         self.assertEqual(process.returncode, 130)
         self.assertEqual(error, f"arvessa: ended by signal (interrupt); not done: {inputs[1]}, {inputs[2]}\n")
-        self.assertEqual(os.listdir(self.path("all")), ["good.wav"])
-
-
-if __name__ == "__main__":
-    unittest.main()
+        self.assertEqual(os.listdir("all"), ["good.wav"])

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """What the built library shows to a linker: exports, dependencies, writable bytes.
 
@@ -39,7 +38,3 @@ class Library(unittest.TestCase):
 
     def test_runs_nothing_when_loaded_and_has_no_writable_data(self):
         self.assertEqual(LIBRARY.loading_code() + LIBRARY.writable_sections(), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """The rooms of src/ and of the command: none can include what lies above it or beside it.
 
@@ -55,10 +54,8 @@ class Rooms(unittest.TestCase):
                 self.assertEqual(can_include(house / room, f"{other}/{header.name}"),
                                  other == room or other in below, f"{room} includes {other}")
 
-    def test_of_the_library(self):
+    def test_of_the_library_and_of_what_programs_share(self):
         self.check(SOURCE / "src", LIBRARY)
-
-    def test_of_what_programs_share(self):
         self.check(SOURCE / "apps", SHARED)
 
     @unittest.skipUnless("commands/" in str(COMMANDS), "built without the command")
@@ -68,7 +65,3 @@ class Rooms(unittest.TestCase):
     def test_no_include_leaves_a_room_by_a_path(self):
         for path in (*SOURCE.glob("src/**/*.*"), *SOURCE.glob("apps/**/*.*")):
             self.assertNotRegex(path.read_text(encoding="utf-8"), r'#include ".*\.\./', path)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,21 +1,15 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """The plugins in other people's hosts: the lines and the configurations of plugins/README.md.
 
-Environment: ARVESSA_COMMAND, the command; ARVESSA_PLUGIN, the file of the plugins; PYTHONPATH with
-the support of the command's tests.
+Environment: ARVESSA_PLUGIN, the file of the plugins, and as for commands.py.
 """
 
 import os
 import pathlib
 import re
-import signal
 import subprocess
-import sys
-import time
-import unittest
 
-from support import SPEECH, CommandTest, level, noise
+from commands import SPEECH, CommandTest, level, noise
 
 PLUGIN = pathlib.Path(os.environ["ARVESSA_PLUGIN"])
 FOLDER = pathlib.Path(__file__).resolve().parents[2] / "plugins"
@@ -24,6 +18,27 @@ LINES = re.search(r"```sh\n(.*?)```", (FOLDER / "README.md").read_text(encoding=
 MICROPHONE = """context.objects = [ { factory = adapter args = {
   factory.name = support.null-audio-sink node.name = microphone
   media.class = Audio/Source/Virtual audio.position = [ %s ] } } ]"""
+# A desktop's sound without desktop and sound card: $1 comes into the microphone while a program
+# records from $3, at $4 Hz, to $2.
+SESSION = """
+waitFor() {
+  for _ in {1..200}; do ! pw-link -io 2>&1 | grep -q "$1" || return 0; sleep 0.1; done
+  echo "waited in vain for $1"; exit 1
+}
+trap 'kill $(jobs -p)' EXIT
+played=$1 recorded=$2 name=$3 rate=$4; shift 4
+pipewire & until [[ -S $XDG_RUNTIME_DIR/pipewire-0 ]]; do sleep 0.1; done
+wireplumber & waitFor "$name:capture_MONO"; waitFor "capture.$name:input_$1"
+pw-cat -r --target "$name" --channels 1 --rate "$rate" "$recorded" & recorder=$!
+pw-cat -p --target 0 -P '{ node.name = player }' "$played" & player=$!
+for channel; do
+  waitFor "player:output_$channel"
+  pw-link "player:output_$channel" "microphone:input_$channel"
+done
+wait $player
+kill -INT $recorder
+wait $recorder || :
+"""
 OUTPUTS = {  # of the lines, and of the command
     "clean.wav": (48000, "engine", "noisy.wav"),
     "no_agc.wav": (48000, "engine", "noisy.wav", "--no-agc"),
@@ -36,7 +51,7 @@ class Hosts(CommandTest):
     def setUp(self):
         super().setUp()
         os.environ["LADSPA_PATH"] = str(PLUGIN.parent)
-        os.environ["GST_REGISTRY"] = self.path("registry")
+        os.environ["GST_REGISTRY"] = "registry"
 
     def run_here(self, line, code=0):
         done = subprocess.run(["bash", "-c", line], cwd=self.directory, timeout=100, text=True,
@@ -46,10 +61,10 @@ class Hosts(CommandTest):
         return done.stdout
 
     def check_lines(self, host):
-        speech = self.path("noisy.wav")
+        speech = "noisy.wav"
         self.run_command("scene", SPEECH, "--rate", 48000, "-o", speech)
         self.write("noisy.wav", [self.read("noisy.wav", 48000, channels=2)[0]], 48000)
-        self.run_command("scene", SPEECH, "--rate", 8000, "-o", self.path("pair.wav"))
+        self.run_command("scene", SPEECH, "--rate", 8000, "-o", "pair.wav")
         lines = [line for line in LINES if line.startswith(host)]
         self.assertTrue(lines, host)
         for line in lines:
@@ -58,7 +73,7 @@ class Hosts(CommandTest):
             self.run_here(f"rm -f {name}; {line}")
             delay = 0 if "latency=1" in line else rate // 100
             options += [] if delay == 0 else ["--keep-delay"]
-            self.run_command(subcommand, self.path(source), "-o", self.path("expected.wav"), *options)
+            self.run_command(subcommand, source, "-o", "expected.wav", *options)
             found = self.read(name, rate)
             self.assertGreater(len(found), 4 * rate)
             expected = [0] * delay + self.read("expected.wav", rate)
@@ -90,7 +105,7 @@ class Hosts(CommandTest):
             text = (FOLDER / "pipewire" / configuration).read_text(encoding="utf-8")
             self.assertIn("/usr/lib/ladspa/arvessa.so", text)
             text = text.replace("/usr/lib/ladspa/arvessa.so", str(PLUGIN))
-            home = pathlib.Path(self.path(configuration + ".d"))
+            home = pathlib.Path(self.directory, configuration + ".d")
             (home / "pipewire/pipewire.conf.d").mkdir(parents=True)
             (home / "pipewire/pipewire.conf.d/a.conf").write_text(MICROPHONE % position)
             # The gain of a stream without voice would hide what was suppressed.
@@ -98,9 +113,8 @@ class Hosts(CommandTest):
                 text.replace('"No AGC" = 0', '"No AGC" = 1'))
             environment = {**os.environ, "HOME": str(home), "XDG_CONFIG_HOME": str(home),
                            "XDG_RUNTIME_DIR": str(home), "XDG_STATE_HOME": str(home)}
-            done = subprocess.run(
-                ["dbus-run-session", sys.executable, __file__, "session", self.path("noise.wav"),
-                 self.path("recorded.wav"), name, str(rate), *channels],
+            done = subprocess.run(["dbus-run-session", "bash", "-euc", SESSION, "-", "noise.wav",
+                 "recorded.wav", name, str(rate), *channels],
                 env=environment, timeout=100, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
             self.assertEqual(done.returncode, 0, done.stdout.decode())
             recorded = self.read("recorded.wav", rate)
@@ -111,55 +125,3 @@ class Hosts(CommandTest):
             residue = sum(sounding[-11:-1]) / 10
             print(f"{configuration}: {residue:.1f} dBFS of {level(noise(rate)):.1f}")
             self.assertLess(residue, level(noise(rate)) - 8)
-
-
-def wait_until(condition, what):
-    for _ in range(200):
-        if condition():
-            return
-        time.sleep(0.1)
-    sys.exit(f"waited in vain for {what}")
-
-
-def wait_for(*ports):
-    def are_there():
-        listed = subprocess.run(["pw-link", "-io"], stdout=subprocess.PIPE, text=True).stdout
-        return all(port in listed for port in ports)
-
-    wait_until(are_there, ports)
-
-
-def session(played, recorded, name, rate, *channels):
-    """A desktop's sound without desktop and sound card: `played` comes into the microphone while a
-    program records from `name`."""
-    started = []
-
-    def start(*command):
-        started.append(subprocess.Popen(command))
-        return started[-1]
-
-    try:
-        start("pipewire")
-        socket = pathlib.Path(os.environ["XDG_RUNTIME_DIR"], "pipewire-0")
-        wait_until(socket.exists, "PipeWire")
-        start("wireplumber")
-        wait_for(f"{name}:capture_MONO", f"capture.{name}:input_{channels[0]}")
-        recorder = start("pw-cat", "-r", "--target", name, "--channels", "1", "--rate", rate, recorded)
-        player = start("pw-cat", "-p", "--target", "0", "-P", "{ node.name = player }", played)
-        wait_for(*(f"player:output_{channel}" for channel in channels))
-        for channel in channels:
-            subprocess.run(["pw-link", f"player:output_{channel}", f"microphone:input_{channel}"],
-                           check=True)
-        player.wait(60)
-        recorder.send_signal(signal.SIGINT)
-        recorder.wait(20)
-    finally:
-        for process in started:
-            process.terminate()
-
-
-if __name__ == "__main__":
-    if sys.argv[1:2] == ["session"]:
-        session(*sys.argv[2:])
-    else:
-        unittest.main()

@@ -12,9 +12,9 @@
 #include <map>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
-#include "front_end/engine.h"
 #include "front_end/front_end.h"
 
 namespace {
@@ -113,82 +113,65 @@ class Host {
   std::vector<float> controls_;
 };
 
-// What the plugin's stage makes of whole frames, a frame later.
-template <class Process>
-Signal later(const std::vector<Signal>& in, std::size_t frame, const Process& process) {
-  Signal out(frame);
-  for (std::size_t from = 0; from + frame <= in[0].size(); from += frame) {
-    alignas(4) std::array<Word16, 960> pcm{};
-    for (std::size_t i = 0; i < in.size() * frame; ++i) {
-      pcm[i] = static_cast<Word16>(std::lrint(in[i / frame][from + i % frame] * 32768));
+// What the front end makes of whole frames, a frame later; changed to `changed` from `half` on.
+Signal frontEndLater(const std::vector<Signal>& in, std::size_t half = SIZE_MAX,
+                     const FrontEndSettings& changed = {}) {
+  FrontEnd frontEnd({});
+  Signal out(80);
+  for (std::size_t from = 0; from + 80 <= in[0].size(); from += 80) {
+    if (from == half) frontEnd.change(changed);
+    alignas(4) std::array<Word16, 160> pcm{};
+    for (std::size_t i = 0; i < 160; ++i) {
+      pcm[i] = static_cast<Word16>(std::lrint(in[i / 80][from + i % 80] * 32768));
     }
-    alignas(4) std::array<Word16, 480> result{};
-    process(std::span(pcm), std::span(result).first(frame), from / frame);
-    for (std::size_t i = 0; i < frame; ++i) out.push_back(static_cast<float>(result[i]) / 32768);
+    alignas(4) std::array<Word16, 80> result{};
+    frontEnd.process(pcm, result);
+    for (const Word16 sample : result) out.push_back(static_cast<float>(sample) / 32768);
   }
   out.resize(in[0].size());
   return out;
 }
 
-Signal engineLater(const Signal& in, int rate, Engine engine) {
-  const auto frame = static_cast<std::size_t>(rate / 100);
-  return later({in}, frame,
-               [&](auto pcm, auto out, std::size_t) { engine.process(pcm.first(frame), out); });
-}
-
-Signal frontEndLater(const std::vector<Signal>& in, FrontEnd frontEnd) {
-  return later(in, 80, [&](auto pcm, auto out, std::size_t) {
-    frontEnd.process(pcm.template first<160>(), out.template first<80>());
-  });
-}
-
-const std::vector<std::size_t> kSizes = {1, 0, 79, 80, 81, 2, 480, 1024, 333, 5000};
-
-TEST(Ladspa, BlocksOfAnySizeGiveTheStagesOutputAFrameLater) {
+// That whole frames give what the command gives is tested in applyplugin.
+TEST(Ladspa, BlocksOfAnySizeGiveWhatWholeFramesGive) {
   const std::vector<Signal> in = microphones(48001);
-  for (const int rate : kEngineRates) {
-    Host host("vorn", rate);
+  const std::vector<std::size_t> sizes = {1, 0, 79, 80, 81, 2, 480, 1024, 333, 5000};
+  for (const auto& [label, rate, latency] : {std::tuple("vorn", 8000, 24),
+                                             {"vorn", 16000, 48},
+                                             {"vorn", 32000, 96},
+                                             {"vorn", 48000, 153},
+                                             {"arvessa", 8000, 48}}) {
+    Host host(label, rate);
     ASSERT_TRUE(host.works());
-    EXPECT_EQ(host.run(in, kSizes), engineLater(in[0], rate, Engine({}, rate))) << rate;
-    EXPECT_EQ(host.control("latency"), static_cast<float>(rate / 100 + engineLatencyAt(rate)));
+    const auto frame = static_cast<std::size_t>(rate / 100);
+    const Signal whole = host.run(in, {frame});
+    EXPECT_EQ(host.control("latency"), static_cast<float>(frame) + latency);
+    EXPECT_NE(Signal(whole.begin() + 5000, whole.end()), Signal(43001));
+    host.activate();
+    EXPECT_EQ(host.run(in, sizes), whole) << label << rate;
   }
-  Host host("arvessa", 8000);
-  EXPECT_EQ(host.run(in, kSizes), frontEndLater(in, FrontEnd({})));
-  EXPECT_EQ(host.control("latency"), 128);
-  host.activate();
-  EXPECT_EQ(host.run(in, {64}), frontEndLater(in, FrontEnd({}))) << "activate starts anew";
+  EXPECT_EQ(Host("arvessa", 8000).run(in, sizes), frontEndLater(in));
 }
 
 TEST(Ladspa, SwitchesActFromTheNextFrameOn) {
   const std::vector<Signal> in = microphones(32000);
   Host mono("vorn", 16000);
-  mono.control("No noise reduction") = 1;
-  EXPECT_EQ(mono.run(in, {256}),
-            engineLater(in[0], 16000, Engine({.noiseReduction = false}, 16000)));
-  mono.activate();
-  mono.control("No AGC") = 1;
+  mono.control("No noise reduction") = mono.control("No AGC") = 1;
   Signal delayed(160);
   delayed.insert(delayed.end(), in[0].begin(), in[0].end() - 160);
   EXPECT_EQ(mono.run(in, {256}), delayed);
   EXPECT_EQ(mono.control("latency"), 160);
 
   // Without AGC and exchanged from the second half on.
-  const FrontEndSettings changed = {.agc = false, .swap = true};
-  FrontEnd frontEnd({});
-  const Signal expected = later(in, 80, [&](auto pcm, auto out, std::size_t frame) {
-    if (frame == 200) frontEnd.change(changed);
-    frontEnd.process(pcm.template first<160>(), out.template first<80>());
-  });
   Host pair("arvessa", 8000);
-  const auto half = [&](std::size_t from) {
-    return std::vector<Signal>{{in[0].begin() + from, in[0].begin() + from + 16000},
-                               {in[1].begin() + from, in[1].begin() + from + 16000}};
-  };
-  Signal out = pair.run(half(0), {160});
-  pair.control("No AGC") = pair.control("Swap microphones") = 1;
-  const Signal rest = pair.run(half(16000), {160});
-  out.insert(out.end(), rest.begin(), rest.end());
-  EXPECT_EQ(out, expected);
+  Signal out;
+  for (const std::size_t from : {0, 16000}) {
+    pair.control("No AGC") = pair.control("Swap microphones") = from == 0 ? 0 : 1;
+    const auto half = [&](const Signal& s) { return Signal(&s[from], &s[from] + 16000); };
+    const Signal part = pair.run({half(in[0]), half(in[1])}, {160});
+    out.insert(out.end(), part.begin(), part.end());
+  }
+  EXPECT_EQ(out, frontEndLater(in, 16000, {.agc = false, .swap = true}));
 }
 
 TEST(Ladspa, RatesThatItDoesNotKnowAreRefusedInOneLine) {
@@ -205,14 +188,6 @@ TEST(Ladspa, RatesThatItDoesNotKnowAreRefusedInOneLine) {
 
 TEST(Ladspa, TheHostsRoundingAndImpossibleSamplesDoNoHarm) {
   std::vector<Signal> in = microphones(16000);
-  const Signal expected = frontEndLater(in, FrontEnd({}));
-  std::fesetround(FE_UPWARD);
-  const Signal out = Host("arvessa", 8000).run(in, {128});
-  const int left = std::fegetround();
-  std::fesetround(FE_TONEAREST);
-  EXPECT_EQ(out, expected);
-  EXPECT_EQ(left, FE_UPWARD);
-
   std::vector<Signal> valid = in;
   for (const auto& [wrong, right] : std::map<float, float>{{-7, -1}, {9, 32767.0F / 32768}}) {
     in[0][static_cast<std::size_t>(8000 + wrong)] = wrong;
@@ -220,7 +195,13 @@ TEST(Ladspa, TheHostsRoundingAndImpossibleSamplesDoNoHarm) {
   }
   in[1][9000] = std::numeric_limits<float>::quiet_NaN();
   valid[1][9000] = 0;
-  EXPECT_EQ(Host("arvessa", 8000).run(in, {128}), frontEndLater(valid, FrontEnd({})));
+  const Signal expected = frontEndLater(valid);
+  std::fesetround(FE_UPWARD);
+  const Signal out = Host("arvessa", 8000).run(in, {128});
+  const int left = std::fegetround();
+  std::fesetround(FE_TONEAREST);
+  EXPECT_EQ(out, expected);
+  EXPECT_EQ(left, FE_UPWARD);
 }
 
 }  // namespace

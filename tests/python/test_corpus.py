@@ -10,7 +10,8 @@ import unittest
 from pathlib import Path
 
 import numpy as np
-from support import COMMAND, SPEECH, arvessa, scene, write
+from commands import COMMAND, SPEECH, arvessa
+from support import scene, write
 
 FILES = 40
 
@@ -27,9 +28,7 @@ def versions(folder):
 
 class Corpus(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
         self.recordings, self.clean = self.folder / "recordings", self.folder / "clean"
 
     def start(self, *command, **options):
@@ -103,36 +102,24 @@ class Corpus(unittest.TestCase):
         self.assertEqual(sum(kept[name] != version for name, version in after.items()), 2)
 
     def test_command_ends_with_its_worker(self):
-        self.recordings.mkdir()
         command = self.folder / "command"
         command.write_text(f"#!/bin/sh\necho $$ > {self.folder}/new && mv {self.folder}/new "
                            f"{self.folder}/pid\nexec sleep 600\n", encoding="utf-8")
         command.chmod(0o755)
-        worker = self.start("-c", "import pathlib, sys; from arvessa.corpus import enhance; "
-                            "folder = pathlib.Path(sys.argv[1]); "
-                            "enhance(sys.argv[2], folder, folder, [folder / 'x.wav'])",
-                            self.recordings, command)
+        worker = self.start("-c", "import pathlib, sys; from arvessa.corpus import enhance; folder = "
+                            "pathlib.Path(); enhance(sys.argv[1], folder, folder, [folder / 'x'])",
+                            command)
         self.wait_for((self.folder / "pid").exists, worker)
         pid = int((self.folder / "pid").read_text())
-        self.assertTrue(Path(f"/proc/{pid}").exists())
+        self.assertTrue(Path(f"/proc/{pid}/exe").exists())
         worker.kill()
 
-        def is_gone():
-            try:
-                return Path(f"/proc/{pid}/stat").read_text().split()[2] == "Z"
-            except FileNotFoundError:
-                return True
-        self.wait_for(is_gone)
+        self.wait_for(lambda: not Path(f"/proc/{pid}/exe").exists())  # gone, or not waited for
 
     def test_refuses_what_would_overwrite(self):
         self.recordings.mkdir()
         for name in ("x.wav", "x.ogg"):
             (self.recordings / name).touch()
         run = self.corpus()
-        _, err = run.communicate(timeout=300)
+        self.assertIn("would both become x.wav", run.communicate(timeout=300)[1])
         self.assertEqual(run.returncode, 2)
-        self.assertIn("would both become x.wav", err)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -13,7 +13,8 @@ import unittest
 from pathlib import Path
 
 import numpy as np
-from support import SOURCE, arvessa, read, scene
+from commands import SOURCE, arvessa
+from support import read, scene
 
 README = (SOURCE / "python/README.md").read_text(encoding="utf-8")
 
@@ -24,9 +25,7 @@ def blocks(language):
 
 class Package(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
         shutil.copy(SOURCE / "CMakeLists.txt", self.folder)
         for part in ("apps", "cmake", "include", "python", "src"):
             shutil.copytree(SOURCE / part, self.folder / part,
@@ -56,7 +55,3 @@ class Package(unittest.TestCase):
                                       read(self.folder / "clean.wav"))
         tag = next(self.folder.glob("venv/lib/python3*/site-packages/arvessa-*.dist-info/WHEEL"))
         self.assertRegex(tag.read_text(), r"(?m)^Root-Is-Purelib: false\nTag: py3-none-linux_\w+$")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -13,19 +13,17 @@ from pathlib import Path
 
 import arvessa
 import numpy as np
-from support import arvessa as command
+from commands import arvessa as command
 from support import read, scene, write
 
 SEED = random.randrange(10**6)
 
 
 def setUpModule():
-    global FOLDER, NOISY, _folder
+    global FOLDER, NOISY
     print("seed", SEED)
     random.seed(SEED)
-    _folder = tempfile.TemporaryDirectory()
-    unittest.addModuleCleanup(_folder.cleanup)
-    FOLDER = Path(_folder.name)
+    FOLDER = Path(unittest.enterModuleContext(tempfile.TemporaryDirectory()))
     NOISY = scene(FOLDER / "scene.wav")
 
 
@@ -39,15 +37,15 @@ class LikeTheCommand(Equal):
     def test_enhance_and_trace(self):
         beams = FOLDER / "beams.csv"
         command("beams", "--microphones", "-29,0:29,0", "--directions", 0, 120, "-o", beams)
-        switches = [("--no-nr", "suppression", False), ("--no-agc", "agc", False),
-                    ("--no-engine", "engine", False), ("--swap", "swap", True)]
-        cases = [([], {})] + [([flag], {name: value}) for flag, name, value in switches]
-        cases += [(["--beam", beam], {"beam": beam}) for beam in range(3)]
-        cases += [(["--no-nr", "--no-agc"], {"suppression": False, "agc": False}),
-                  (["--beams", beams], {"beams": arvessa.read_beams(beams)}),
-                  (["--beams", beams, "--beam", 1, "--swap"],
-                   {"beams": arvessa.read_beams(beams), "beam": 1, "swap": True})]
-        for (flags, settings), left in zip(cases, [0, 1, 31, 32, 33, 55, 56, 57, 79, 0, 13]):
+        other = {"beams": arvessa.read_beams(beams)}
+        cases = [(0, [], {}), (1, ["--no-nr"], {"suppression": False}),
+                 (31, ["--no-agc"], {"agc": False}), (32, ["--no-engine"], {"engine": False}),
+                 (33, ["--swap"], {"swap": True}), (55, ["--beam", 0], {"beam": 0}),
+                 (56, ["--beam", 1], {"beam": 1}), (57, ["--beam", 2], {"beam": 2}),
+                 (79, ["--no-nr", "--no-agc"], {"suppression": False, "agc": False}),
+                 (0, ["--beams", beams], other),
+                 (13, ["--beams", beams, "--beam", 1, "--swap"], {**other, "beam": 1, "swap": True})]
+        for left, flags, settings in cases:
             with self.subTest(flags=flags, samples_of_the_last_frame=left):
                 noisy = NOISY[:24000 + left]
                 path = write(FOLDER / "noisy.wav", noisy)
@@ -178,8 +176,6 @@ class Refusals(unittest.TestCase):
         weights[1, 2, 1] = np.nan
         with self.assertRaisesRegex(ValueError, "weights holds values that are not finite"):
             arvessa.Beams(weights, stored.microphones, stored.directions)
-        with self.assertRaisesRegex(ValueError, r"weights has the shape \(2, 64, 2\)"):
-            arvessa.Beams(stored.weights[:2], stored.microphones, stored.directions)
         with self.assertRaisesRegex(ValueError, "scene.wav is no file of beams: "):
             arvessa.read_beams(FOLDER / "scene.wav")
 
@@ -188,7 +184,3 @@ class Refusals(unittest.TestCase):
         state["_build"] = "0.9.0"
         with self.assertRaisesRegex(ValueError, "another build of Arvessa: 0.9.0, here 1"):
             arvessa.FrontEnd().__setstate__(state)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -84,9 +84,6 @@ TEST(BeamDesign, DamagedFilesAreRefusedWithTheLine) {
   EXPECT_NE(with("0,0,0,0.45773", "0,0,0,nan").find("line 5"), std::string::npos);
   EXPECT_EQ(refusal(good.substr(0, good.size() / 2)).rfind("lacks ", 0), 0U);
   EXPECT_EQ(with("-69.7,-2.4", "68.8,-2.5"), "cannot be: the microphones are at the same place");
-  EXPECT_NE(with("0,90,180", "90,270").find("cannot tell 90 and 270"), std::string::npos);
-  EXPECT_NE(with("0,90,180", "90").find("at least two directions"), std::string::npos);
-  EXPECT_NE(with("-69.7,-2.4", "-1000,0").find("farther apart than 1 m"), std::string::npos);
 }
 
 TEST(BeamDesign, TwoDirectionsAndAnotherPlaceOfTheArray) {

@@ -250,7 +250,7 @@ TYPED_TEST(Kernels, OfTheSynthesisEqualThePlainOnes) {
         },
         Halves(g.bins - (this->often() ? 0 : 2)));
 
-    const Halves gains = this->factors(g.bins - (this->often() ? 0 : 2), this->often());
+    const Halves gains = this->factors(g.bins - (this->often() ? 0 : 2), true);
     this->expectSame([&](auto form, Words& spectrum) { form.scaleBins(spectrum, gains); },
                      this->words(2 * gains.size(), peak));
 

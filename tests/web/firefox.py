@@ -13,17 +13,9 @@ from selenium.webdriver.remote.webdriver import WebDriver
 from selenium.webdriver.common.options import ArgOptions
 
 PORT = 2828
-COMMANDS = {
-    "newSession": "WebDriver:NewSession", "quit": "Marionette:Quit", "get": "WebDriver:Navigate",
-    "findElement": "WebDriver:FindElement", "findElements": "WebDriver:FindElements",
-    "findChildElement": "WebDriver:FindElement", "findChildElements": "WebDriver:FindElements",
-    "clickElement": "WebDriver:ElementClick", "sendKeysToElement": "WebDriver:ElementSendKeys",
-    "getElementAttribute": "WebDriver:GetElementAttribute",
-    "getElementText": "WebDriver:GetElementText", "getElementTagName": "WebDriver:GetElementTagName",
-    "isElementEnabled": "WebDriver:IsElementEnabled",
-    "isElementSelected": "WebDriver:IsElementSelected",
-    "w3cExecuteScript": "WebDriver:ExecuteScript",
-}
+NAMES = {  # other than Selenium's
+    "get": "Navigate", "clickElement": "ElementClick", "sendKeysToElement": "ElementSendKeys",
+    "w3cExecuteScript": "ExecuteScript"}
 
 
 class Options(ArgOptions):
@@ -59,7 +51,9 @@ class Marionette(RemoteConnection):
     def execute(self, command, params):
         if command.startswith("findChild"):
             params["element"] = params.pop("id")
-        result = self.send(COMMANDS[command], params)
+            command = command.replace("Child", "")
+        name = NAMES.get(command, command[0].upper() + command[1:])
+        result = self.send("WebDriver:" + name, params)
         return result if isinstance(result, dict) else {"value": result}
 
 
@@ -70,8 +64,8 @@ class Firefox(WebDriver):
         (profile / "user.js").write_text("".join(
             f"user_pref({json.dumps(k)}, {json.dumps(v)});\n" for k, v in preferences.items()))
         self.process = subprocess.Popen(
-            [program, "--headless", "--marionette", "--remote-allow-system-access", "--no-remote", "--profile", str(profile)],
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            [program, "--headless", "--marionette", "--remote-allow-system-access", "--no-remote",
+             "--profile", str(profile)], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         super().__init__(command_executor=Marionette(), options=Options(),
                          file_detector=UselessFileDetector())
 

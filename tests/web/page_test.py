@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
 """The page does what the command does, whatever it is given, and looks as it should."""
 import base64
@@ -8,7 +7,8 @@ import statistics
 import struct
 import unittest
 
-from support import PAGE, SCENE, SPEECH, By, Keys, PageTest, os, samples_of
+from commands import SPEECH, arvessa, read_wav, write_wav
+from support import PAGE, SCENE, By, Keys, PageTest, os
 
 SECONDS = 7.105
 
@@ -16,8 +16,8 @@ SECONDS = 7.105
 class Results(PageTest):
     def assert_equals_command(self, recording, *options):
         voice, table = self.folder / "expected.wav", self.folder / "expected.csv"
-        self.command("enhance", recording, "-o", voice, *options)
-        self.command("trace", recording, "-o", table, *options)
+        arvessa("enhance", recording, "-o", voice, *options)
+        arvessa("trace", recording, "-o", table, *options)
         self.assert_same_samples(self.saved("save-voice"), voice)
         self.assertTrue(self.saved("save-decisions").decode() == table.read_text())
 
@@ -57,8 +57,8 @@ class Results(PageTest):
         self.open(place=1)
         self.assert_equals_command(SCENE)
         # Not a whole number of frames.
-        rate, channels, content = samples_of(SCENE)
-        path = self.made("dropped.wav", content[40000:120004], rate, channels)
+        rate, channels, content = read_wav(SCENE)
+        path = write_wav(self.folder / "dropped.wav", content[40000:120004], rate, channels)
         self.run_js("""
             const bytes = Uint8Array.from(atob(arguments[0]), (c) => c.charCodeAt(0));
             const dataTransfer = new DataTransfer();
@@ -70,18 +70,18 @@ class Results(PageTest):
         self.assert_equals_command(path)
 
     def test_engine_equals_the_command(self):
-        _, _, speech = samples_of(SPEECH)
+        _, _, speech = read_wav(SPEECH)
         self.open()
         switches = {(True, True): [], (False, True): ["--no-nr"], (True, False): ["--no-agc"],
                     (False, False): ["--no-nr", "--no-agc"]}
         for rate in (8000, 16000, 32000, 48000):
-            path = self.made(f"mono{rate}.wav", speech[:2 * rate + 6], rate)
+            path = write_wav(self.folder / f"mono{rate}.wav", speech[:2 * rate + 6], rate)
             self.load(path)
             for (noise_reduction, agc), options in switches.items():
                 with self.subTest(rate=rate, options=options):
                     self.set(noiseReduction=noise_reduction, agc=agc)
                     expected = self.folder / "expected.wav"
-                    self.command("engine", path, "-o", expected, *options)
+                    arvessa("engine", path, "-o", expected, *options)
                     self.assert_same_samples(self.saved("save-voice"), expected)
         self.assertFalse(self.browser.find_element(By.NAME, "swap").is_enabled())
 
@@ -107,9 +107,9 @@ class Results(PageTest):
         before = self.text("summary")
         for name, content, reason in (
                 ("noise.wav", b"no sound at all" * 9, "your browser cannot decode it"),
-                ("empty.wav", self.made("x.wav", b"", 8000).read_bytes(), "it holds no samples"),
-                ("short.wav", SPEECH.read_bytes()[:20], "it holds no samples"),
-                ("three.wav", self.made("x.wav", bytes(600), 8000, 3).read_bytes(),
+                ("empty.wav", write_wav(self.folder / "x.wav", b"").read_bytes(), "it holds no samples"),
+                ("short.wav", pathlib.Path(SPEECH).read_bytes()[:20], "it holds no samples"),
+                ("three.wav", write_wav(self.folder / "x.wav", bytes(600), 8000, 3).read_bytes(),
                  "it has 3 channels; one or two are needed")):
             path = self.folder / name
             path.write_bytes(content)
@@ -118,8 +118,8 @@ class Results(PageTest):
         self.assertEqual(self.text("summary"), before)
 
     def test_ten_minutes_keep_the_page_responsive(self):
-        rate, channels, content = samples_of(SCENE)
-        path = self.made("long.wav", content * 85, rate, channels)
+        rate, channels, content = read_wav(SCENE)
+        path = write_wav(self.folder / "long.wav", content * 85, rate, channels)
         self.open()
         self.run_js("""
             globalThis.longest = 0;
@@ -183,7 +183,7 @@ class Listening(PageTest):
 
     def test_the_switch_does_not_interrupt_a_tone(self):
         tone = [round(6000 * math.sin(n * math.pi / 4)) for n in range(240000) for _ in range(2)]
-        path = self.made("tone.wav", struct.pack(f"<{len(tone)}h", *tone), 8000, 2)
+        path = write_wav(self.folder / "tone.wav", struct.pack(f"<{len(tone)}h", *tone), 8000, 2)
         self.open()
         self.load(path)
         self.set(engine=False, heldBeam=1)
@@ -226,10 +226,10 @@ class Microphone(PageTest):
                 self.assertIn("The microphone: the audio worklet failed: ", self.text("live-error"))
 
     def test_samples_of_the_worklet_are_those_of_the_command(self):
-        _, _, speech = samples_of(SPEECH)
-        recording = self.made("live.wav", speech[:192000], 48000)
+        _, _, speech = read_wav(SPEECH)
+        recording = write_wav(self.folder / "live.wav", speech[:192000], 48000)
         expected = self.folder / "expected.wav"
-        self.command("engine", recording, "-o", expected, "--keep-delay")
+        arvessa("engine", recording, "-o", expected, "--keep-delay")
         for place in (0, 1):
             self.open(place)
             heard = self.run_js("""
@@ -249,7 +249,7 @@ class Microphone(PageTest):
                   return btoa(Array.from(wav, (byte) => String.fromCharCode(byte)).join(''));
                 });""", base64.b64encode(recording.read_bytes()).decode())
             (self.folder / "heard.wav").write_bytes(base64.b64decode(heard))
-            got, want = samples_of(self.folder / "heard.wav")[2], samples_of(expected)[2]
+            got, want = read_wav(self.folder / "heard.wav")[2], read_wav(expected)[2]
             wait = 2 * (480 - 32)  # bytes: a frame, but for the common divisor with 128
             self.assertTrue(got[wait:] == want[:len(got) - wait])
 
@@ -293,7 +293,3 @@ class Appearance(PageTest):
         sound = self.run_js("return performance.now()") - started[2]
         print(f"{PAGE.stat().st_size} bytes; first paint {started[0]:.0f} ms, result "
               f"{started[1]:.0f} ms after opening; sound at most {sound:.0f} ms after the key")
-
-
-if __name__ == "__main__":
-    unittest.main()

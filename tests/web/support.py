@@ -4,21 +4,18 @@ import functools
 import http.server
 import os
 import pathlib
-import subprocess
 import tempfile
 import threading
 import unittest
-import wave
 
+from commands import SOURCE, read_wav
 from selenium import webdriver
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select, WebDriverWait
 
-SOURCE = pathlib.Path(__file__).resolve().parents[2]
 PAGE = SOURCE / "arvessa.html"
 SCENE = SOURCE / "web/scene.wav"
-SPEECH = SOURCE / "audio/speech_female_16k.wav"
 PATIENCE = 120  # seconds
 
 # Everything that sounds goes by a tap, which keeps the last second of it.
@@ -119,7 +116,7 @@ class PageTest(unittest.TestCase):
         return run(code, *arguments)
 
     def wait(self, condition):
-        WebDriverWait(self.browser, PATIENCE, 0.02).until(lambda _: condition())
+        return WebDriverWait(self.browser, PATIENCE, 0.02).until(lambda _: condition())
 
     def settle(self):
         self.wait(lambda: self.get("recording").get_attribute("aria-busy") == "false")
@@ -146,32 +143,16 @@ class PageTest(unittest.TestCase):
     def saved(self, button):
         self.get(button).click()
         # Browsers write to another name, and may keep the right one free by an empty file.
-        files = []
         def whole():
-            files[:] = self.downloads.iterdir()
-            return len(files) == 1 and files[0].suffix in (".wav", ".csv") and files[0].stat().st_size
-        self.wait(whole)
-        content = files[0].read_bytes()
-        files[0].unlink()
+            files = [*self.downloads.iterdir()]
+            return (len(files) == 1 and files[0].suffix in (".wav", ".csv")
+                    and files[0].stat().st_size and files[0])
+        file = self.wait(whole)
+        content = file.read_bytes()
+        file.unlink()
         return content
-
-    def command(self, *arguments):
-        subprocess.run([os.environ["ARVESSA_COMMAND"], *map(str, arguments), "--quiet"], check=True)
-
-    def made(self, name, samples, rate, channels=1):
-        """A WAV file of these bytes."""
-        path = self.folder / name
-        with wave.open(str(path), "wb") as file:
-            file.setparams((channels, 2, rate, 0, "NONE", ""))
-            file.writeframes(samples)
-        return path
 
     def assert_same_samples(self, wav_bytes, expected):
         path = self.folder / "got.wav"
         path.write_bytes(wav_bytes)
-        self.assertTrue(samples_of(path) == samples_of(expected))  # without a diff of megabytes
-
-
-def samples_of(path):
-    with wave.open(str(path)) as file:
-        return file.getframerate(), file.getnchannels(), file.readframes(file.getnframes())
+        self.assertTrue(read_wav(path) == read_wav(expected))  # without a diff of megabytes

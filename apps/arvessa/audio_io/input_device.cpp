@@ -128,6 +128,7 @@ std::size_t InputDevice::readPipe(std::span<std::byte> to) {
     const int ready = poll(waiting.data(), waiting.size(), deadline_ ? 10 : -1);
     if (ready <= 0 || waiting[0].revents == 0) continue;
     const ssize_t got = ::read(fd_, to.data(), to.size());
+    if (got == 0) awaitPendingStop();
     if (got >= 0) {
       owed_ -= got;
       return static_cast<std::size_t>(got);

@@ -2,6 +2,8 @@
 #include "audio_io/stop.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <array>
@@ -40,12 +42,15 @@ Stop& stop() {
   _exit(1);
 }
 
-[[noreturn]] void waitForSignals(sigset_t signals) {
+// A signal stays pending until it is answered, and both happens under the lock.
+[[noreturn]] void waitForSignals(sigset_t signals, int descriptor) {
   for (;;) {
-    int signal = 0;
-    while (sigwait(&signals, &signal) != 0) {
-    }
+    pollfd arrived{descriptor, POLLIN, 0};
+    poll(&arrived, 1, -1);
     const std::lock_guard lock(stop().mutex);
+    signalfd_siginfo taken{};
+    if (read(descriptor, &taken, sizeof taken) != sizeof taken) continue;
+    const auto signal = static_cast<int>(taken.ssi_signo);
     const bool urgent = signal == SIGQUIT || signal == SIGXCPU;
     if (urgent || stop().scopes == 0 || stopRequested()) endAtOnce(signal, signals);
     stop().signal = signal;
@@ -72,7 +77,9 @@ void takeOverSignals() {
     }
   }
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  std::thread(waitForSignals, signals).detach();
+  const int descriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+  if (descriptor < 0) throw std::system_error(errno, std::generic_category());
+  std::thread(waitForSignals, signals, descriptor).detach();
 }
 
 StopScope::StopScope() {
@@ -86,6 +93,19 @@ StopScope::~StopScope() {
 }
 
 int stopSignal() { return stop().signal; }
+
+void awaitPendingStop() {
+  sigset_t pending;
+  {
+    const std::lock_guard lock(stop().mutex);
+    sigpending(&pending);
+  }
+  for (const int signal : std::array{SIGINT, SIGTERM, SIGHUP}) {
+    if (sigismember(&pending, signal) != 1) continue;
+    pollfd answered{stopDescriptor(), POLLIN, 0};
+    poll(&answered, 1, -1);
+  }
+}
 
 std::string stopText() {
   const int signal = stopSignal();

@@ -27,6 +27,10 @@ class StopScope {
 int stopSignal();
 inline bool stopRequested() { return stopSignal() != 0; }
 
+// Waits until a signal that has arrived is answered. An interrupt ends the recorder at the other end of
+// the pipe as well, and its end may be seen first.
+void awaitPendingStop();
+
 // "ended by signal (interrupt)"
 std::string stopText();
 

@@ -18,9 +18,7 @@ public class AudioRecord {
         }
     }
 
-    public void startRecording() {
-        started = true;
-    }
+    public void startRecording() { started = true; }
 
     public int read(short[] samples, int offset, int count) {
         if (!started) throw new IllegalStateException();
@@ -32,9 +30,7 @@ public class AudioRecord {
         return count;
     }
 
-    public void stop() {
-        started = false;
-    }
+    public void stop() { started = false; }
 
     public void release() {
         if (started) throw new IllegalStateException();

@@ -1,10 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What the tests of the command share: running it, and recordings as lists of samples."""
+"""What tests share: running the command, and recordings as lists of samples."""
 
 import array
+import contextlib
 import math
 import operator
 import os
+import pathlib
 import random
 import subprocess
 import sys
@@ -13,7 +15,25 @@ import unittest
 import wave
 
 COMMAND = os.environ["ARVESSA_COMMAND"]
-SPEECH = os.path.join(os.path.dirname(__file__), "..", "..", "audio", "speech_female_16k.wav")
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+SPEECH = str(SOURCE / "audio/speech_female_16k.wav")
+
+
+def arvessa(*arguments):
+    subprocess.run([COMMAND, *map(str, arguments), "--quiet"], check=True, timeout=300)
+
+
+def read_wav(path):
+    """Rate, channels, samples as bytes."""
+    with wave.open(str(path)) as file:
+        return file.getframerate(), file.getnchannels(), file.readframes(file.getnframes())
+
+
+def write_wav(path, samples, rate=8000, channels=1):
+    with wave.open(str(path), "wb") as file:
+        file.setparams((channels, 2, rate, 0, "NONE", ""))
+        file.writeframes(samples)
+    return path
 
 
 def pcm(data):
@@ -50,13 +70,14 @@ def noise(count, seed=1, amplitude=3000):
 
 
 class CommandTest(unittest.TestCase):
-    def setUp(self):
-        directory = tempfile.TemporaryDirectory()
-        self.addCleanup(directory.cleanup)
-        self.directory = directory.name
+    """In an empty folder."""
 
-    def path(self, name):
-        return os.path.join(self.directory, name)
+    def setUp(self):
+        self.directory = self.enterContext(tempfile.TemporaryDirectory())
+        self.enterContext(contextlib.chdir(self.directory))
+
+    def content(self, name):
+        return pathlib.Path(name).read_bytes()
 
     def run_command(self, *arguments, code=0, **options):
         options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "timeout": 120, **options}
@@ -66,19 +87,19 @@ class CommandTest(unittest.TestCase):
 
     def write(self, name, channels, rate=8000):
         interleaved = array.array("h", [sample for frame in zip(*channels) for sample in frame])
-        with wave.open(self.path(name), "wb") as file:
-            file.setparams((len(channels), 2, rate, 0, "NONE", ""))
-            file.writeframes(interleaved.tobytes())
-        return self.path(name)
+        return write_wav(name, interleaved.tobytes(), rate, len(channels))
+
+    def store(self, name, data):
+        pathlib.Path(name).write_bytes(data)
+        return name
 
     def read(self, name, rate=8000, channels=1):
-        with wave.open(self.path(name), "rb") as file:
-            self.assertEqual((file.getframerate(), file.getnchannels()), (rate, channels))
-            samples = pcm(file.readframes(file.getnframes()))
-        split = [list(samples[c::channels]) for c in range(channels)]
-        return split[0] if channels == 1 else split
+        *found, data = read_wav(name)
+        self.assertEqual(found, [rate, channels])
+        samples = list(array.array("h", data))
+        return samples if channels == 1 else [samples[c::channels] for c in range(channels)]
 
     def scene(self, *arguments, speech=SPEECH):
         """A scene of 8 kHz as two lists; its file is scene.wav."""
-        self.run_command("scene", speech, "--rate", 8000, "-o", self.path("scene.wav"), *arguments)
+        self.run_command("scene", speech, "--rate", 8000, "-o", "scene.wav", *arguments)
         return self.read("scene.wav", channels=2)
