@@ -23,7 +23,7 @@ struct BoundedWords {
 // By the stage that takes it.
 struct EngineFrame {
   std::vector<Word16> samples;  // analysis
-  Words block;    // forward transform
+  Words block;                  // forward transform
   UsedBits blockBits;
   BoundedWords power;                    // noise estimation, filterbank
   std::array<Word32, kBands> bandPower;  // SNR estimation and gains

@@ -85,9 +85,10 @@ void WVQE_Analysis(Word32* inWork, Word32* powerSpec, Word32* bandPower, Word32*
   const int bins = geometry.bins;
   geometry.bank = bankOf(bankLeft, bankRight, filterLeft, filterRight, bins);
   const Block frame = Kernels::normalise(view(inWork, geometry.frame), kAnalysisHeadroom);
-  const Analysis analysis = analyse(geometry, frame, analysisMemory(state->noiseReduction, geometry),
-                                    {view(timeBuf, 2 * bins), view(spectrum, 2 * bins),
-                                     view(powerSpec, bins), bandView(bandPower)});
+  const Analysis analysis =
+      analyse(geometry, frame, analysisMemory(state->noiseReduction, geometry),
+              {view(timeBuf, 2 * bins), view(spectrum, 2 * bins), view(powerSpec, bins),
+               bandView(bandPower)});
   const Block unscaled = {view(specWork, 2 * bins), analysis.spectrum.bits};
   std::copy(analysis.spectrum.words.begin(), analysis.spectrum.words.end(), specWork);
   denormalise(unscaled, analysis.spectrum.exponent);

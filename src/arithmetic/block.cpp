@@ -17,14 +17,14 @@ std::uint32_t magnitudeBits(std::span<const Word32> words) {
   return bits;
 }
 
-void shiftRight(std::span<Word32> words, int count) {
+[[gnu::noinline]] void shiftRight(std::span<Word32> words, int count) {
   const int bounded = count > 31 ? 31 : count;
 #pragma GCC unroll 4
   for (Word32& word : words) word >>= bounded;
 }
 
 // Without saturation: the words have the headroom.
-void shiftLeft(std::span<Word32> words, int count) {
+[[gnu::noinline]] void shiftLeft(std::span<Word32> words, int count) {
 #pragma GCC unroll 4
   for (Word32& word : words) {
     word = static_cast<Word32>(static_cast<std::uint32_t>(word) << count);
@@ -42,8 +42,7 @@ UsedBits usedBits(std::span<const Word32> words) {
 
 Normalisation normalisationOf(std::uint32_t magnitudes, Word16 headroom) {
   // A magnitude of 2^31 counts as 2^31 - 1, without redundant sign bits either way.
-  const int norm =
-      magnitudes == 0 || magnitudes > kAllBits ? 0 : std::countl_zero(magnitudes) - 1;
+  const int norm = magnitudes == 0 || magnitudes > kAllBits ? 0 : std::countl_zero(magnitudes) - 1;
   const int left = headroom < 0 ? 31 : headroom > 31 ? 0 : 31 - headroom;
   return {norm - headroom, bitsBelow(left)};
 }

@@ -4,12 +4,10 @@
 #include <cstring>
 
 #include "beamformer/window_table.h"
-#include "kernels/float_kernels.h"
+#include "kernels/beam_frame.h"
 
 namespace arvessa {
 namespace {
-
-using kernels::HalfSpectrum;
 
 static_assert(kBeamBlock == kernels::kFloatBlock && kBeamFrame == kernels::kFloatFrame);
 static_assert(kBeamHistory == kernels::kFlank && kBeams == kernels::kFormedBeams);
@@ -70,21 +68,13 @@ void buildBlocks(std::span<const Word16, kMicrophones * kBeamFrame> samples, Bea
 
 void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamWeights weights,
               BeamformerState& state, std::span<Word16, kBeamFrame> out) {
-  HalfSpectrum x[kMicrophones];
-  FloatKernels::analyse(blocks.first<kBeamBlock>(), MVDR_CONST_TABLE_fWIN_8k, x[0]);
-  FloatKernels::analyse(blocks.last<kBeamBlock>(), MVDR_CONST_TABLE_fWIN_8k, x[1]);
-
-  HalfSpectrum y[kBeams];
   const bool outerConjugate =
       weights.re == storedBeams().re && weights.im == storedBeams().im && outerBeamsAreConjugate();
-  FloatKernels::formBeams(weights, outerConjugate, x, y, state.beamEnergy);
+  const kernels::FrameInput input = {blocks, MVDR_CONST_TABLE_fWIN_8k, weights, outerConjugate};
+  kernels::ActiveFrame frame;
+  frame.formBeams(input, state.beamEnergy);
   if (state.frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(state);
-
-  HalfSpectrum& selected = y[state.beamSelected];
-  FloatKernels::formBeam(weights, state.beamSelected, 0, kernels::kFirstEnergyBin, x, selected);
-  HalfSpectrum samples;
-  FloatKernels::inverseTransform(selected, samples);
-  FloatKernels::overlapAdd(samples, state.beamOverlap, out);
+  frame.output(input, state.beamSelected, state.beamOverlap, out);
 }
 
 }  // namespace arvessa

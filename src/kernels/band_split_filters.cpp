@@ -170,7 +170,7 @@ struct InVectors {
     for (std::size_t n = 0; n < samples; n += 2) feedback.step<Design::kShift>(v + n);
     // What precedes the first value that is too large is exact.
     if (usedBits({y - kFilterOrder, kFilterOrder}) > kFeedbackBits ||
-        usedBits({v, samples}) > kFeedbackBits >> Design::kShift) {
+        Vector::bitsOf({v, samples}) > kFeedbackBits >> Design::kShift) {
       return false;
     }
     const std::size_t kept = std::min<std::size_t>(samples, kFilterOrder);

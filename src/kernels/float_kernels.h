@@ -7,8 +7,9 @@
 //   PlainFloat     defines them: radix 2, decimation in time (Cooley and Tukey 1965)
 //   ScalarFloat    two stages of the transform a pass, real and imaginary parts apart
 //   VectorFloat    the same for four neighbouring floats at a time
-//   SoftwareFloat  where a library routine computes every operation: integer operations stand in
-//                  for products by 1, 0 and 1/2
+//
+// Where a library routine computes every operation, a whole frame has a form of its own
+// (beam_frame.h).
 //
 // Arguments do not overlap.
 
@@ -97,19 +98,10 @@ struct VectorFloat : PlainFloat {
                          std::span<Word16, kFloatFrame> out);
 };
 
-struct SoftwareFloat : PlainFloat {
-  static constexpr const char* kName = "software float";
-  static void analyse(std::span<const Word16, kFloatBlock> samples,
-                      std::span<const float, kWindow> window, HalfSpectrum& spectrum);
-  static void inverseTransform(const HalfSpectrum& spectrum, HalfSpectrum& samples);
-};
-
-using FloatForms = std::tuple<PlainFloat, ScalarFloat, VectorFloat, SoftwareFloat>;
+using FloatForms = std::tuple<PlainFloat, ScalarFloat, VectorFloat>;
 
 // What the library is built with. The vector unit of 32-bit ARM flushes denormals.
-#if defined(__SOFTFP__) || defined(ARVESSA_KERNELS_SOFTWARE_FLOAT)
-using ActiveFloatForm = SoftwareFloat;
-#elif defined(ARVESSA_KERNELS_PLAIN)
+#if defined(ARVESSA_KERNELS_PLAIN) || defined(__SOFTFP__)
 using ActiveFloatForm = PlainFloat;
 #elif defined(__SSE2__) || defined(__aarch64__) || defined(__wasm_simd128__)
 using ActiveFloatForm = VectorFloat;

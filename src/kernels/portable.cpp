@@ -45,10 +45,12 @@ UsedBits Portable::multiply(Block x, std::span<const Word16> factors) {
 }
 
 UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
+  // The sums but the first stay below 1.41 2^30.
+  if (x.bits > bitsBelow(30)) return Plain::preemphasise(x, previous, out);
+  out[0] = lAdd(x.words[0], lMult32ByCoefficient(kPreemphasis, previous));
 #pragma GCC unroll 4
-  for (std::size_t n = 0; n < x.words.size(); ++n) {
-    out[n] = lAdd(x.words[n], lMult32ByCoefficient(kPreemphasis, previous));
-    previous = x.words[n];
+  for (std::size_t n = 1; n < x.words.size(); ++n) {
+    out[n] = x.words[n] + lMult32ByCoefficient(kPreemphasis, x.words[n - 1]);
   }
   return boundOfPreemphasis(x.bits, out[0]);
 }
@@ -165,6 +167,7 @@ NoiseTotals Portable::trackNoise(ConstBlock power, const BinNoise& bins, Word16 
   Word32* const noise = bins.noise.data();
   const Word32* const p = power.words.data();
   const Word16 keep = low16(kMax16 - alpha);
+  const bool loudPower = power.bits >= 1 << (31 - kNoiseBits);
   std::uint32_t smoothSum = 0;
   std::uint32_t minimumSum = 0;
   Word32 signs = 0;
@@ -182,7 +185,9 @@ NoiseTotals Portable::trackNoise(ConstBlock power, const BinNoise& bins, Word16 
     active[k] = loud ? 1 : 0;
     Word32 n = noise[k];
     if (!loud || n >> kNoiseBits > p[k]) {
-      n = std::max(lAdd(mpy32x16(lShl(p[k], kNoiseBits), alpha), mpy32x16(n, keep)), 0);
+      // Both weights add up to less than 1.
+      const Word32 shifted = loudPower ? lShl(p[k], kNoiseBits) : p[k] * (1 << kNoiseBits);
+      n = std::max(mpy32x16(shifted, alpha) + mpy32x16(n, keep), 0);
       noise[k] = n;
     }
     noiseBits |= usedBits(n);
@@ -213,8 +218,7 @@ void Portable::scaleBins(Block spectrum, std::span<const Word16> gains) {
   }
 }
 
-UsedBits Portable::addOverlap(ConstBlock time, std::span<Word32> overlap,
-                              std::span<Word32> block) {
+UsedBits Portable::addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block) {
   const int up = -std::min<int>(time.exponent, 0);
   if (up > 30 || (up > 0 && usedBits(time.words) > bitsBelow(31 - up))) {
     return Plain::addOverlap(time, overlap, block);
@@ -263,6 +267,11 @@ void Portable::peakPowers(std::span<const Word16> samples, std::span<Word32> pea
 
 void Portable::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y) {
   if (usedBits(gain) > kDoubledBits) return Plain::amplify(x, gain, y);
+  if (gain > kMin16 && gain <= kMax16) {  // nothing saturates
+#pragma GCC unroll 4
+    for (std::size_t n = 0; n < x.size(); ++n) y[n] = low16((x[n] * gain) >> 15);
+    return;
+  }
   for (std::size_t n = 0; n < x.size(); ++n) y[n] = saturate16(product(gain, x[n]));
 }
 

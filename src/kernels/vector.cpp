@@ -106,8 +106,8 @@ UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
 }
 
 UsedBits Vector::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
-  // The sums but the first stay below 1.41 2^30.
-  if (x.bits > bitsBelow(30)) return Portable::preemphasise(x, previous, out);
+  // As in the portable form.
+  if (x.bits > bitsBelow(30)) return Plain::preemphasise(x, previous, out);
   const Word32* const in = x.words.data();
   Word32* const to = out.data();
   to[0] = lAdd(in[0], lMult32ByCoefficient(kPreemphasis, previous));
@@ -142,7 +142,8 @@ UsedBits Vector::powers(ConstBlock spectrum, std::span<Word32> power) {
     // At most 2^31, a negative number: the doubled sum saturates from 2^30 on.
     const Words sum = squaredMagnitudes(first, parts(2 * k + 4));
     const Words saturated =
-        __builtin_convertvector(__builtin_convertvector(sum, UnsignedWords) + (1U << 30), Words) >> 31;
+        __builtin_convertvector(__builtin_convertvector(sum, UnsignedWords) + (1U << 30), Words) >>
+        31;
     const Words power4 = ((sum << 1) | saturated) & kMax32;
     store(to + k, power4);
     bits |= power4;
@@ -252,8 +253,8 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
     const Words lower = __builtin_shufflevector(before, turned, 0, 5, 6, 7);
     const Words mixed = __builtin_shufflevector(next, sides, 0, 5, 6, 7);
     const Words upper = __builtin_shufflevector(mixed, mixed, 1, 2, 3, 0);
-    Words smooth = shareLess(load(s + k), old) + shareLess(now, centre) + (lower + upper) +
-                   kLacking;
+    Words smooth =
+        shareLess(load(s + k), old) + shareLess(now, centre) + (lower + upper) + kLacking;
     if (k == 0) smooth[0] = firstBin;
     if (atEnd) smooth[3] = lastBin;
     before = turned;
@@ -363,7 +364,7 @@ void Vector::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y
   const Word16* const from = x.data();
   Word16* const to = y.data();
   std::size_t n = 0;
-  if (usedBits(gain) < 0x7FFF) {
+  if (gain > kMin16 && gain <= kMax16) {
     const std::size_t whole = x.size() - x.size() % 8;
     for (; n < whole; n += 8) multiplyEight(from + n, low16(gain), to + n);
   } else if (usedBits(gain) <= kFactorBits) {

@@ -27,7 +27,8 @@ void delayUpperBand(std::span<Word16, kUpperBandDelay> delay, std::span<const Wo
 Word16 meanOf128(std::span<const Word16> gains) {
   // None is beyond 2^8, so that 16 bits hold the sum.
   std::uint16_t mean = 0;
-  for (const Word16 gain : gains.first<128>()) mean = static_cast<std::uint16_t>(mean + (gain >> 7));
+  for (const Word16 gain : gains.first<128>())
+    mean = static_cast<std::uint16_t>(mean + (gain >> 7));
   return static_cast<Word16>(mean);
 }
 
