@@ -6,10 +6,12 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "Arvessa.h"
 #include "Vorn.h"
 #include "cases.h"
+#include "hard_signals.h"
 #include "signal.h"
 
 namespace arvessa::bench {
@@ -37,24 +39,24 @@ Work frontEnd(bool engine, bool suppress) {
 }
 
 struct Engine {
-  Engine(int rateCode, bool suppress, bool agc) : speech(noisySpeech(rateCode)) {
+  Engine(FrameStream frames, int rateCode, bool suppress, bool agc) : input(std::move(frames)) {
     cfg.rateCode = static_cast<std::uint8_t>(rateCode);
     cfg.nrEnable = suppress ? 1 : 0;
     cfg.agcEnable = agc ? 1 : 0;
     VORN_Init(&cfg);
   }
 
-  FrameStream speech;
+  FrameStream input;
   Memory<VORN_STATE_BYTES> state{};
   VornConfig cfg{state.data(), sizeof state, VORN_CHECK_VALUE, 0, 0, 0, 4};
   alignas(VORN_STATE_ALIGNMENT) std::array<Word16, VORN_MAX_FRAME_SAMPLES> out{};
 };
 
-Work engine(int rateCode, bool suppress, bool agc) {
-  auto e = std::make_shared<Engine>(rateCode, suppress, agc);
+Work engine(FrameStream frames, int rateCode, bool suppress, bool agc) {
+  auto e = std::make_shared<Engine>(std::move(frames), rateCode, suppress, agc);
   return {{}, [e](int i) {
             Word16 length = VORN_MAX_FRAME_SAMPLES;
-            VORN_Proc(e->speech.frame(i), VORN_MAX_FRAME_SAMPLES, e->out.data(), &length, &e->cfg);
+            VORN_Proc(e->input.frame(i), VORN_MAX_FRAME_SAMPLES, e->out.data(), &length, &e->cfg);
           }};
 }
 
@@ -70,9 +72,13 @@ void addWholeFrameCases(std::vector<Case>& cases) {
       for (const bool agc : {false, true}) {
         cases.push_back(
             {std::string("VORN_Proc") + rateSuffix(rate) + switches("nr", suppress, "agc", agc),
-             [=] { return engine(rate, suppress, agc); }});
+             [=] { return engine(noisySpeech(rate), rate, suppress, agc); }});
       }
     }
+  }
+  for (const HardSignal& signal : hardSignals()) {
+    cases.push_back({std::string("VORN_Proc/8k/nr1_agc1/") + signal.name,
+                     [&signal] { return engine(framesOf(signal), 0, true, true); }});
   }
   cases.push_back({"Arvessa/engine0", [] { return frontEnd(false, false); }});
   for (const bool suppress : {false, true}) {

@@ -10,7 +10,8 @@
  * stages      address ranges, one "START END NAME" a line, in hexadecimal, ascending, END
  *             excluded. An instruction outside of them (arithmetic helpers, linkage stubs, the C
  *             library) counts as a helper of the stage that ran last, which is its caller.
- * out         receives "OWN HELPERS NAME" by stage
+ * out         receives the number of instructions of the largest frame, then "OWN HELPERS NAME"
+ *             by stage
  *
  * Conditional instructions that the condition turns off count: they take their place in the
  * pipeline.
@@ -63,6 +64,8 @@ static Stage stages[kMaxStages];  // the first one counts until another runs
 static size_t stageCount = 1;
 static Stage* current = stages;
 static bool counting = false;
+static uint64_t executed = 0;  // since the first marker
+static uint64_t largest = 0;
 static uint64_t beginAddress = 0;
 static uint64_t endAddress = 0;
 static const char* outPath = NULL;
@@ -85,16 +88,19 @@ static void begin(unsigned int cpu, void* userdata) {
   (void)cpu, (void)userdata;
   current = stages;
   counting = true;
+  executed = 0;
 }
 
 static void end(unsigned int cpu, void* userdata) {
   (void)cpu, (void)userdata;
   counting = false;
+  if (executed > largest) largest = executed;
 }
 
 static void count(unsigned int cpu, void* stage) {
   (void)cpu;
   if (!counting) return;
+  ++executed;
   if (stage == NULL) {
     ++current->helpers;
   } else {
@@ -124,6 +130,7 @@ static void report(qemu_plugin_id_t id, void* userdata) {
     perror(outPath);
     return;
   }
+  fprintf(out, "%llu\n", (unsigned long long)largest);
   for (size_t i = 0; i < stageCount; ++i) {
     const Stage* stage = &stages[i];
     if (stage->own + stage->helpers != 0) {
