@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <exception>
+#include <iostream>
 #include <numeric>
 #include <span>
 #include <thread>
@@ -107,7 +108,7 @@ int main() {
     arvessa::bench::printTable();
     return EXIT_SUCCESS;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "streams: %s\n", error.what());
+    std::cerr << "streams: " << error.what() << '\n';
     return EXIT_FAILURE;
   }
 }
