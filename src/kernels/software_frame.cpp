@@ -158,7 +158,7 @@ bool analyse(std::span<const Word16, kFloatBlock> samples, std::span<const float
              ApartSpectrum& z) {
   for (int i = 0; i < kFloatBins; ++i) {
     ApartBin& bin = z[kReversed.place[i]];
-    const auto at = static_cast<std::size_t>(2 * i);
+    const auto at = 2 * static_cast<std::size_t>(i);
     bin = {numberOf(samples[at]), numberOf(samples[at + 1])};
     if (at < kFlank || (at >= kFloatFrame && at < kWindow)) {
       const Apart re = product(bin.re, factorOf(window[at], kAlone));

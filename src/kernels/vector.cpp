@@ -285,7 +285,7 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
     return static_cast<Word32>((w[0] + w[1]) + (w[2] + w[3]));
   };
   // A minimum is no larger than the power.
-  if (unionOf(smoothBits) >= (std::size_t{1} << 31) / size) {
+  if (std::uint64_t{unionOf(smoothBits)} * size > kMax32) {
     return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), unionOf(noiseBits)};
   }
   return {total(smoothSum), total(minimumSum), unionOf(noiseBits)};
