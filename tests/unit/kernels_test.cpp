@@ -319,7 +319,9 @@ TYPED_TEST(Kernels, PeakPowersAndAmplify) {
     for (Word16& sample : x) sample = static_cast<Word16>(sample >> shift);
     this->expectSame([&](auto form, Words& peaks) { form.peakPowers(x, peaks); }, Words(parts));
     x.resize(x.size() - this->random.below(3));
-    const Word32 gain = this->words(8, kPeaks[this->random.below(std::size(kPeaks))])[0];
+    const Word32 gain = this->often()
+                            ? this->words(8, kPeaks[this->random.below(std::size(kPeaks))])[0]
+                            : this->factors(1)[0];  // -1 of 16 bits among them
     this->expectSame([&](auto form, Halves& y) { form.amplify(x, gain, y); }, Halves(x.size()));
     this->expectSame([&](auto form, Halves& y) { form.amplify(y, gain, y); }, x);
   });
