@@ -154,16 +154,24 @@ struct Scalar {
   }
 };
 
-// The stages after the first, which alternate between the blocks, from `a` first: the result lies
-// in `b` after an odd number of them, else in `a`.
-template <class Steps, bool kInverse>
-void remainingStages(Word32* a, Word32* b, const TransformTables& tables) {
-  const Word16* twiddle = tables.rearranged;
-  for (int s = 1; s <= tables.stages; ++s) {
+// The stages from `first` on, which alternate between the blocks, from `a` first. Returns the block
+// that holds the result. `isSafe`, asked before each stage, may stop them: nullptr.
+template <class Steps, bool kInverse, class IsSafe>
+Word32* stagesFrom(int first, Word32* a, Word32* b, const TransformTables& tables, IsSafe isSafe) {
+  const Word16* twiddle = tables.rearranged + 4 * ((1 << first) - 2);
+  for (int s = first; s <= tables.stages; ++s) {
+    if (!isSafe(a)) return nullptr;
     Steps::template stage<kInverse>(a, b, tables.points, s, twiddle);
     twiddle += 4 << s;
     std::swap(a, b);
   }
+  return a;
+}
+
+// All but the first, which leave the result in `b` if they are odd in number, else in `a`.
+template <class Steps, bool kInverse>
+void remainingStages(Word32* a, Word32* b, const TransformTables& tables) {
+  stagesFrom<Steps, kInverse>(1, a, b, tables, [](const Word32* /*points*/) { return true; });
 }
 
 // In place.
@@ -175,13 +183,18 @@ void complexTransform(Word32* x, const TransformTables& tables) {
   if (tables.stages % 2 == 0) std::copy(scratch, scratch + 2 * tables.points, x);
 }
 
+// The packed spectrum from that of the pairs, which `out` may hold. That of any points lies in
+// plain.cpp.
 template <class Steps>
-void realTransform(Word32* x, Word32* out, const TransformTables& tables) {
-  complexTransform<Steps, false>(x, tables);
-  out[0] = Steps::A::add(x[0], x[1]);
-  out[1] = Steps::A::sub(x[0], x[1]);
-  Steps::forwardSplit(x, out, tables);
+void unpackForward(const Word32* z, Word32* out, const TransformTables& tables) {
+  const Complex first = {z[0], z[1]};
+  out[0] = Steps::A::add(first.re, first.im);
+  out[1] = Steps::A::sub(first.re, first.im);
+  Steps::forwardSplit(z, out, tables);
 }
+
+extern template void unpackForward<Scalar<Saturating>>(const Word32*, Word32*,
+                                                       const TransformTables&);
 
 template <class Steps>
 void unpack(const Word32* spectrum, Word32* out, const TransformTables& tables) {
@@ -190,32 +203,29 @@ void unpack(const Word32* spectrum, Word32* out, const TransformTables& tables) 
   Steps::inverseSplit(spectrum, out, tables);
 }
 
-template <class Steps>
-void inverseRealTransform(const Word32* spectrum, Word32* out, const TransformTables& tables) {
-  unpack<Steps>(spectrum, out, tables);
-  complexTransform<Steps, true>(out, tables);
-}
+// Magnitudes of complex points, and how large their parts are. A stage without saturation wants
+// points below 2^30: it adds two, and what it multiplies is doubled. Forward it halves the sum, so
+// that the points grow by no more than the roundings; back they may double.
+//
+// The split step adds and subtracts two points and multiplies that, so that it wants them below
+// 2^29. It leaves points of at most sqrt(2) times the larger of the two.
+inline constexpr Word32 kLargestPart = 5 << 27;  // the parts of points below 0.89 2^30
 
-// Forward, no complex value grows beyond the largest magnitude of the input, sqrt(2) times its
-// largest component, by more than the roundings: a stage halves the sum of two. Inside a stage and
-// in the split step the sums stay below 2 sqrt(2) times that: 2^30 for components below 2^28.
-inline bool hasForwardHeadroom(UsedBits bits) { return bits <= bitsBelow(28); }
+// Forward, words that use these bits need no look at the points: sqrt(2) 2^28, and half of 2^30
+// before the split step.
+inline bool hasForwardHeadroom(UsedBits bits) { return bits <= kKnownBits; }
 
 // The packed spectrum then: sqrt(2) times the largest component, doubled by the split step, and the
 // roundings.
-inline UsedBits boundOfSpectrum(UsedBits bits) { return doubled(doubled(bits)); }
-
-// Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in
-// the split step) and the roundings. So a sum of all components below 2^29 never saturates. Nor
-// do components below M: those of the pairs' spectrum are complex values within 2 M, and N of them
-// add up to M times the number of components, which may be 2^30. What is multiplied is half of it.
-inline bool hasInverseHeadroom(const ConstBlock& spectrum) {
-  const std::size_t size = spectrum.words.size();
-  if (spectrum.bits < (std::size_t{1} << 30) / size) return true;
-  // In units of 512; each magnitude may be up to one unit short.
-  std::uint32_t sum = static_cast<std::uint32_t>(size);
-  for (const Word32 word : spectrum.words) sum += usedBits(word) >> 9;
-  return sum < 1U << 20;
+inline UsedBits boundOfSpectrum(UsedBits bits) {
+  return hasForwardHeadroom(bits) ? doubled(doubled(bits)) : kAllBits;
 }
+
+// Back, the points of the pairs' spectrum are at most twice as large as the components of a
+// spectrum, which the split step takes below 2^28.
+inline bool hasInverseHeadroom(const ConstBlock& spectrum) {
+  return spectrum.bits <= bitsBelow(28);
+}
+inline std::uint32_t largestPoint(const ConstBlock& spectrum) { return 2 * (spectrum.bits + 1); }
 
 }  // namespace arvessa::kernels

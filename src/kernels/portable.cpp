@@ -26,6 +26,17 @@ Word32 peakPower(const Word16* x, int count) {
   return std::min(magnitude * magnitude, Word32{0x3FFFFFFF});
 }
 
+// All in -limit .. limit.
+bool areWithin(const Word32* words, int count, Word32 limit) {
+  const auto bound = static_cast<std::uint32_t>(limit);
+  std::uint32_t beyond = 0;
+  for (int i = 0; i < count; ++i) {
+    const auto word = static_cast<std::uint32_t>(words[i]);
+    beyond |= (bound + word) | (bound - word);
+  }
+  return beyond < 1U << 31;
+}
+
 // floor(word factor / 2^15) where twice the word fits, and added to a sum.
 constexpr UsedBits kDoubledBits = bitsBelow(30);
 Word32 addProduct(Word32 sum, Word32 word, Word16 factor) {
@@ -36,7 +47,7 @@ Word32 product(Word32 word, Word16 factor) { return addProduct(0, word, factor);
 }  // namespace
 
 UsedBits Portable::multiply(Block x, std::span<const Word16> factors) {
-  if (x.bits > kDoubledBits) return Plain::multiply(x, factors);
+  if (x.bits > kKnownBits) return Plain::multiply(x, factors);
   Word32* const words = x.words.data();
   const Word16* const f = factors.data();
 #pragma GCC unroll 4
@@ -56,15 +67,49 @@ UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32>
 }
 
 UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
-  if (!hasForwardHeadroom(x.bits)) return Plain::forwardTransform(x, tables, out);
-  realTransform<Scalar<Unsaturated>>(x.words.data(), out.data(), tables);
-  return boundOfSpectrum(x.bits);
+  using Steps = Scalar<Unsaturated>;
+  const int words = 2 * tables.points;
+  Word32 scratch[kMaxTransform];
+  if (hasForwardHeadroom(x.bits)) {
+    Steps::firstStage<false>(x.words.data(), scratch, tables);
+    Word32* const z = stagesFrom<Steps, false>(1, scratch, out.data(), tables,
+                                               [](const Word32* /*points*/) { return true; });
+    unpackForward<Steps>(z, out.data(), tables);
+    return boundOfSpectrum(x.bits);
+  }
+  // The first stage alone can saturate. It leaves parts of 30 bits, which suffice for the second:
+  // its twiddles are 1 and -j. After it the mean of four points is mostly small enough.
+  Scalar<Saturating>::firstStage<false>(x.words.data(), scratch, tables);
+  int stage = 0;
+  Word32* const z = stagesFrom<Steps, false>(
+      1, scratch, out.data(), tables,
+      [&](const Word32* points) { return ++stage != 2 || areWithin(points, words, kLargestPart); });
+  if (z == nullptr) return Plain::forwardTransform(x, tables, out);
+  if (!areWithin(z, words, kLargestPart / 2)) {
+    unpackForward<Scalar<Saturating>>(z, out.data(), tables);
+    return kAllBits;
+  }
+  unpackForward<Steps>(z, out.data(), tables);
+  return bitsBelow(30);
 }
 
 void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                                 std::span<Word32> out) {
+  using Steps = Scalar<Unsaturated>;
   if (!hasInverseHeadroom(spectrum)) return Plain::inverseTransform(spectrum, tables, out);
-  inverseRealTransform<Scalar<Unsaturated>>(spectrum.words.data(), out.data(), tables);
+  Word32 scratch[kMaxTransform];
+  unpack<Steps>(spectrum.words.data(), out.data(), tables);
+  Steps::firstStage<true>(out.data(), scratch, tables);
+  std::uint32_t largest = largestPoint(spectrum);
+  const auto doubles = [&](const Word32* points) {
+    largest *= 2;
+    if (largest <= 1U << 29) return true;
+    largest = 1U << 29;
+    return areWithin(points, 2 * tables.points, kLargestPart);
+  };
+  Word32* const x = stagesFrom<Steps, true>(1, scratch, out.data(), tables, doubles);
+  if (x == nullptr) return Plain::inverseTransform(spectrum, tables, out);
+  if (x != out.data()) std::copy(x, x + 2 * tables.points, out.data());
 }
 
 Block Portable::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
@@ -244,10 +289,17 @@ UsedBits Portable::addOverlap(ConstBlock time, std::span<Word32> overlap, std::s
 }
 
 void Portable::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
+  Word32 y = memory;
+  if (x.bits > bitsBelow(30)) {
+    for (std::size_t n = 0; n < out.size(); ++n) {
+      y = lAdd(x.words[n], lMult32ByCoefficient(kDeemphasis, y));
+      out[n] = saturate16(2 * (((y >> 15) + 1) >> 1));
+    }
+    memory = y;
+    return;
+  }
   // Whatever the memory, the first y then stays below 2^30 + 0.40327 2^31 < 1.81 2^30, and with it
   // all. To round them does not saturate, either.
-  if (x.bits > bitsBelow(30)) return Plain::deemphasise(x, memory, out);
-  Word32 y = memory;
 #pragma GCC unroll 4
   for (std::size_t n = 0; n < out.size(); ++n) {
     y = x.words[n] + lMult32ByCoefficient(kDeemphasis, y);
