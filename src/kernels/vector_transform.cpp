@@ -263,10 +263,10 @@ void lastPass(Quads in, Out out, int s, const TransformTables& tables) {
 }
 
 // All in -limit .. limit.
-bool areWithin(const Word32* words, int count, Word32 limit) {
+[[gnu::noinline]] bool areWithin(const Word32* words, int count, Word32 limit) {
   const UnsignedWords bound = ofBits(splat(limit));
   UnsignedWords beyond = {0, 0, 0, 0};
-#pragma GCC unroll 2
+#pragma GCC unroll 8
   for (int i = 0; i < count; i += 4) {
     const UnsignedWords word = ofBits(load(words + i));
     beyond |= (bound + word) | (bound - word);
