@@ -4,7 +4,6 @@
 // with the pieces that are exported one by one.
 
 #include <algorithm>
-#include <type_traits>
 #include <utility>
 
 #include "arithmetic/operators.h"
@@ -32,11 +31,6 @@ struct Unsaturated {
   static Word32 bySecond(Word32 word, FactorPair f) { return addBySecond(0, 2 * word, f); }
 };
 
-struct Complex {
-  Word32 re;
-  Word32 im;
-};
-
 // The steps of the transform, one number at a time. Points are pairs of words.
 template <class Arithmetic>
 struct Scalar {
@@ -49,27 +43,14 @@ struct Scalar {
   static void butterfly(const Word32* a, const Word32* b, FactorPair w, Word32* sum,
                         Word32* difference) {
     constexpr int kHalve = kInverse ? 0 : 1;
-    Complex total;
-    Complex rest;
-    if constexpr (std::is_same_v<A, Saturating>) {
-      Complex t = {A::byFirst(b[0], w), A::byFirst(b[1], w)};
-      if constexpr (!kReal) {
-        const Complex crossed = {A::bySecond(b[1], w), A::bySecond(b[0], w)};
-        t.re = kInverse ? A::add(t.re, crossed.re) : A::sub(t.re, crossed.re);
-        t.im = kInverse ? A::sub(t.im, crossed.im) : A::add(crossed.im, t.im);
-      }
-      total = {A::add(a[0], t.re), A::add(a[1], t.im)};
-      rest = {A::sub(a[0], t.re), A::sub(a[1], t.im)};
-    } else {
-      const Word32 re = 2 * b[0];
-      const Word32 im = 2 * b[1];
-      total = {addByFirst(a[0], re, w), addByFirst(a[1], im, w)};
-      if constexpr (!kReal) {
-        total.re = kInverse ? addBySecond(total.re, im, w) : total.re - addBySecond(0, im, w);
-        total.im = kInverse ? total.im - addBySecond(0, re, w) : addBySecond(total.im, re, w);
-      }
-      rest = {2 * a[0] - total.re, 2 * a[1] - total.im};
+    Point t = {A::byFirst(b[0], w), A::byFirst(b[1], w)};
+    if constexpr (!kReal) {
+      const Point crossed = {A::bySecond(b[1], w), A::bySecond(b[0], w)};
+      t.re = kInverse ? A::add(t.re, crossed.re) : A::sub(t.re, crossed.re);
+      t.im = kInverse ? A::sub(t.im, crossed.im) : A::add(crossed.im, t.im);
     }
+    const Point total = {A::add(a[0], t.re), A::add(a[1], t.im)};
+    const Point rest = {A::sub(a[0], t.re), A::sub(a[1], t.im)};
     sum[0] = total.re >> kHalve;
     sum[1] = total.im >> kHalve;
     difference[0] = rest.re >> kHalve;
@@ -146,7 +127,7 @@ struct Scalar {
 
  private:
   static Word32 mirrored(Word32 c, Word32 im) { return A::add(A::negate(c), im); }
-  static void store(Word32* out, int k, int m, Complex atK, Complex atM) {
+  static void store(Word32* out, int k, int m, Point atK, Point atM) {
     out[2 * k] = atK.re >> 1;
     out[2 * k + 1] = atK.im >> 1;
     out[2 * m] = atM.re >> 1;
@@ -154,24 +135,16 @@ struct Scalar {
   }
 };
 
-// The stages from `first` on, which alternate between the blocks, from `a` first. Returns the block
-// that holds the result. `isSafe`, asked before each stage, may stop them: nullptr.
-template <class Steps, bool kInverse, class IsSafe>
-Word32* stagesFrom(int first, Word32* a, Word32* b, const TransformTables& tables, IsSafe isSafe) {
-  const Word16* twiddle = tables.rearranged + 4 * ((1 << first) - 2);
-  for (int s = first; s <= tables.stages; ++s) {
-    if (!isSafe(a)) return nullptr;
+// The stages after the first, which alternate between the blocks, from `a` first: the result lies
+// in `b` after an odd number of them, else in `a`.
+template <class Steps, bool kInverse>
+void remainingStages(Word32* a, Word32* b, const TransformTables& tables) {
+  const Word16* twiddle = tables.rearranged;
+  for (int s = 1; s <= tables.stages; ++s) {
     Steps::template stage<kInverse>(a, b, tables.points, s, twiddle);
     twiddle += 4 << s;
     std::swap(a, b);
   }
-  return a;
-}
-
-// All but the first, which leave the result in `b` if they are odd in number, else in `a`.
-template <class Steps, bool kInverse>
-void remainingStages(Word32* a, Word32* b, const TransformTables& tables) {
-  stagesFrom<Steps, kInverse>(1, a, b, tables, [](const Word32* /*points*/) { return true; });
 }
 
 // In place.
@@ -187,7 +160,7 @@ void complexTransform(Word32* x, const TransformTables& tables) {
 // plain.cpp.
 template <class Steps>
 void unpackForward(const Word32* z, Word32* out, const TransformTables& tables) {
-  const Complex first = {z[0], z[1]};
+  const Point first = {z[0], z[1]};
   out[0] = Steps::A::add(first.re, first.im);
   out[1] = Steps::A::sub(first.re, first.im);
   Steps::forwardSplit(z, out, tables);

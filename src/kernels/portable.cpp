@@ -6,7 +6,7 @@
 
 #include "arithmetic/operators.h"
 #include "kernels/coefficients.h"
-#include "kernels/fixed_transform.h"
+#include "kernels/kernels.h"
 #include "kernels/products.h"
 
 namespace arvessa::kernels {
@@ -24,17 +24,6 @@ Word32 peakPower(const Word16* x, int count) {
   }
   const Word32 magnitude = std::max<Word32>(highest, -Word32{lowest});
   return std::min(magnitude * magnitude, Word32{0x3FFFFFFF});
-}
-
-// All in -limit .. limit.
-bool areWithin(const Word32* words, int count, Word32 limit) {
-  const auto bound = static_cast<std::uint32_t>(limit);
-  std::uint32_t beyond = 0;
-  for (int i = 0; i < count; ++i) {
-    const auto word = static_cast<std::uint32_t>(words[i]);
-    beyond |= (bound + word) | (bound - word);
-  }
-  return beyond < 1U << 31;
 }
 
 // floor(word factor / 2^15) where twice the word fits, and added to a sum.
@@ -64,52 +53,6 @@ UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32>
     out[n] = x.words[n] + lMult32ByCoefficient(kPreemphasis, x.words[n - 1]);
   }
   return boundOfPreemphasis(x.bits, out[0]);
-}
-
-UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
-  using Steps = Scalar<Unsaturated>;
-  const int words = 2 * tables.points;
-  Word32 scratch[kMaxTransform];
-  if (hasForwardHeadroom(x.bits)) {
-    Steps::firstStage<false>(x.words.data(), scratch, tables);
-    Word32* const z = stagesFrom<Steps, false>(1, scratch, out.data(), tables,
-                                               [](const Word32* /*points*/) { return true; });
-    unpackForward<Steps>(z, out.data(), tables);
-    return boundOfSpectrum(x.bits);
-  }
-  // The first stage alone can saturate. It leaves parts of 30 bits, which suffice for the second:
-  // its twiddles are 1 and -j. After it the mean of four points is mostly small enough.
-  Scalar<Saturating>::firstStage<false>(x.words.data(), scratch, tables);
-  int stage = 0;
-  Word32* const z = stagesFrom<Steps, false>(
-      1, scratch, out.data(), tables,
-      [&](const Word32* points) { return ++stage != 2 || areWithin(points, words, kLargestPart); });
-  if (z == nullptr) return Plain::forwardTransform(x, tables, out);
-  if (!areWithin(z, words, kLargestPart / 2)) {
-    unpackForward<Scalar<Saturating>>(z, out.data(), tables);
-    return kAllBits;
-  }
-  unpackForward<Steps>(z, out.data(), tables);
-  return bitsBelow(30);
-}
-
-void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
-                                std::span<Word32> out) {
-  using Steps = Scalar<Unsaturated>;
-  if (!hasInverseHeadroom(spectrum)) return Plain::inverseTransform(spectrum, tables, out);
-  Word32 scratch[kMaxTransform];
-  unpack<Steps>(spectrum.words.data(), out.data(), tables);
-  Steps::firstStage<true>(out.data(), scratch, tables);
-  std::uint32_t largest = largestPoint(spectrum);
-  const auto doubles = [&](const Word32* points) {
-    largest *= 2;
-    if (largest <= 1U << 29) return true;
-    largest = 1U << 29;
-    return areWithin(points, 2 * tables.points, kLargestPart);
-  };
-  Word32* const x = stagesFrom<Steps, true>(1, scratch, out.data(), tables, doubles);
-  if (x == nullptr) return Plain::inverseTransform(spectrum, tables, out);
-  if (x != out.data()) std::copy(x, x + 2 * tables.points, out.data());
 }
 
 Block Portable::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
