@@ -64,18 +64,16 @@ UsedBits Plain::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> ou
   return boundOfPreemphasis(x.bits, out[0]);
 }
 
-template void unpackForward<Scalar<Saturating>>(const Word32*, Word32*, const TransformTables&);
-
 UsedBits Plain::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
-  complexTransform<Scalar<Saturating>, false>(x.words.data(), tables);
-  unpackForward<Scalar<Saturating>>(x.words.data(), out.data(), tables);
+  saturating::complexTransform(x.words.data(), tables, false);
+  saturating::forwardUnpack(x.words.data(), out.data(), tables);
   return boundOfSpectrum(x.bits);
 }
 
 void Plain::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                              std::span<Word32> out) {
-  unpack<Scalar<Saturating>>(spectrum.words.data(), out.data(), tables);
-  complexTransform<Scalar<Saturating>, true>(out.data(), tables);
+  saturating::inverseUnpack(spectrum.words.data(), out.data(), tables);
+  saturating::complexTransform(out.data(), tables, true);
 }
 
 UsedBits Plain::powers(ConstBlock spectrum, std::span<Word32> power) {

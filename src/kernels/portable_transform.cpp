@@ -6,14 +6,14 @@
 // is multiplied in its double, which is the sum without its lowest bit.
 
 #include <algorithm>
+#include <utility>
 
+#include "arithmetic/operators.h"
 #include "kernels/fixed_transform.h"
 #include "kernels/products.h"
 
 namespace arvessa::kernels {
 namespace {
-
-using Split = Scalar<Unsaturated>;
 
 // What a stage leaves to the next: forward twice the points.
 template <bool kInverse>
@@ -104,6 +104,46 @@ Word32* stagesAfterFirst(Word32* a, Word32* b, const TransformTables& tables, Is
   return a;
 }
 
+// Bins k and N - k of the samples' spectrum from that of their pairs or, with kInverse, back. `out`
+// may be the input.
+template <bool kInverse>
+void split(const Word32* in, Word32* out, const TransformTables& tables) {
+  const Word32 first = in[0];
+  const Word32 second = in[1];
+  out[0] = (first + second) >> kWaiting<!kInverse>;
+  out[1] = (first - second) >> kWaiting<!kInverse>;
+  for (int k = 2; k <= tables.points; k += 2) {
+    const int m = 2 * tables.points - k;
+    const Point atK = {in[k], in[k + 1]};
+    const Point atM = {in[m], in[m + 1]};
+    const Word32 a = atK.re + atM.re;
+    const Word32 c = atK.im - atM.im;
+    const Word32 b = 2 * (kInverse ? atK.re - atM.re : atM.re - atK.re);
+    const Word32 d = 2 * (kInverse ? -(atK.im + atM.im) : atK.im + atM.im);
+    const FactorPair wk = loadPair(tables.twiddles + k);
+    const FactorPair wm = loadPair(tables.twiddles + m);
+    Word32 reK = addByFirst(a, d, wk);
+    Word32 imK = addByFirst(c, b, wk);
+    Word32 reM = addByFirst(a, d, wm);
+    Word32 imM = addByFirst(c, b, wm);  // turned round
+    if constexpr (kInverse) {
+      reK = addBySecond(reK, b, wk);
+      imK -= addBySecond(0, d, wk);
+      reM -= addBySecond(0, b, wm);
+      imM = -addBySecond(imM, d, wm);
+    } else {
+      reK -= addBySecond(0, b, wk);
+      imK = addBySecond(imK, d, wk);
+      reM = addBySecond(reM, b, wm);
+      imM = addBySecond(-imM, d, wm);
+    }
+    out[k] = reK >> 1;
+    out[k + 1] = imK >> 1;
+    out[m] = reM >> 1;
+    out[m + 1] = imM >> 1;
+  }
+}
+
 // All in -limit .. limit after a shift to the right.
 bool areWithin(const Word32* words, int count, Word32 limit, int shift) {
   const auto bound = static_cast<std::uint32_t>(limit);
@@ -124,7 +164,7 @@ UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std:
     firstStage<false>(x.words.data(), scratch, tables);
     Word32* const z = stagesAfterFirst<false>(scratch, out.data(), tables,
                                               [](const Word32* /*points*/) { return true; });
-    unpackForward<Split>(z, out.data(), tables);
+    split<false>(z, out.data(), tables);
     return boundOfSpectrum(x.bits);
   }
   // The first stage alone can saturate. It leaves parts of 30 bits, which suffice for the second:
@@ -136,10 +176,10 @@ UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std:
   });
   if (z == nullptr) return Plain::forwardTransform(x, tables, out);
   if (!areWithin(z, words, kLargestPart / 2, 0)) {
-    unpackForward<Scalar<Saturating>>(z, out.data(), tables);
+    saturating::forwardUnpack(z, out.data(), tables);
     return kAllBits;
   }
-  unpackForward<Split>(z, out.data(), tables);
+  split<false>(z, out.data(), tables);
   return bitsBelow(30);
 }
 
@@ -147,7 +187,7 @@ void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tabl
                                 std::span<Word32> out) {
   if (!hasInverseHeadroom(spectrum)) return Plain::inverseTransform(spectrum, tables, out);
   Word32 scratch[kMaxTransform];
-  unpack<Split>(spectrum.words.data(), out.data(), tables);
+  split<true>(spectrum.words.data(), out.data(), tables);
   firstStage<true>(out.data(), scratch, tables);
   std::uint32_t largest = largestPoint(spectrum);
   const auto doubles = [&](const Word32* points) {

@@ -356,7 +356,7 @@ UsedBits Vector::forwardTransform(Block x, const TransformTables& tables, std::s
   remainingPasses<true>(Quads{to}, Quads{in}, pairs, tables, 0);
   if (isLarge && !areWithin(scratch, 2 * n, kLargestPart / 2)) {
     for (int k = 0; k < n; k += 4) PairsOut<false>{in}.store(k, pairs.load(k));
-    unpackForward<Scalar<Saturating>>(in, to, tables);
+    saturating::forwardUnpack(in, to, tables);
     return kAllBits;
   }
   to[0] = pairs.re[0] + pairs.im[0];
