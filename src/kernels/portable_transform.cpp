@@ -49,13 +49,15 @@ void firstStage(const Word32* from, Word32* to, const TransformTables& tables) {
 
 // The same forward, of any words.
 void firstStageOfAny(const Word32* from, Word32* to, const TransformTables& tables) {
-  for (int k = 0; k < tables.points; k += 2) {
-    const Word32* const a = from + 2 * (tables.reversedBits[k / 2] >> (8 - tables.stages));
-    for (int i = 0; i < 2; ++i) {
-      const Word32 t = mpy32x16(a[tables.points + i], tables.twiddles[0]);
-      to[k + i] = lAdd(a[i], t);
-      to[tables.points + k + i] = lSub(a[i], t);
-    }
+  const Word16 one = tables.twiddles[0];
+  Word32* rest = to + tables.points;
+  for (int k = 0; k < tables.points / 2; ++k) {
+    const Word32* const a = from + 2 * (tables.reversedBits[k] >> (8 - tables.stages));
+    const Word32* const b = a + tables.points;
+    // A product by 32767 has a negative.
+    const Point t = {productOfAny(b[0], one), productOfAny(b[1], one)};
+    storeSum(to, {addSaturated(a[0], t.re), addSaturated(a[1], t.im)});
+    storeDifference(rest, {addSaturated(a[0], -t.re), addSaturated(a[1], -t.im)});
   }
 }
 
@@ -144,14 +146,12 @@ void split(const Word32* in, Word32* out, const TransformTables& tables) {
   }
 }
 
-// All in -limit .. limit after a shift to the right.
-bool areWithin(const Word32* words, int count, Word32 limit, int shift) {
-  const auto bound = static_cast<std::uint32_t>(limit);
+// Whether all lie in -limit .. limit - 1.
+bool areWithin(const Word32* words, int count, Word32 limit) {
+  const std::uint32_t toTheTop = (1U << 31) - static_cast<std::uint32_t>(limit);
   std::uint32_t beyond = 0;
-  for (int i = 0; i < count; ++i) {
-    const auto word = static_cast<std::uint32_t>(words[i] >> shift);
-    beyond |= (bound + word) | (bound - word);
-  }
+#pragma GCC unroll 4
+  for (int i = 0; i < count; ++i) beyond |= usedBits(words[i]) + toTheTop;
   return beyond < 1U << 31;
 }
 
@@ -172,10 +172,10 @@ UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std:
   firstStageOfAny(x.words.data(), scratch, tables);
   int stage = 0;
   Word32* const z = stagesAfterFirst<false>(scratch, out.data(), tables, [&](const Word32* points) {
-    return ++stage != 2 || areWithin(points, words, kLargestPart, 1);
+    return ++stage != 2 || areWithin(points, words, 2 * kLargestPart);
   });
   if (z == nullptr) return Plain::forwardTransform(x, tables, out);
-  if (!areWithin(z, words, kLargestPart / 2, 0)) {
+  if (!areWithin(z, words, kLargestPart / 2)) {
     saturating::forwardUnpack(z, out.data(), tables);
     return kAllBits;
   }
@@ -194,7 +194,7 @@ void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tabl
     largest *= 2;
     if (largest <= 1U << 29) return true;
     largest = 1U << 29;
-    return areWithin(points, 2 * tables.points, kLargestPart, 0);
+    return areWithin(points, 2 * tables.points, kLargestPart);
   };
   Word32* const x = stagesAfterFirst<true>(scratch, out.data(), tables, doubles);
   if (x == nullptr) return Plain::inverseTransform(spectrum, tables, out);

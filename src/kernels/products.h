@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "ArvessaTypes.h"
+#include "arithmetic/operators.h"
 
 #if defined(__ARM_FEATURE_DSP) && !defined(__ARM_BIG_ENDIAN)
 #include <arm_acle.h>
@@ -59,6 +60,20 @@ inline Word32 addBySecond(Word32 sum, Word32 word, FactorPair f) {
   return __smlawt(word, f.both, sum);
 #else
   return sum + static_cast<Word32>((std::int64_t{word} * f.second) >> 16);
+#endif
+}
+
+// floor(word factor / 2^15) of any word, for factors above -1.
+inline Word32 productOfAny(Word32 word, Word16 factor) {
+  return static_cast<Word32>((std::int64_t{word} * factor) >> 15);
+}
+
+// a + b, saturated.
+inline Word32 addSaturated(Word32 a, Word32 b) {
+#ifdef ARVESSA_DSP_PRODUCTS
+  return __qadd(a, b);
+#else
+  return lAdd(a, b);
 #endif
 }
 
