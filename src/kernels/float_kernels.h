@@ -103,7 +103,7 @@ using FloatForms = std::tuple<PlainFloat, ScalarFloat, VectorFloat>;
 // What the library is built with. The vector unit of 32-bit ARM flushes denormals.
 #if defined(ARVESSA_KERNELS_PLAIN) || defined(__SOFTFP__)
 using ActiveFloatForm = PlainFloat;
-#elif defined(__SSE2__) || defined(__aarch64__) || defined(__wasm_simd128__)
+#elif defined(__SSE2__) || defined(__aarch64__)
 using ActiveFloatForm = VectorFloat;
 #else
 using ActiveFloatForm = ScalarFloat;

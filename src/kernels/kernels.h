@@ -24,10 +24,14 @@
 
 #include "arithmetic/block.h"
 
+// The vector unit, chosen here only: its name, and the header of its operations (vector_unit.h).
+// Processors with wider units define __SSE2__, too.
 #if defined(__SSE2__)
 #define ARVESSA_VECTOR_UNIT "SSE2"
+#define ARVESSA_VECTOR_UNIT_HEADER "kernels/sse2.h"
 #elif defined(__ARM_NEON) && !defined(__ARM_BIG_ENDIAN)
 #define ARVESSA_VECTOR_UNIT "NEON"
+#define ARVESSA_VECTOR_UNIT_HEADER "kernels/neon.h"
 #endif
 
 namespace arvessa::kernels {
