@@ -13,6 +13,10 @@
 
 namespace arvessa {
 
+static_assert(std::ranges::all_of(kRates, [](const Rate& rate) {
+  return rate.samples <= VORN_MAX_FRAME_SAMPLES && isAgcFrame(rate.samples);
+}));
+
 // As VORN_Proc.
 template <class Observer>
 Word16 engineFrame(const Word16* in, int length, Word16* out, Word16* lengthWord,
