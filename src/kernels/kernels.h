@@ -179,7 +179,7 @@ struct Plain {
                            std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain);
 
   // Overlap-add. The exponent is taken out of `time`, flooring and saturating; its first words with
-  // `overlap` added, saturated, are the block, and the words behind the block the new overlap.
+  // `overlap` added, saturated, are the block, and the words after the block the new overlap.
   // `block` may begin where `time` does; it is no shorter than `overlap`, and both together are as
   // long as `time`. Returns what bounds the block.
   static UsedBits addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block);
