@@ -26,7 +26,7 @@ inline constexpr std::array kEngineRates = [] {
   for (std::size_t code = 0; code < rates.size(); ++code) rates[code] = 100 * kRates[code].samples;
   return rates;
 }();
-static_assert(std::ranges::is_sorted(kEngineRates));
+static_assert(std::is_sorted(kEngineRates.begin(), kEngineRates.end()));
 
 // The lowest of these rates that loses nothing of a signal at `rate`, or the highest.
 int engineRateFor(int rate);

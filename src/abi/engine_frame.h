@@ -4,6 +4,7 @@
 // stages of the noise reduction (noise_reduction/pipeline.h).
 
 #include <algorithm>
+#include <iterator>
 
 #include "Vorn.h"
 #include "abi/views.h"
@@ -13,7 +14,7 @@
 
 namespace arvessa {
 
-static_assert(std::ranges::all_of(kRates, [](const Rate& rate) {
+static_assert(std::all_of(std::begin(kRates), std::end(kRates), [](const Rate& rate) {
   return rate.samples <= VORN_MAX_FRAME_SAMPLES && isAgcFrame(rate.samples);
 }));
 

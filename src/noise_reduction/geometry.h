@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
 #include <span>
 
 #include "kernels/kernels.h"
@@ -56,7 +57,7 @@ struct Rate {
 };
 inline constexpr Rate kRates[kRateCodes] = {
     {80, 0, false}, {160, 1, false}, {320, 2, false}, {480, 1, true}};
-static_assert(std::ranges::all_of(kRates, [](const Rate& rate) {
+static_assert(std::all_of(std::begin(kRates), std::end(kRates), [](const Rate& rate) {
   const int frame = kSmallestFrame << rate.sizeCode;
   return rate.splitBand ? frame == kMaxLowFrame && rate.samples == kMaxFullbandFrame
                         : rate.samples == frame;
