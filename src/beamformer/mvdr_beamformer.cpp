@@ -10,7 +10,7 @@ namespace arvessa {
 namespace {
 
 static_assert(kBeamBlock == kernels::kFloatBlock && kBeamFrame == kernels::kFloatFrame);
-static_assert(kBeamHistory == kernels::kFlank && kBeams == kernels::kFormedBeams);
+static_assert(kBeamHistory == kernels::kFlank);
 constexpr std::uint32_t kDecisionPeriod = 16;     // frames
 constexpr std::int32_t kLastImmediateCount = 63;  // the first four decisions take effect at once
 

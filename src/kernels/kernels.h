@@ -24,10 +24,14 @@
 
 #include "arithmetic/block.h"
 
+// The vector unit, chosen here only: its name, and the header of its operations (vector_unit.h).
+// Processors with wider units define __SSE2__, too.
 #if defined(__SSE2__)
 #define ARVESSA_VECTOR_UNIT "SSE2"
+#define ARVESSA_VECTOR_UNIT_HEADER "kernels/sse2.h"
 #elif defined(__ARM_NEON) && !defined(__ARM_BIG_ENDIAN)
 #define ARVESSA_VECTOR_UNIT "NEON"
+#define ARVESSA_VECTOR_UNIT_HEADER "kernels/neon.h"
 #endif
 
 namespace arvessa::kernels {
@@ -178,7 +182,7 @@ struct Plain {
                            std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain);
 
   // Overlap-add. The exponent is taken out of `time`, flooring and saturating; its first words with
-  // `overlap` added, saturated, are the block, and the words behind the block the new overlap.
+  // `overlap` added, saturated, are the block, and the words after the block the new overlap.
   // `block` may begin where `time` does; it is no shorter than `overlap`, and both together are as
   // long as `time`. Returns what bounds the block.
   static UsedBits addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block);
