@@ -36,7 +36,7 @@ void WVQE_IFFT(const Word32* X, Word16 n, Word16 /*points*/, Word16 /*stages*/,
     kernels::complexTransform<Steps, true>(out, tables);
     return;
   }
-  Kernels::inverseTransform({view(X, n), kAllBits}, tables, view(out, n));
+  Kernels::inverseTransform({view(X, n), Kernels::bitsOf(view(X, n))}, tables, view(out, n));
 }
 
 void WVQE_Complex_FFT(Word32* x, Word16 n) {

@@ -4,7 +4,6 @@
 // with the pieces that are exported one by one.
 
 #include <algorithm>
-#include <type_traits>
 #include <utility>
 
 #include "arithmetic/operators.h"
@@ -32,11 +31,6 @@ struct Unsaturated {
   static Word32 bySecond(Word32 word, FactorPair f) { return addBySecond(0, 2 * word, f); }
 };
 
-struct Complex {
-  Word32 re;
-  Word32 im;
-};
-
 // The steps of the transform, one number at a time. Points are pairs of words.
 template <class Arithmetic>
 struct Scalar {
@@ -49,27 +43,14 @@ struct Scalar {
   static void butterfly(const Word32* a, const Word32* b, FactorPair w, Word32* sum,
                         Word32* difference) {
     constexpr int kHalve = kInverse ? 0 : 1;
-    Complex total;
-    Complex rest;
-    if constexpr (std::is_same_v<A, Saturating>) {
-      Complex t = {A::byFirst(b[0], w), A::byFirst(b[1], w)};
-      if constexpr (!kReal) {
-        const Complex crossed = {A::bySecond(b[1], w), A::bySecond(b[0], w)};
-        t.re = kInverse ? A::add(t.re, crossed.re) : A::sub(t.re, crossed.re);
-        t.im = kInverse ? A::sub(t.im, crossed.im) : A::add(crossed.im, t.im);
-      }
-      total = {A::add(a[0], t.re), A::add(a[1], t.im)};
-      rest = {A::sub(a[0], t.re), A::sub(a[1], t.im)};
-    } else {
-      const Word32 re = 2 * b[0];
-      const Word32 im = 2 * b[1];
-      total = {addByFirst(a[0], re, w), addByFirst(a[1], im, w)};
-      if constexpr (!kReal) {
-        total.re = kInverse ? addBySecond(total.re, im, w) : total.re - addBySecond(0, im, w);
-        total.im = kInverse ? total.im - addBySecond(0, re, w) : addBySecond(total.im, re, w);
-      }
-      rest = {2 * a[0] - total.re, 2 * a[1] - total.im};
+    Point t = {A::byFirst(b[0], w), A::byFirst(b[1], w)};
+    if constexpr (!kReal) {
+      const Point crossed = {A::bySecond(b[1], w), A::bySecond(b[0], w)};
+      t.re = kInverse ? A::add(t.re, crossed.re) : A::sub(t.re, crossed.re);
+      t.im = kInverse ? A::sub(t.im, crossed.im) : A::add(crossed.im, t.im);
     }
+    const Point total = {A::add(a[0], t.re), A::add(a[1], t.im)};
+    const Point rest = {A::sub(a[0], t.re), A::sub(a[1], t.im)};
     sum[0] = total.re >> kHalve;
     sum[1] = total.im >> kHalve;
     difference[0] = rest.re >> kHalve;
@@ -146,7 +127,7 @@ struct Scalar {
 
  private:
   static Word32 mirrored(Word32 c, Word32 im) { return A::add(A::negate(c), im); }
-  static void store(Word32* out, int k, int m, Complex atK, Complex atM) {
+  static void store(Word32* out, int k, int m, Point atK, Point atM) {
     out[2 * k] = atK.re >> 1;
     out[2 * k + 1] = atK.im >> 1;
     out[2 * m] = atM.re >> 1;
@@ -175,13 +156,18 @@ void complexTransform(Word32* x, const TransformTables& tables) {
   if (tables.stages % 2 == 0) std::copy(scratch, scratch + 2 * tables.points, x);
 }
 
+// The packed spectrum from that of the pairs, which `out` may hold. That of any points lies in
+// plain.cpp.
 template <class Steps>
-void realTransform(Word32* x, Word32* out, const TransformTables& tables) {
-  complexTransform<Steps, false>(x, tables);
-  out[0] = Steps::A::add(x[0], x[1]);
-  out[1] = Steps::A::sub(x[0], x[1]);
-  Steps::forwardSplit(x, out, tables);
+void unpackForward(const Word32* z, Word32* out, const TransformTables& tables) {
+  const Point first = {z[0], z[1]};
+  out[0] = Steps::A::add(first.re, first.im);
+  out[1] = Steps::A::sub(first.re, first.im);
+  Steps::forwardSplit(z, out, tables);
 }
+
+extern template void unpackForward<Scalar<Saturating>>(const Word32*, Word32*,
+                                                       const TransformTables&);
 
 template <class Steps>
 void unpack(const Word32* spectrum, Word32* out, const TransformTables& tables) {
@@ -190,32 +176,29 @@ void unpack(const Word32* spectrum, Word32* out, const TransformTables& tables) 
   Steps::inverseSplit(spectrum, out, tables);
 }
 
-template <class Steps>
-void inverseRealTransform(const Word32* spectrum, Word32* out, const TransformTables& tables) {
-  unpack<Steps>(spectrum, out, tables);
-  complexTransform<Steps, true>(out, tables);
-}
+// Magnitudes of complex points, and how large their parts are. A stage without saturation wants
+// points below 2^30: it adds two, and what it multiplies is doubled. Forward it halves the sum, so
+// that the points grow by no more than the roundings; back they may double.
+//
+// The split step adds and subtracts two points and multiplies that, so that it wants them below
+// 2^29. It leaves points of at most sqrt(2) times the larger of the two.
+inline constexpr Word32 kLargestPart = 5 << 27;  // the parts of points below 0.89 2^30
 
-// Forward, no complex value grows beyond the largest magnitude of the input, sqrt(2) times its
-// largest component, by more than the roundings: a stage halves the sum of two. Inside a stage and
-// in the split step the sums stay below 2 sqrt(2) times that: 2^30 for components below 2^28.
-inline bool hasForwardHeadroom(UsedBits bits) { return bits <= bitsBelow(28); }
+// Forward, words that use these bits need no look at the points: sqrt(2) 2^28, and half of 2^30
+// before the split step.
+inline bool hasForwardHeadroom(UsedBits bits) { return bits <= kKnownBits; }
 
 // The packed spectrum then: sqrt(2) times the largest component, doubled by the split step, and the
 // roundings.
-inline UsedBits boundOfSpectrum(UsedBits bits) { return doubled(doubled(bits)); }
-
-// Inverse, nothing exceeds the sum of the magnitudes of all inputs by more than a factor of 2 (in
-// the split step) and the roundings. So a sum of all components below 2^29 never saturates. Nor
-// do components below M: those of the pairs' spectrum are complex values within 2 M, and N of them
-// add up to M times the number of components, which may be 2^30. What is multiplied is half of it.
-inline bool hasInverseHeadroom(const ConstBlock& spectrum) {
-  const std::size_t size = spectrum.words.size();
-  if (spectrum.bits < (std::size_t{1} << 30) / size) return true;
-  // In units of 512; each magnitude may be up to one unit short.
-  std::uint32_t sum = static_cast<std::uint32_t>(size);
-  for (const Word32 word : spectrum.words) sum += usedBits(word) >> 9;
-  return sum < 1U << 20;
+inline UsedBits boundOfSpectrum(UsedBits bits) {
+  return hasForwardHeadroom(bits) ? doubled(doubled(bits)) : kAllBits;
 }
+
+// Back, the points of the pairs' spectrum are at most twice as large as the components of a
+// spectrum, which the split step takes below 2^28.
+inline bool hasInverseHeadroom(const ConstBlock& spectrum) {
+  return spectrum.bits <= bitsBelow(28);
+}
+inline std::uint32_t largestPoint(const ConstBlock& spectrum) { return 2 * (spectrum.bits + 1); }
 
 }  // namespace arvessa::kernels

@@ -35,6 +35,9 @@ namespace arvessa::kernels {
 inline constexpr int kBands = 24;          // of the filterbank, at every rate
 inline constexpr int kMaxTransform = 512;  // words of a block, at 32 kHz
 
+// What the forward transform takes without a look at its words.
+inline constexpr UsedBits kKnownBits = bitsBelow(28);
+
 // A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15, at
 // multiples of 4 bytes: (32767, 0) at 0, and (0, -32768) or (0, -32766) at pi / 2.
 struct TransformTables {
@@ -112,7 +115,7 @@ struct Plain {
                                 std::span<Word32> words);
 
   // x[i] = floor(x[i] f[i] / 2^15) for factors of 0 or more, such as windows. Returns what bounds
-  // the products.
+  // the products: of words beyond kKnownBits their bits, as factors may take away what is above.
   static UsedBits multiply(Block x, std::span<const Word16> factors);
 
   // out[n] = x[n] - 0.40327 x[n-1], with `previous` before x[0]. `x` has a

@@ -6,7 +6,7 @@
 
 #include "arithmetic/operators.h"
 #include "kernels/coefficients.h"
-#include "kernels/fixed_transform.h"
+#include "kernels/kernels.h"
 #include "kernels/products.h"
 
 namespace arvessa::kernels {
@@ -36,7 +36,7 @@ Word32 product(Word32 word, Word16 factor) { return addProduct(0, word, factor);
 }  // namespace
 
 UsedBits Portable::multiply(Block x, std::span<const Word16> factors) {
-  if (x.bits > kDoubledBits) return Plain::multiply(x, factors);
+  if (x.bits > kKnownBits) return Plain::multiply(x, factors);
   Word32* const words = x.words.data();
   const Word16* const f = factors.data();
 #pragma GCC unroll 4
@@ -53,18 +53,6 @@ UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32>
     out[n] = x.words[n] + lMult32ByCoefficient(kPreemphasis, x.words[n - 1]);
   }
   return boundOfPreemphasis(x.bits, out[0]);
-}
-
-UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
-  if (!hasForwardHeadroom(x.bits)) return Plain::forwardTransform(x, tables, out);
-  realTransform<Scalar<Unsaturated>>(x.words.data(), out.data(), tables);
-  return boundOfSpectrum(x.bits);
-}
-
-void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
-                                std::span<Word32> out) {
-  if (!hasInverseHeadroom(spectrum)) return Plain::inverseTransform(spectrum, tables, out);
-  inverseRealTransform<Scalar<Unsaturated>>(spectrum.words.data(), out.data(), tables);
 }
 
 Block Portable::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
@@ -244,10 +232,17 @@ UsedBits Portable::addOverlap(ConstBlock time, std::span<Word32> overlap, std::s
 }
 
 void Portable::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
+  Word32 y = memory;
+  if (x.bits > bitsBelow(30)) {
+    for (std::size_t n = 0; n < out.size(); ++n) {
+      y = lAdd(x.words[n], lMult32ByCoefficient(kDeemphasis, y));
+      out[n] = saturate16(2 * (((y >> 15) + 1) >> 1));
+    }
+    memory = y;
+    return;
+  }
   // Whatever the memory, the first y then stays below 2^30 + 0.40327 2^31 < 1.81 2^30, and with it
   // all. To round them does not saturate, either.
-  if (x.bits > bitsBelow(30)) return Plain::deemphasise(x, memory, out);
-  Word32 y = memory;
 #pragma GCC unroll 4
   for (std::size_t n = 0; n < out.size(); ++n) {
     y = x.words[n] + lMult32ByCoefficient(kDeemphasis, y);

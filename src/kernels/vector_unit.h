@@ -9,3 +9,12 @@
 #else
 #include "kernels/neon.h"
 #endif
+
+namespace arvessa::kernels {
+
+// For sums modulo 2^32.
+using UnsignedWords = std::uint32_t __attribute__((vector_size(16)));
+inline UnsignedWords ofBits(Words words) { return reinterpret_cast<UnsignedWords>(words); }
+inline Words ofBits(UnsignedWords words) { return reinterpret_cast<Words>(words); }
+
+}  // namespace arvessa::kernels
