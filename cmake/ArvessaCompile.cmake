@@ -13,6 +13,14 @@ if(ARVESSA_SANITIZE)
   add_link_options(-fsanitize=${ARVESSA_SANITIZE})
 endif()
 
+if(ARVESSA_FUZZ STREQUAL "coverage")
+  add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+  add_link_options(-fprofile-instr-generate)
+elseif(ARVESSA_FUZZ)
+  # Every comparison of the arithmetic would be traced, which takes most of the time.
+  add_compile_options(-fsanitize=fuzzer-no-link -fno-sanitize-coverage=trace-cmp)
+endif()
+
 function(arvessa_compile_options target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
                                            -Wsign-conversion -Wundef -Wvla)

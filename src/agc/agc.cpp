@@ -55,6 +55,11 @@ Word16 decideIndex(AgcState& state, Word16 headroom) {
   return headroom;
 }
 
+// Of an index from the caller's memory, which may be damaged: its low bits count.
+Word32 gainAt(std::span<const Word32, kGains> table, Word16 index) {
+  return table[static_cast<std::size_t>(index) % kGains];
+}
+
 // Multiplies by a gain that climbs from `from` in equal steps; the block after the last would have
 // `to`. Gains in Q16, which the product of a halved gain and a Q15 sample undoes.
 void ramp(std::span<const Word16> x, std::span<Word16> y, Word32 from, Word32 to,
@@ -90,8 +95,7 @@ void controlGain(AgcState& state, std::span<const Word32, kGains> table, std::sp
   const Word16 headroom = level == 0 ? Word16{31} : leadingZeros(level);
   const Word16 before = state.agcGainIdx;
   state.agcGainIdx = decideIndex(state, headroom);
-  ramp(x, y, table[static_cast<std::size_t>(before)],
-       table[static_cast<std::size_t>(state.agcGainIdx)], layout);
+  ramp(x, y, gainAt(table, before), gainAt(table, state.agcGainIdx), layout);
 }
 
 Word16 leadingZeros(Word32 v) {

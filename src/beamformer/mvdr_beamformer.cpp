@@ -74,7 +74,9 @@ void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamWei
   kernels::ActiveFrame frame;
   frame.formBeams(input, state.beamEnergy);
   if (state.frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(state);
-  frame.output(input, state.beamSelected, state.beamOverlap, out);
+  // The caller's memory may be damaged: what is no beam counts as beam 0.
+  const auto beam = static_cast<std::uint16_t>(state.beamSelected);
+  frame.output(input, beam < kBeams ? beam : 0, state.beamOverlap, out);
 }
 
 }  // namespace arvessa
