@@ -50,7 +50,8 @@ inline UsedBits boundOfSpectrum(UsedBits bits) {
 }
 
 // Back, the points of the pairs' spectrum are at most twice as large as the components of a
-// spectrum, which the split step takes below 2^28.
+// spectrum, which the split step takes below 2^28. Not all at once: sums of four, which two stages
+// make, stay below 0.91 2^31.
 inline bool hasInverseHeadroom(const ConstBlock& spectrum) {
   return spectrum.bits <= bitsBelow(28);
 }
