@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A frame that a signal interrupts, while the handler processes a frame of another buffer.
+// What the thread brings: signals, whose handler may process a frame of another buffer, and what it
+// does with denormals.
 #include <gtest/gtest.h>
 #include <sys/time.h>
 
@@ -9,6 +10,10 @@
 
 #include "Arvessa.h"
 #include "support/random.h"
+
+#ifdef __SSE2__
+#include <xmmintrin.h>
+#endif
 
 namespace arvessa::test {
 namespace {
@@ -78,6 +83,48 @@ TEST(Interrupts, LeaveBothBuffersAlone) {
   for (std::size_t i = 0; i < output.size(); ++i) ASSERT_EQ(output[i], again.next()) << i;
   for (const Output& frame : handledOutput) ASSERT_EQ(frame, otherAgain.next());
 }
+
+#ifdef __SSE2__
+// Sparse samples and constants, at any level, the microphones alike, opposite or apart: sums that cancel
+// are what small numbers come from.
+void fill(Word16 (&in)[2 * ARVESSA_FRAME_SAMPLES], Random& random) {
+  constexpr int kSize = ARVESSA_FRAME_SAMPLES;
+  const int level = 1 << random.below(15);
+  const int oneIn = 1 << random.below(8);
+  const bool isConstant = random.below(4) == 0;
+  const int pair = random.below(3);
+  for (int i = 0; i < 2 * kSize; ++i) {
+    const int value = isConstant ? level : random.below(2 * level + 1) - level;
+    in[i] = static_cast<Word16>(random.below(oneIn) == 0 ? value : 0);
+    if (i >= kSize && pair != 0) {
+      in[i] = static_cast<Word16>(pair == 1 ? in[i - kSize] : -in[i - kSize]);
+    }
+  }
+}
+
+// Where no operation meets or makes a denormal, a thread that flushes them gets the same samples. The
+// processor keeps a record.
+TEST(FloatEnvironment, NoFrameMeetsADenormal) {
+  constexpr unsigned kMet = _MM_EXCEPT_DENORM | _MM_EXCEPT_UNDERFLOW;
+  static int seed = 0;
+  Random random(++seed);
+  std::uint32_t work[(ARVESSA_WORK_BYTES + 3) / 4];
+  ArvessaConfig config = {work, ARVESSA_WORK_BYTES, 0, 0, 0};
+  ASSERT_EQ(Arvessa_Init(&config), 0);
+  alignas(4) Word16 in[2 * ARVESSA_FRAME_SAMPLES];
+  alignas(4) Word16 out[ARVESSA_FRAME_SAMPLES];
+  for (int frame = 0; frame < 20000; ++frame) {
+    if (frame % 3 != 1) fill(in, random);
+    _MM_SET_EXCEPTION_STATE(0);
+    ASSERT_EQ(Arvessa(in, out, &config), 0);
+    ASSERT_EQ(_MM_GET_EXCEPTION_STATE() & kMet, 0U) << "frame " << frame;
+  }
+  const volatile float small = 1e-30F;
+  const volatile float denormal = small * 1e-10F;
+  EXPECT_GT(denormal + denormal, 0);
+  EXPECT_EQ(_MM_GET_EXCEPTION_STATE() & kMet, kMet) << "there is no record";
+}
+#endif
 
 }  // namespace
 }  // namespace arvessa::test
