@@ -209,6 +209,10 @@ void inverse(const TransformTables& t, bool inPasses) {
     sum = std::max(sum, points.largestSum);
   }
   if (hasInverseHeadroom({{}, most + 1})) std::exit(2);
+  if (inPasses) {
+    bound("inverse, sums that saturate: what is turned", t.points,
+          largestTwiddle(t) * kRoot2 * (Real(kLargestTurned) + 1) + kFloors, kWord);
+  }
   bound(inPasses ? "inverse, in passes: sums" : "inverse: sums", t.points, sum, kWord);
   bound(inPasses ? "inverse, in passes: what is turned" : "inverse: what is doubled", t.points,
         factor, inPasses ? kFactor : kDoubled);
