@@ -27,7 +27,9 @@ constexpr std::array<HardSignal, 6> kSignals = {{
     {"silence", "z0"},
 }};
 
-constexpr std::array<const char*, 4> kFound = {"n0", "n0", "n0", "n0"};
+constexpr std::array<const char*, 4> kFound = {
+    "s9d8n1s7c0ndn1s7a0a0n4db", "a3sdz9d3n4cdnaa0a0d3a4c1", "c3sazaa2d8deacn1s1cfc8sa",
+    "z0d1d6s0s0s0c5aba4caccn1"};
 
 // The numbers share no factor with the length of a frame, so that no place in it is left out.
 Word16 sampleOf(char kind, int index, Word16 noise) {
