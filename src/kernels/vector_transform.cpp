@@ -280,14 +280,15 @@ class Within {
 }
 
 // A product with a twiddle, and sums that saturate, where what is multiplied has parts within
-// kLargestTurned: no product leaves the range, so that it has a negative.
+// kLargestTurned: no product leaves the range, so that it has a negative. What others give is not used.
 inline void stageOfAny(Points& a, Points& b, Words twiddles, Within& within) {
   within.see(b);
   const Factors c = factorsOf(twiddles);
   const Factors s = factorsOf(twiddles >> 16);
-  const Points t = {mulQ15(b.re, c) - mulQ15(b.im, s), mulQ15(b.re, s) + mulQ15(b.im, c)};
-  b = {saturatedSum(a.re, -t.re), saturatedSum(a.im, -t.im)};
-  a = {saturatedSum(a.re, t.re), saturatedSum(a.im, t.im)};
+  const UnsignedWords re = ofBits(mulQ15(b.re, c)) - ofBits(mulQ15(b.im, s));
+  const UnsignedWords im = ofBits(mulQ15(b.re, s)) + ofBits(mulQ15(b.im, c));
+  b = {saturatedSum(a.re, ofBits(-re)), saturatedSum(a.im, ofBits(-im))};
+  a = {saturatedSum(a.re, ofBits(re)), saturatedSum(a.im, ofBits(im))};
 }
 
 // The last two stages back, whose sums may saturate: all the energy of a click meets in one word.
