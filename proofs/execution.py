@@ -41,14 +41,26 @@ def each(operation, *operands):
     return Value(simplify(term), either(*(o.poison for o in operands), *poisons))
 
 
+def shifted(name, x, count):
+    """By a constant: the parts of a word come out as extracts."""
+    if count == 0:
+        return x
+    if name == "shl":
+        return Concat(Extract(x.size() - 1 - count, 0, x), BitVecVal(0, count))
+    return (SignExt if name == "ashr" else ZeroExt)(count, Extract(x.size() - 1, count, x))
+
+
 def size_of(kind):
     if isinstance(kind, int):
         return (kind + 7) // 8
-    if kind[0] in ("vector", "array"):
-        return kind[1] * size_of(kind[2])
-    if kind[0] == "pointer":
-        return 8
-    raise NotImplementedError(f"size of {kind}")
+    if kind[0] == "struct":
+        return offset_of(kind, len(kind[1]))
+    return 8 if kind[0] == "pointer" else kind[1] * size_of(kind[2])
+
+
+def offset_of(kind, index):
+    """Of a member, every one at a multiple of 8: no address is taken but by its index."""
+    return sum((size_of(member) + 7) // 8 * 8 for member in kind[1][:index])
 
 
 def bytes_of(value):
@@ -223,7 +235,8 @@ class Execution:
         if name in ("and", "or", "xor"):
             return ({"and": a & b, "or": a | b, "xor": a ^ b}[name],)
         if name in ("shl", "lshr", "ashr"):
-            r = {"shl": a << b, "lshr": LShR(a, b), "ashr": a >> b}[name]
+            r = shifted(name, a, b.as_long()) if is_bv_value(b) and b.as_long() < w else {
+                "shl": a << b, "lshr": LShR(a, b), "ashr": a >> b}[name]
             lost = {"nsw": (r >> b) != a, "nuw": LShR(r, b) != a, "exact": (r << b) != a}
             return r, Not(ULT(b, w)), *(lost[flag] for flag in flags)
         if name == "mul":
@@ -333,7 +346,13 @@ class Execution:
         scale = size_of(kind)
         while t.peek() == ",":
             t.take()
-            offset += self.number(self.operand(t, env)) * scale
+            index = self.number(self.operand(t, env))
+            if scale is None:
+                offset += offset_of(kind, index)
+                kind = kind[1][index]
+            else:
+                offset += index * scale
+            scale = None
             if not isinstance(kind, int) and kind[0] in ("array", "vector"):
                 kind = kind[2]
                 scale = size_of(kind)
@@ -374,9 +393,12 @@ class Execution:
         result = t.type()
         name = t.take()[1:]
         t.take("(")
-        arguments = t.list(lambda: t.typed(), ")")
         if name.startswith(("llvm.lifetime", "llvm.assume", "llvm.experimental.noalias")):
             return None
+        if not name.startswith("llvm."):  # another form of a kernel
+            self.undefined.append(z3.BoolVal(True))
+            return self.value(result, "poison", env) if result != "void" else None
+        arguments = t.list(t.typed, ")")
         values = [self.value(*argument, env) for argument in arguments]
         if name.startswith("llvm.memcpy"):
             count = self.number(values[2])
@@ -387,10 +409,7 @@ class Execution:
             return self.store(values[1], values[0])
         if name.startswith("llvm.arm.neon.vld1"):
             return self.load(result, values[0])
-        if name.startswith("llvm."):
-            return intrinsics.call(name, values, self.numbers, each)
-        self.undefined.append(z3.BoolVal(True))  # another form of a kernel
-        return self.value(result, "poison", env) if result != "void" else None
+        return intrinsics.call(name, values, self.numbers, each)
 
     def do_fptosi(self, t, env, _):
         value = self.operand(t, env)

@@ -65,13 +65,15 @@ class Integers:
     def parts(self, x):
         """[(part of 17 bits, shift)]: x is the sum of part 2^shift."""
         width = x.size()
-        if width <= 17:
+        if width <= 16:
             return [(simplify(SignExt(17 - width, x)), 0)]
         half = Extract(15, 0, x)
         for part, whole in ((SignExt(1, half), SignExt(width - 16, half)),
                             (ZeroExt(1, half), ZeroExt(width - 16, half))):
             if self.always(x == whole):
                 return [(simplify(part), 0)]
+        if width == 17:
+            return [(x, 0)]
         upper = [(part, shift + 16) for part, shift in self.parts(Extract(width - 1, 16, x))]
         lower = simplify(ZeroExt(1, half))
         return upper if is_bv_value(lower) and lower.as_long() == 0 else [(lower, 0), *upper]
@@ -110,7 +112,8 @@ class Integers:
             factor = y.as_signed_long()
             if factor & (factor + 1) == 0:  # 2^k - 1
                 return (signed34(x) << factor.bit_length()) - signed34(x)
-            return factor * signed34(x)
+            if factor & (factor - 1) == 0:  # 2^k
+                return factor * signed34(x)
         for a, b, p in self.products:
             if (x.eq(a) and y.eq(b)) or (x.eq(b) and y.eq(a)):
                 return p
@@ -161,7 +164,7 @@ class Integers:
         question = [*self.assumptions, *conditions, Not(claim)]
         for exactly in (False, True):
             solver = SolverFor(self.logic)
-            solver.set("timeout", 200000)
+            solver.set("timeout", 60000)
             solver.add(*question, *self.facts(question, exactly))
             answer = solver.check()
             if answer == unsat:

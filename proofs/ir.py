@@ -63,7 +63,10 @@ class Tokens:
 
     def type(self):
         word = self.take()
-        if word in ("<", "["):
+        if word == "<" and self.peek() == "{":  # a packed struct
+            kind = self.type()
+            self.take(">")
+        elif word in ("<", "["):
             count = int(self.take())
             self.take("x")
             kind = ("vector" if word == "<" else "array", count, self.type())
@@ -106,8 +109,17 @@ ATTRIBUTES = {"noundef", "signext", "zeroext", "nocapture", "readonly", "writeon
               "returned"}
 
 
+def without_type_names(text):
+    """The text with every named type written out."""
+    types = dict(re.findall(r'^(%(?:"[^"]*"|[\w.]+)) = type (.*)$', text, re.M))
+    pattern = re.compile("|".join(re.escape(name) + r"(?![\w.])" for name in types) or "(?!)")
+    while pattern.search(text := re.sub(r"^%.* = type .*$", "", text, flags=re.M)):
+        text = pattern.sub(lambda match: types[match[0]], text)
+    return text
+
+
 def functions_of(text):
-    found = {}
+    found, text = {}, without_type_names(text)
     for head, body in re.findall(r"^define ([^\n]*) \{\n(.*?)^\}", text, re.M | re.S):
         name, parameters = re.search(r"@([\w.$]+)\((.*?)\) (?:unnamed|local_unnamed|#|\w)",
                                      head + " #").groups()

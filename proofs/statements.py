@@ -7,7 +7,7 @@ import pathlib
 
 import z3
 
-from execution import Execution, Value
+from execution import Execution, Value, bytes_of, from_bytes
 from integers import Integers, wide
 from ir import compiled
 
@@ -19,8 +19,8 @@ Statement = collections.namedtuple("Statement", "what domain check")
 class Source:
     """The sources that are looked at, and the modules compiled of them."""
 
-    def __init__(self, folder):
-        self.folder = pathlib.Path(folder)
+    def __init__(self, folder, everything=False):
+        self.folder, self.everything = pathlib.Path(folder), everything
         self.module = functools.cache(self.module)
 
     def module(self, path, target=X86, *options):
@@ -30,15 +30,36 @@ class Source:
 
 
 def equal(module, name, operands, definition, assumptions=()):
-    """Whether the function of the operands is the definition, and defined behaviour."""
+    """Whether the function's result is the definition's, and its behaviour defined."""
+    return computes(module, name, operands, lambda n: {"result": [definition(n)]}, assumptions)
+
+
+def computes(module, name, arguments, definition, assumptions=(), every_element=True):
+    """The same of a function that also takes arrays, which are lists of their elements. The
+    definition gives the elements that are left in an array, by the argument's number; of which the
+    first two and the last one are looked at, or all."""
     numbers = Integers(*assumptions)
-    if not all(map(z3.is_bv, operands)):
+    if any(map(z3.is_fp, arguments)):
         numbers.logic = "QF_FPBV"
+    arrays = {i: dict(enumerate(byte for x in array for byte in bytes_of(Value(x, False))))
+              for i, array in enumerate(arguments) if isinstance(array, list)}
+    values = [Value((i, 0) if i in arrays else x, False) for i, x in enumerate(arguments)]
     want = definition(numbers)
-    for path in Execution(module, numbers).paths(name, [Value(x, False) for x in operands]):
-        claim = z3.And(z3.Not(z3.Or(*path.undefined)), wide(path.result.term) == want)
-        if found := refuted(numbers, path.conditions, claim):
-            return found
+    for path in Execution(module, numbers).paths(name, values, arrays):
+        claims = [z3.Not(z3.Or(*path.undefined))] if path.undefined else []
+        for i, elements in want.items():
+            found = [path.result]
+            if i in arrays:
+                bits = arguments[i][0].size()
+                data = list(path.memory[i].values())
+                found = [from_bytes(bits, data[k * bits // 8:][:bits // 8])
+                         for k in range(len(elements))]
+            pairs = list(zip(found, elements))
+            claims += [z3.And(x.poison is False or z3.Not(x.poison), wide(x.term) == exact)
+                       for x, exact in (pairs if every_element else [*pairs[:2], *pairs[2:][-1:]])]
+        for claim in claims:
+            if found := refuted(numbers, path.conditions, claim):
+                return found
     return None
 
 
