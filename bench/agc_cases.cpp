@@ -33,7 +33,7 @@ struct GainControl {
 
 void addAgcCases(std::vector<Case>& cases) {
   for (int rate = 0; rate < kRateCodes; ++rate) {
-    cases.push_back({std::string("agc") + rateSuffix(rate), [rate] {
+    cases.push_back({"agc" + rateSuffix(rate), [rate] {
                        auto agc = std::make_shared<GainControl>(rate);
                        return Work{{}, [agc](int i) { agc->run(i); }};
                      }});

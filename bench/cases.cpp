@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cases.h"
 
+#include "noise_reduction/geometry.h"
+
 namespace arvessa::bench {
 
 const std::vector<Case>& allCases() {
@@ -20,9 +22,8 @@ const std::vector<Case>& allCases() {
   return cases;
 }
 
-const char* rateSuffix(int rateCode) {
-  constexpr std::array<const char*, 4> kSuffixes = {"/8k", "/16k", "/32k", "/48k"};
-  return kSuffixes.at(static_cast<std::size_t>(rateCode));
+std::string rateSuffix(int rateCode) {
+  return std::string("/").append(std::to_string(kRates[rateCode].samples / 10)).append("k");
 }
 
 void warmUp(const Work& work) {

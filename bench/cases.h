@@ -43,8 +43,8 @@ void addNumericCases(std::vector<Case>& cases);
 void addWholeFrameCases(std::vector<Case>& cases);
 void addSpeexDspCase(std::vector<Case>& cases);  // only where the library was found
 
-// "/8k", "/16k", "/32k" or "/48k" by rate code.
-const char* rateSuffix(int rateCode);
+// "/8k", "/16k" and so on, by rate code.
+std::string rateSuffix(int rateCode);
 
 // Prepares and runs the frames first .. first + count - 1, calling `measured` with every batch of
 // prepared ones: measured(first frame, count).

@@ -44,8 +44,8 @@ Work preprocessor(int rateCode) {
 
 void addSpeexDspCase(std::vector<Case>& cases) {
   for (const int rate : {0, 1, 3}) {
-    cases.push_back({std::string("speex_preprocess_run") + rateSuffix(rate),
-                     [rate] { return preprocessor(rate); }});
+    cases.push_back(
+        {"speex_preprocess_run" + rateSuffix(rate), [rate] { return preprocessor(rate); }});
   }
 }
 

@@ -12,6 +12,7 @@
 #include "Vorn.h"
 #include "cases.h"
 #include "hard_signals.h"
+#include "noise_reduction/geometry.h"
 #include "signal.h"
 
 namespace arvessa::bench {
@@ -67,12 +68,11 @@ std::string switches(const char* first, bool firstOn, const char* second, bool s
 }  // namespace
 
 void addWholeFrameCases(std::vector<Case>& cases) {
-  for (int rate = 0; rate < 4; ++rate) {
+  for (int rate = 0; rate < kRateCodes; ++rate) {
     for (const bool suppress : {false, true}) {
       for (const bool agc : {false, true}) {
-        cases.push_back(
-            {std::string("VORN_Proc") + rateSuffix(rate) + switches("nr", suppress, "agc", agc),
-             [=] { return engine(noisySpeech(rate), rate, suppress, agc); }});
+        cases.push_back({"VORN_Proc" + rateSuffix(rate) + switches("nr", suppress, "agc", agc),
+                         [=] { return engine(noisySpeech(rate), rate, suppress, agc); }});
       }
     }
   }

@@ -13,6 +13,14 @@ if(ARVESSA_SANITIZE)
   add_link_options(-fsanitize=${ARVESSA_SANITIZE})
 endif()
 
+if(ARVESSA_FUZZ STREQUAL "coverage")
+  add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+  add_link_options(-fprofile-instr-generate)
+elseif(ARVESSA_FUZZ)
+  # Every comparison of the arithmetic would be traced, which takes most of the time.
+  add_compile_options(-fsanitize=fuzzer-no-link -fno-sanitize-coverage=trace-cmp)
+endif()
+
 function(arvessa_compile_options target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
                                            -Wsign-conversion -Wundef -Wvla)
@@ -23,11 +31,12 @@ endfunction()
 
 # The order and the rounding of every float operation are part of the result: no fused
 # multiply-add, no wider registers than the type.
+set(ARVESSA_NUMERIC_OPTIONS -ffp-contract=off -fno-fast-math)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$")
+  list(APPEND ARVESSA_NUMERIC_OPTIONS -msse2 -mfpmath=sse)
+endif()
 function(arvessa_numeric_options target)
-  target_compile_options(${target} PRIVATE -ffp-contract=off -fno-fast-math)
-  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$")
-    target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse)
-  endif()
+  target_compile_options(${target} PRIVATE ${ARVESSA_NUMERIC_OPTIONS})
 endfunction()
 
 # On 32-bit ARM the vector unit flushes denormal floats to zero, and the scalar unit does not. Clang

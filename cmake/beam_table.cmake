@@ -19,7 +19,7 @@ foreach(line IN LISTS lines)
   elseif(line MATCHES "^# directions_deg: (.*)$")
     string(REPLACE "," ", " directions "${CMAKE_MATCH_1}")
   elseif(line MATCHES "^([0-2]),([0-9]+),([01]),(${number}),(${number})$")
-    # An inner group shifts those behind it: 4 and 7 are the parts.
+    # An inner group shifts those after it: 4 and 7 are the parts.
     set(beam ${CMAKE_MATCH_1})
     set(bin ${CMAKE_MATCH_2})
     set(microphone ${CMAKE_MATCH_3})

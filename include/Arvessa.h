@@ -11,7 +11,8 @@
  *
  * Memory: everything the library remembers lives in the caller's work buffer. Nothing is allocated,
  * no global changes, and there is no teardown call: freeing or reusing the buffer ends the stream.
- * The buffer must stay at its address between calls, because it holds a pointer to itself.
+ * The buffer must stay at its address between calls, because it holds a pointer to itself. If its
+ * bytes are damaged, samples are arbitrary or refused; nothing but the arguments is touched.
  *
  * Stack: a call needs less than 16 KB.
  *
@@ -80,8 +81,8 @@ ARVESSA_API intptr_t Arvessa_Init(ArvessaConfig* cfg);
  *
  * Returns 0; -1 if `in`, `out`, `cfg` or `pWork` is null or `pWork`, `in` or `out` is not 4-byte
  * aligned, with nothing changed; or the engine's refusal (-1 on a zero-filled buffer that
- * Arvessa_Init never prepared, -2 on one with damaged settings), with the beamformed frame in `out`
- * and the frame not counted.
+ * Arvessa_Init never prepared, or one that has moved, -2 on one with damaged settings), with the
+ * beamformed frame in `out` and the frame not counted.
  */
 ARVESSA_API intptr_t Arvessa(const Word16* in, Word16* out, ArvessaConfig* cfg);
 

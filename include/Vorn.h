@@ -11,7 +11,8 @@
  *
  * Memory: the caller supplies all of it; nothing is allocated and no global changes. The state is
  * only bytes: it may be freed or reused at any time, and there is no teardown call. It holds no
- * pointer, but its layout is private to one build of the library.
+ * pointer, but its layout is private to one build of the library. If its bytes are
+ * damaged, samples are arbitrary; nothing but the arguments is touched.
  *
  * Stack: a call needs less than 16 KB.
  *

@@ -53,6 +53,7 @@ struct EngineStage {
   static constexpr std::array kPorts = {"Input", "Output", "No noise reduction", "No AGC",
                                         "latency"};
   static constexpr const char* kRates = "8000, 16000, 32000 or 48000";
+  static_assert(kEngineRates == std::array{8000, 16000, 32000, 48000});
   static bool accepts(unsigned long rate) {
     return std::ranges::find(kEngineRates, rate) != kEngineRates.end();
   }

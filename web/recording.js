@@ -41,7 +41,7 @@ async function readRecording(bytes, name, workerCode) {
     throw new Error(`it has ${channels.length} channels; one or two are needed`);
   }
   if (!channels[0]?.length) throw new Error('it holds no samples');
-  const to = channels.length === 2 ? 8000 : (ENGINE_RATES.find((r) => r >= rate) ?? 48000);
+  const to = channels.length === 2 ? 8000 : (ENGINE_RATES.find((r) => r >= rate) ?? ENGINE_RATES.at(-1));
   if (to !== rate) {
     channels = await inWorker(workerCode, { task: 'convert', channels, from: rate, to }).result;
   }

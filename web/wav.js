@@ -2,7 +2,7 @@
 // WAV files: what their header says, 16-bit samples exactly, and back.
 
 // {rate, channels}, with channels undefined where the samples are not 16-bit integers; null if the
-// bytes are no WAV file.
+// bytes are not a WAV file.
 function readWav(bytes) {
   const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
   const tag = (at) => String.fromCharCode(...bytes.subarray(at, at + 4));
@@ -15,7 +15,7 @@ function readWav(bytes) {
     if (id === 'fmt ' && size >= 16) {
       const code = view.getUint16(begin, true);
       format = {
-        // The extensible form keeps the code further behind.
+        // The extensible form keeps the code further on.
         code: code === 0xfffe && size >= 26 ? view.getUint16(begin + 24, true) : code,
         channels: view.getUint16(begin + 2, true),
         rate: view.getUint32(begin + 4, true),

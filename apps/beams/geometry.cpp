@@ -46,7 +46,7 @@ std::string reasonAgainst(const Geometry& geometry) {
   if (directions.size() > 3) return "there are at most three beams";
   for (std::size_t i = 0; i < directions.size(); ++i) {
     if (!(std::abs(directions[i]) <= 360)) {
-      return shown(directions[i]) + " is no direction from -360 to 360 degrees";
+      return shown(directions[i]) + " is not a direction from -360 to 360 degrees";
     }
     for (std::size_t j = 0; j < i; ++j) {
       const double step =

@@ -9,14 +9,14 @@
 namespace arvessa::app {
 namespace {
 
-// At 48 kHz the two bands lag differently; this is the lower one's, which carries the speech. 144
-// samples are the engine's own. The low-pass filters before and behind it add 3.2 samples each at
-// low frequencies, 3.5 at 2 kHz and 4.1 at 3.4 kHz (their group delay), and 2 more go to the third
-// place of three, where the synthesis puts every sample of the low band.
-constexpr int kFullbandLatency = 144 + 2 + 7;
-
-// A third of the frame of 10 ms up to 32 kHz.
-constexpr std::array<int, kEngineRates.size()> kLatencies = {24, 48, 96, kFullbandLatency};
+// The history of the spectral chain, 3 ms. Two bands lag differently; this is the lower one's, which
+// carries the speech. The low-pass filters before and after its chain add 3.2 samples each at low
+// frequencies, 3.5 at 2 kHz and 4.1 at 3.4 kHz (their group delay), and 2 more go to the third place
+// of three, where the synthesis puts every sample of the low band.
+int latencyOf(const Rate& rate) {
+  const int history = kSmallestHistory << rate.sizeCode;
+  return rate.splitBand ? kernels::kDecimation * history + 2 + 7 : history;
+}
 
 std::size_t rateCodeOf(int rate) {
   return static_cast<std::size_t>(std::find(kEngineRates.begin(), kEngineRates.end(), rate) -
@@ -30,7 +30,7 @@ int engineRateFor(int rate) {
   return enough == kEngineRates.end() ? kEngineRates.back() : *enough;
 }
 
-int engineLatencyAt(int rate) { return kLatencies[rateCodeOf(rate)]; }
+int engineLatencyAt(int rate) { return latencyOf(kRates[rateCodeOf(rate)]); }
 
 Engine::Engine(const EngineSettings& settings, int rate)
     : settings_(settings),
@@ -42,7 +42,7 @@ Engine::Engine(const EngineSettings& settings, int rate)
 
 void Engine::change(const EngineSettings& settings) {
   settings_ = settings;
-  latency_ = settings.noiseReduction || settings.agc ? kLatencies[rateCode_] : 0;
+  latency_ = settings.noiseReduction || settings.agc ? latencyOf(kRates[rateCode_]) : 0;
 }
 
 Decision Engine::process(std::span<const Word16> in, std::span<Word16> out) {

@@ -2,6 +2,7 @@
 #pragma once
 // The engine alone as a value: one channel, its state included.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +10,7 @@
 
 #include "Vorn.h"
 #include "front_end/decision.h"
+#include "noise_reduction/geometry.h"
 
 namespace arvessa::app {
 
@@ -18,7 +20,13 @@ struct EngineSettings {
   int agcTable = 4;  // 2 from -1.9 to 8.9 dB, 3 and 4 from 1.2 to 18.4 dB
 };
 
-inline constexpr std::array<int, 4> kEngineRates = {8000, 16000, 32000, 48000};  // Hz
+// Hz, by rate code, rising.
+inline constexpr std::array kEngineRates = [] {
+  std::array<int, kRateCodes> rates{};
+  for (std::size_t code = 0; code < rates.size(); ++code) rates[code] = 100 * kRates[code].samples;
+  return rates;
+}();
+static_assert(std::is_sorted(kEngineRates.begin(), kEngineRates.end()));
 
 // The lowest of these rates that loses nothing of a signal at `rate`, or the highest.
 int engineRateFor(int rate);

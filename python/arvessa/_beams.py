@@ -34,7 +34,7 @@ class Beams:
 
 def _check(name: str, values: object, dtype: str, *shapes: Tuple[int, ...]) -> None:
     if not isinstance(values, np.ndarray) or values.dtype != np.dtype(dtype):
-        raise TypeError(f"{name} is no NumPy array of {dtype}")
+        raise TypeError(f"{name} is not a NumPy array of {dtype}")
     if values.shape not in shapes:
         raise ValueError(f"{name} has the shape {values.shape}, not "
                          + " or ".join(map(str, shapes)))
@@ -49,7 +49,7 @@ def read_beams(path: Union[str, "os.PathLike[str]"]) -> Beams:
     try:
         return Beams(*_library.beams(text))
     except ValueError as error:
-        raise ValueError(f"{os.fspath(path)} is no file of beams: {error}") from None
+        raise ValueError(f"{os.fspath(path)} is not a file of beams: {error}") from None
 
 
 def stored_beams() -> Beams:

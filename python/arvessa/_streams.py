@@ -30,13 +30,13 @@ def _check_switches(**switches: object) -> None:
 
 def _checked_int(name: str, value: object) -> int:
     if isinstance(value, (bool, np.bool_)) or not isinstance(value, (int, np.integer)):
-        raise TypeError(f"{name} is {value!r}, no integer")
+        raise TypeError(f"{name} is {value!r}, not an integer")
     return int(value)
 
 
 def _check_samples(samples: object, channels: int) -> None:
     if not isinstance(samples, np.ndarray):
-        raise TypeError(f"samples are a {type(samples).__name__}, no NumPy array")
+        raise TypeError(f"samples are a {type(samples).__name__}, not a NumPy array")
     if samples.dtype != np.int16:
         raise TypeError(f"samples are {samples.dtype}, not int16; nothing is converted. "
                         "soundfile.read gives int16 with dtype='int16'")
@@ -203,7 +203,8 @@ class Engine(_Stream):
                  agc_table: int = 4) -> None:
         rate, agc_table = _checked_int("rate", rate), _checked_int("agc_table", agc_table)
         if rate not in RATES:
-            raise ValueError(f"rate is {rate}; the engine works at 8000, 16000, 32000 and 48000 Hz")
+            raise ValueError(f"rate is {rate}; the engine works at {', '.join(map(str, RATES[:-1]))} "
+                             f"and {RATES[-1]} Hz")
         _check_switches(suppression=suppression, agc=agc)
         if agc_table not in (2, 3, 4):
             raise ValueError(f"agc_table is {agc_table}; there are 2, 3 and 4")

@@ -102,7 +102,9 @@ class Build:
             if option == "--gtest_filter":
                 suites[test["command"][0], cases.split(".")[0]].append(cases)
             else:
-                yield Step(test["name"], "", test["command"])
+                program = os.path.relpath(test["command"][0], self.folder)
+                yield Step(test["name"], "" if program.startswith("..") else program,
+                           test["command"])
         for (program, suite), cases in suites.items():
             yield Step(suite, os.path.relpath(program, self.folder),
                        [program, f"--gtest_filter={':'.join(cases)}", "--gtest_break_on_failure"])

@@ -4,6 +4,7 @@
 // stages of the noise reduction (noise_reduction/pipeline.h).
 
 #include <algorithm>
+#include <iterator>
 
 #include "Vorn.h"
 #include "abi/views.h"
@@ -12,6 +13,10 @@
 #include "noise_reduction/pipeline.h"
 
 namespace arvessa {
+
+static_assert(std::all_of(std::begin(kRates), std::end(kRates), [](const Rate& rate) {
+  return rate.samples <= VORN_MAX_FRAME_SAMPLES && isAgcFrame(rate.samples);
+}));
 
 // As VORN_Proc.
 template <class Observer>

@@ -8,7 +8,7 @@ namespace arvessa {
 namespace {
 
 using kernels::TransformTables;
-using Steps = kernels::Scalar<kernels::Saturating>;
+namespace steps = kernels::saturating;
 
 TransformTables tablesOfSelector(int selector) { return geometryOf(selector).transform; }
 TransformTables tablesOfWords(int n) { return tablesOfSelector(sizeCodeOf(n)); }
@@ -32,47 +32,47 @@ void WVQE_IFFT(const Word32* X, Word16 n, Word16 /*points*/, Word16 /*stages*/,
   using namespace arvessa;
   const TransformTables tables = tablesOfWords(n);
   if (n != 2 * tables.points) {
-    kernels::unpack<Steps>(X, out, tablesOfSelector(0));
-    kernels::complexTransform<Steps, true>(out, tables);
+    steps::inverseUnpack(X, out, tablesOfSelector(0));
+    steps::complexTransform(out, tables, true);
     return;
   }
-  Kernels::inverseTransform({view(X, n), kAllBits}, tables, view(out, n));
+  Kernels::inverseTransform({view(X, n), Kernels::bitsOf(view(X, n))}, tables, view(out, n));
 }
 
 void WVQE_Complex_FFT(Word32* x, Word16 n) {
-  arvessa::kernels::complexTransform<arvessa::Steps, false>(x, arvessa::tablesOfWords(n));
+  arvessa::steps::complexTransform(x, arvessa::tablesOfWords(n), false);
 }
 
 void WVQE_Complex_IFFT(Word32* x, Word16 n) {
-  arvessa::kernels::complexTransform<arvessa::Steps, true>(x, arvessa::tablesOfWords(n));
+  arvessa::steps::complexTransform(x, arvessa::tablesOfWords(n), true);
 }
 
 void VORN_NR_c_fft_rever_ASM(const Word32* src, Word32* dst, int sel) {
-  arvessa::Steps::firstStage<false>(src, dst, arvessa::tablesOfSelector(sel));
+  arvessa::steps::firstStage(src, dst, arvessa::tablesOfSelector(sel), false);
 }
 
 void VORN_NR_c_ifft_rever_ASM(const Word32* src, Word32* dst, int sel) {
-  arvessa::Steps::firstStage<true>(src, dst, arvessa::tablesOfSelector(sel));
+  arvessa::steps::firstStage(src, dst, arvessa::tablesOfSelector(sel), true);
 }
 
 void VORN_NR_c_fft_COP_ASM(Word32* a, Word32* b, int /*twiddlePosition*/, int /*pairCounter*/,
                            int sel) {
   using namespace arvessa;
-  kernels::remainingStages<Steps, false>(a, b, tablesOfSelector(sel));
+  steps::remainingStages(a, b, tablesOfSelector(sel), false);
 }
 
 void VORN_NR_c_ifft_COP_ASM(Word32* a, Word32* b, int /*twiddlePosition*/, int /*pairCounter*/,
                             int sel) {
   using namespace arvessa;
-  kernels::remainingStages<Steps, true>(a, b, tablesOfSelector(sel));
+  steps::remainingStages(a, b, tablesOfSelector(sel), true);
 }
 
 void VORN_NR_r_fft_COP_ASM(const Word32* Z, Word32* X, int sel) {
-  arvessa::Steps::forwardSplit(Z, X, arvessa::tablesOfSelector(sel));
+  arvessa::steps::forwardSplit(Z, X, arvessa::tablesOfSelector(sel));
 }
 
 void VORN_NR_r_ifft_COP_ASM(const Word32* X, Word32* Z, int sel) {
-  arvessa::Steps::inverseSplit(X, Z, arvessa::tablesOfSelector(sel));
+  arvessa::steps::inverseSplit(X, Z, arvessa::tablesOfSelector(sel));
 }
 
 }  // extern "C"

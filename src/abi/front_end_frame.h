@@ -27,10 +27,12 @@ intptr_t frontEndFrame(const Word16* in, Word16* out, const ArvessaConfig* cfg, 
   buildBlocks(std::span<const Word16, kSamples>(in, kSamples), state.beamformer, blocks);
   formBeam(blocks, beams, state.beamformer, std::span<Word16, kBeamFrame>(out, kBeamFrame));
   if (cfg->engineEnable == 1) {
+    // A record that names another state is damaged, or was never prepared.
+    const VornConfig* const engine = vornConfigIn(&state);
+    if (engine->pState != &state) return -1;
     alignas(ARVESSA_WORK_ALIGNMENT) Word16 result[kBeamFrame];
     Word16 length = kBeamFrame;
-    const Word16 status =
-        engineFrame(out, kBeamFrame, result, &length, vornConfigIn(&state), observe);
+    const Word16 status = engineFrame(out, kBeamFrame, result, &length, engine, observe);
     if (status != 0) return status;
     std::memcpy(out, result, sizeof result);
   }

@@ -12,7 +12,6 @@ namespace arvessa {
 namespace {
 
 constexpr Word16 kFramesBeforeMoreGain = 200;  // voice frames, 2 s
-constexpr std::size_t kMaxSubframes = 30;
 
 // A frame is `subframes` subframes of `blocks` samples for the measurement, and `blocks` blocks of
 // `subframes` samples, each with one gain, for the ramp.
@@ -56,12 +55,18 @@ Word16 decideIndex(AgcState& state, Word16 headroom) {
   return headroom;
 }
 
+// Of an index from the caller's memory, which may be damaged: its low bits count.
+Word32 gainAt(std::span<const Word32, kGains> table, Word16 index) {
+  return table[static_cast<std::size_t>(index) % kGains];
+}
+
 // Multiplies by a gain that climbs from `from` in equal steps; the block after the last would have
 // `to`. Gains in Q16, which the product of a halved gain and a Q15 sample undoes.
 void ramp(std::span<const Word16> x, std::span<Word16> y, Word32 from, Word32 to,
           const Layout& layout) {
   const std::int64_t start = std::int64_t{from} * 16;
-  const std::int64_t step = std::int64_t{lSub(to, from)} * (layout.blocks == 8 ? 2 : 1);
+  const std::int64_t step =
+      std::int64_t{lSub(to, from)} * (layout.blocks == 8 ? 2 : 1);  // 16 / blocks
   if (step == 0) return Kernels::amplify(x, static_cast<Word32>(start >> 5), y);
   for (std::size_t b = 0; b < layout.blocks; ++b) {
     // Half of a value between the two gains: it has headroom.
@@ -74,7 +79,7 @@ void ramp(std::span<const Word16> x, std::span<Word16> y, Word32 from, Word32 to
 }  // namespace
 
 void initialise(AgcState& state) {
-  std::memset(&state, 0, sizeof state);  // bytes behind the fields, too
+  std::memset(&state, 0, sizeof state);  // bytes after the fields, too
   state.agcEnvFast = 100000000;
   state.agcEnvSlow = 100000000;
   state.agcGainIdx = 10;
@@ -90,8 +95,7 @@ void controlGain(AgcState& state, std::span<const Word32, kGains> table, std::sp
   const Word16 headroom = level == 0 ? Word16{31} : leadingZeros(level);
   const Word16 before = state.agcGainIdx;
   state.agcGainIdx = decideIndex(state, headroom);
-  ramp(x, y, table[static_cast<std::size_t>(before)],
-       table[static_cast<std::size_t>(state.agcGainIdx)], layout);
+  ramp(x, y, gainAt(table, before), gainAt(table, state.agcGainIdx), layout);
 }
 
 Word16 leadingZeros(Word32 v) {

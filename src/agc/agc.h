@@ -11,6 +11,12 @@
 namespace arvessa {
 
 inline constexpr int kGains = 32;
+inline constexpr int kMaxSubframes = 30;
+
+// Whether a frame divides into 8 blocks of 10 samples, or 16 of up to 30: what controlGain takes.
+constexpr bool isAgcFrame(int samples) {
+  return samples == 80 || (samples >= 160 && samples <= 16 * kMaxSubframes && samples % 16 == 0);
+}
 
 struct AgcState {
   Word32 agcEnvFast;         // peak-hold envelope of the subframe power
@@ -22,7 +28,7 @@ struct AgcState {
 
 void initialise(AgcState& state);
 
-// One frame of 80, 160, 320 or 480 samples of Q15. `table`: 32 gains in Q16 by headroom in bits of
+// One frame of Q15 (isAgcFrame). `table`: 32 gains in Q16 by headroom in bits of
 // power. `y` may be `x`.
 void controlGain(AgcState& state, std::span<const Word32, kGains> table, std::span<const Word16> x,
                  std::span<Word16> y);

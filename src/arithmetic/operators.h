@@ -96,11 +96,16 @@ constexpr Word16 shr(Word16 value, Word16 count) {
 }
 constexpr Word32 lShl(Word32 value, Word16 count) {
   if (count <= 0) return value >> (count < -31 ? 31 : -count);
-  return saturate32(std::int64_t{value} * (std::int64_t{1} << (count > 32 ? 32 : count)));
+  // From 31 places on every bit decides, and all but 0 saturates.
+  const int places = count > 31 ? 31 : count;
+  const Word32 limit = kMax32 >> places;
+  if (value > limit) return kMax32;
+  if (value < ~limit) return kMin32;
+  return value << places;
 }
 constexpr Word32 lShr(Word32 value, Word16 count) {
   if (count >= 0) return value >> (count > 31 ? 31 : count);
-  return saturate32(std::int64_t{value} * (std::int64_t{1} << (count < -32 ? 32 : -count)));
+  return lShl(value, static_cast<Word16>(count < -31 ? 31 : -count));
 }
 constexpr Word32 lShrRound(Word32 value, Word16 count) {
   if (count > 31) return 0;

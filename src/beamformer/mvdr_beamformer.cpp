@@ -10,7 +10,7 @@ namespace arvessa {
 namespace {
 
 static_assert(kBeamBlock == kernels::kFloatBlock && kBeamFrame == kernels::kFloatFrame);
-static_assert(kBeamHistory == kernels::kFlank && kBeams == kernels::kFormedBeams);
+static_assert(kBeamHistory == kernels::kFlank);
 constexpr std::uint32_t kDecisionPeriod = 16;     // frames
 constexpr std::int32_t kLastImmediateCount = 63;  // the first four decisions take effect at once
 
@@ -74,7 +74,9 @@ void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamWei
   kernels::ActiveFrame frame;
   frame.formBeams(input, state.beamEnergy);
   if (state.frameCount % kDecisionPeriod == kDecisionPeriod - 1) decideBeam(state);
-  frame.output(input, state.beamSelected, state.beamOverlap, out);
+  // The caller's memory may be damaged: what is no beam counts as beam 0.
+  const auto beam = static_cast<std::uint16_t>(state.beamSelected);
+  frame.output(input, beam < kBeams ? beam : 0, state.beamOverlap, out);
 }
 
 }  // namespace arvessa

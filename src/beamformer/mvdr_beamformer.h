@@ -12,7 +12,7 @@
 namespace arvessa {
 
 inline constexpr int kMicrophones = 2;
-inline constexpr int kBeams = 3;
+inline constexpr int kBeams = kernels::kFormedBeams;
 inline constexpr int kBeamFrame = 80;    // samples of 10 ms at 8 kHz
 inline constexpr int kBeamHistory = 24;  // samples by which consecutive blocks overlap
 inline constexpr int kBeamBlock = 128;   // history, new samples, and as many zeros as history
@@ -45,8 +45,8 @@ void buildBlocks(std::span<const Word16, kMicrophones * kBeamFrame> samples, Bea
 // Reads frameCount, updates overlap, energies and the choice.
 //
 // Every 16th frame the beam with the largest output energy between 1000 Hz and 3937.5 Hz is chosen,
-// at once in the first 64 frames, then only when it wins twice in a row; beam 0 counts as the
-// winner before the fifth decision, and may follow it at once.
+// at once in the first 64 frames, then only when it wins twice in a row. At the fifth decision, the
+// first of those, beam 0 counts as the winner of the one before: if it wins, it is chosen at once.
 void formBeam(std::span<const Word16, kMicrophones * kBeamBlock> blocks, BeamWeights weights,
               BeamformerState& state, std::span<Word16, kBeamFrame> out);
 

@@ -180,7 +180,8 @@ struct InVectors {
 
   // v and an excess.
   template <class Design>
-  static void forward(const Word16* x, std::size_t samples, Word32 excess, Word32* v) {
+  [[gnu::noinline]] static void forward(const Word16* x, std::size_t samples, Word32 excess,
+                                        Word32* v) {
     TapPair taps[kFilterOrder / 2 + 1];
     for (int i = 0; i < kFilterOrder; i += 2) taps[i / 2] = tapPair(Design::b[i], Design::b[i + 1]);
     taps[kFilterOrder / 2] = tapPair(Design::b[kFilterOrder], 0);

@@ -67,7 +67,7 @@ struct PlainFloat {
 
   // The first 80 samples, the overlap added to 24 of them, truncated toward zero and limited to
   // -32767..32767. What is not a number, which only a damaged buffer can bring, gives 32767. The
-  // overlap becomes the 24 samples behind them.
+  // overlap becomes the 24 samples after them.
   static void overlapAdd(const HalfSpectrum& samples, std::span<float, kFlank> overlap,
                          std::span<Word16, kFloatFrame> out);
 };
@@ -103,7 +103,7 @@ using FloatForms = std::tuple<PlainFloat, ScalarFloat, VectorFloat>;
 // What the library is built with. The vector unit of 32-bit ARM flushes denormals.
 #if defined(ARVESSA_KERNELS_PLAIN) || defined(__SOFTFP__)
 using ActiveFloatForm = PlainFloat;
-#elif defined(__SSE2__) || defined(__aarch64__) || defined(__wasm_simd128__)
+#elif defined(__SSE2__) || defined(__aarch64__)
 using ActiveFloatForm = VectorFloat;
 #else
 using ActiveFloatForm = ScalarFloat;

@@ -24,16 +24,23 @@
 
 #include "arithmetic/block.h"
 
+// The vector unit, chosen here only: its name, and the header of its operations (vector_unit.h).
+// Processors with wider units define __SSE2__, too.
 #if defined(__SSE2__)
 #define ARVESSA_VECTOR_UNIT "SSE2"
+#define ARVESSA_VECTOR_UNIT_HEADER "kernels/sse2.h"
 #elif defined(__ARM_NEON) && !defined(__ARM_BIG_ENDIAN)
 #define ARVESSA_VECTOR_UNIT "NEON"
+#define ARVESSA_VECTOR_UNIT_HEADER "kernels/neon.h"
 #endif
 
 namespace arvessa::kernels {
 
 inline constexpr int kBands = 24;          // of the filterbank, at every rate
 inline constexpr int kMaxTransform = 512;  // words of a block, at 32 kHz
+
+// What the forward transform takes without a look at its words.
+inline constexpr UsedBits kKnownBits = bitsBelow(28);
 
 // A fixed-point transform of N complex points. Twiddles are pairs (cos t, -sin t) in Q15, at
 // multiples of 4 bytes: (32767, 0) at 0, and (0, -32768) or (0, -32766) at pi / 2.
@@ -112,7 +119,7 @@ struct Plain {
                                 std::span<Word32> words);
 
   // x[i] = floor(x[i] f[i] / 2^15) for factors of 0 or more, such as windows. Returns what bounds
-  // the products.
+  // the products: of words beyond kKnownBits their bits, as factors may take away what is above.
   static UsedBits multiply(Block x, std::span<const Word16> factors);
 
   // out[n] = x[n] - 0.40327 x[n-1], with `previous` before x[0]. `x` has a
@@ -175,7 +182,7 @@ struct Plain {
                            std::span<Word16, kBands> gain, std::span<Word16, kBands> bandGain);
 
   // Overlap-add. The exponent is taken out of `time`, flooring and saturating; its first words with
-  // `overlap` added, saturated, are the block, and the words behind the block the new overlap.
+  // `overlap` added, saturated, are the block, and the words after the block the new overlap.
   // `block` may begin where `time` does; it is no shorter than `overlap`, and both together are as
   // long as `time`. Returns what bounds the block.
   static UsedBits addOverlap(ConstBlock time, std::span<Word32> overlap, std::span<Word32> block);

@@ -47,9 +47,11 @@ inline Words mulQ15(Words x, Factors f) { return asWords(vqdmulhq_s32(ofUnit(x),
 
 inline constexpr UsedBits kShareBits = kFactorBits;
 inline Words share(Words x, Factors f) { return mulQ15(x, f); }
+inline Words shareOfAny(Words x, Factors f) { return mulQ15(x, f); }
 inline Words shareLess(Words x, Factors f) { return mulQ15(x - (1 << 30), f); }
 
 inline Words mulLargest(Words x) { return mulQ15(x, splatFactor(32767)); }
+inline Words mulAnyByLargest(Words x) { return mulLargest(x); }
 
 inline Words halfSum(Words a, Words b) { return asWords(vhaddq_s32(ofUnit(a), ofUnit(b))); }
 inline Words halfDifference(Words a, Words b) { return asWords(vhsubq_s32(ofUnit(a), ofUnit(b))); }

@@ -53,7 +53,7 @@ Block Plain::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
 
 UsedBits Plain::multiply(Block x, std::span<const Word16> factors) {
   for (std::size_t i = 0; i < x.words.size(); ++i) x.words[i] = mpy32x16(x.words[i], factors[i]);
-  return x.bits;
+  return x.bits > kKnownBits ? usedBits(x.words) : x.bits;
 }
 
 UsedBits Plain::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> out) {
@@ -65,13 +65,15 @@ UsedBits Plain::preemphasise(ConstBlock x, Word32 previous, std::span<Word32> ou
 }
 
 UsedBits Plain::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
-  realTransform<Scalar<Saturating>>(x.words.data(), out.data(), tables);
-  return hasForwardHeadroom(x.bits) ? boundOfSpectrum(x.bits) : kAllBits;
+  saturating::complexTransform(x.words.data(), tables, false);
+  saturating::forwardUnpack(x.words.data(), out.data(), tables);
+  return boundOfSpectrum(x.bits);
 }
 
 void Plain::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
                              std::span<Word32> out) {
-  inverseRealTransform<Scalar<Saturating>>(spectrum.words.data(), out.data(), tables);
+  saturating::inverseUnpack(spectrum.words.data(), out.data(), tables);
+  saturating::complexTransform(out.data(), tables, true);
 }
 
 UsedBits Plain::powers(ConstBlock spectrum, std::span<Word32> power) {

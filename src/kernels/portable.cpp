@@ -6,7 +6,7 @@
 
 #include "arithmetic/operators.h"
 #include "kernels/coefficients.h"
-#include "kernels/fixed_transform.h"
+#include "kernels/kernels.h"
 #include "kernels/products.h"
 
 namespace arvessa::kernels {
@@ -33,12 +33,44 @@ Word32 addProduct(Word32 sum, Word32 word, Word16 factor) {
 }
 Word32 product(Word32 word, Word16 factor) { return addProduct(0, word, factor); }
 
+// All words ORed, and a bound of their sum where none is negative: in units of 2^9, each word up to
+// one unit short.
+struct Totals {
+  Word32 signs = 0;
+  std::uint32_t units = 0;
+};
+Totals totalsOf(std::span<const Word32> words) {
+  Totals totals;
+#pragma GCC unroll 4
+  for (const Word32 word : words) {
+    totals.signs |= word;
+    totals.units += static_cast<std::uint32_t>(word) >> 9;
+  }
+  totals.units += static_cast<std::uint32_t>(words.size());
+  return totals;
+}
+
+Word32 saturatedTotal(std::span<const Word32> words) {
+  Word32 sum = 0;
+#pragma GCC unroll 4
+  for (const Word32 word : words) sum = addSaturated(sum, word);
+  return sum;
+}
+
 }  // namespace
 
 UsedBits Portable::multiply(Block x, std::span<const Word16> factors) {
-  if (x.bits > kDoubledBits) return Plain::multiply(x, factors);
   Word32* const words = x.words.data();
   const Word16* const f = factors.data();
+  if (x.bits > kKnownBits) {
+    UsedBits bits = 0;
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < x.words.size(); ++i) {
+      words[i] = productOfAny(words[i], f[i]);
+      bits |= usedBits(words[i]);
+    }
+    return bits;
+  }
 #pragma GCC unroll 4
   for (std::size_t i = 0; i < x.words.size(); ++i) words[i] = product(words[i], f[i]);
   return x.bits;
@@ -53,18 +85,6 @@ UsedBits Portable::preemphasise(ConstBlock x, Word32 previous, std::span<Word32>
     out[n] = x.words[n] + lMult32ByCoefficient(kPreemphasis, x.words[n - 1]);
   }
   return boundOfPreemphasis(x.bits, out[0]);
-}
-
-UsedBits Portable::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
-  if (!hasForwardHeadroom(x.bits)) return Plain::forwardTransform(x, tables, out);
-  realTransform<Scalar<Unsaturated>>(x.words.data(), out.data(), tables);
-  return boundOfSpectrum(x.bits);
-}
-
-void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
-                                std::span<Word32> out) {
-  if (!hasInverseHeadroom(spectrum)) return Plain::inverseTransform(spectrum, tables, out);
-  inverseRealTransform<Scalar<Unsaturated>>(spectrum.words.data(), out.data(), tables);
 }
 
 Block Portable::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
@@ -128,12 +148,15 @@ void Portable::sumIntoBands(ConstBlock bins, const Filterbank& bank,
       upperSum = addShare(upperSum, words[k], upperWeight[k]);
     }
   };
-  // All shares together then stay below 2^30.
-  if (bins.bits < (std::size_t{1} << 30) / size) {
+  // Where all shares together stay below 2^30 nothing saturates.
+  const Totals totals = bins.bits < (std::size_t{1} << 30) / size ? Totals() : totalsOf(bins.words);
+  if (totals.signs < 0) return Plain::sumIntoBands(bins, bank, bands);
+  if (totals.units < 1U << 21) {
     sumBins(addProduct);
   } else {
-    sumBins(
-        [](Word32 sum, Word32 word, Word16 weight) { return lAdd(sum, mpy32x16(word, weight)); });
+    sumBins([](Word32 sum, Word32 word, Word16 weight) {
+      return addSaturated(sum, productOfAny(word, weight));
+    });
   }
   sums[lower] = lowerSum;
   sums[lower + 1] = upperSum;
@@ -187,7 +210,7 @@ NoiseTotals Portable::trackNoise(ConstBlock power, const BinNoise& bins, Word16 
     if (!loud || n >> kNoiseBits > p[k]) {
       // Both weights add up to less than 1.
       const Word32 shifted = loudPower ? lShl(p[k], kNoiseBits) : p[k] * (1 << kNoiseBits);
-      n = std::max(mpy32x16(shifted, alpha) + mpy32x16(n, keep), 0);
+      n = std::max(productOfAny(shifted, alpha) + productOfAny(n, keep), 0);
       noise[k] = n;
     }
     noiseBits |= usedBits(n);
@@ -202,7 +225,7 @@ NoiseTotals Portable::trackNoise(ConstBlock power, const BinNoise& bins, Word16 
   finish(last, addProduct(product(s[last], kSmoothOld), p[last], kSmoothEdge));
   // The sum of 512 words of 22 bits cannot leave the range.
   if (size > 512 || bits > bitsBelow(22) || signs < 0) {
-    return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), noiseBits};
+    return {saturatedTotal(bins.smooth), saturatedTotal(bins.minimum), noiseBits};
   }
   return {static_cast<Word32>(smoothSum), static_cast<Word32>(minimumSum), noiseBits};
 }
@@ -231,7 +254,7 @@ UsedBits Portable::addOverlap(ConstBlock time, std::span<Word32> overlap, std::s
   UsedBits bits = 0;
 #pragma GCC unroll 4
   for (std::size_t i = 0; i < overlap.size(); ++i) {
-    block[i] = lAdd(shifted(words[i]), overlap[i]);
+    block[i] = addSaturated(shifted(words[i]), overlap[i]);
     bits |= usedBits(block[i]);
     overlap[i] = shifted(words[block.size() + i]);
   }
@@ -244,10 +267,17 @@ UsedBits Portable::addOverlap(ConstBlock time, std::span<Word32> overlap, std::s
 }
 
 void Portable::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
+  Word32 y = memory;
+  if (x.bits > bitsBelow(30)) {
+    for (std::size_t n = 0; n < out.size(); ++n) {
+      y = addSaturated(x.words[n], lMult32ByCoefficient(kDeemphasis, y));
+      out[n] = saturate16(2 * (((y >> 15) + 1) >> 1));
+    }
+    memory = y;
+    return;
+  }
   // Whatever the memory, the first y then stays below 2^30 + 0.40327 2^31 < 1.81 2^30, and with it
   // all. To round them does not saturate, either.
-  if (x.bits > bitsBelow(30)) return Plain::deemphasise(x, memory, out);
-  Word32 y = memory;
 #pragma GCC unroll 4
   for (std::size_t n = 0; n < out.size(); ++n) {
     y = x.words[n] + lMult32ByCoefficient(kDeemphasis, y);

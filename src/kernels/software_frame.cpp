@@ -9,16 +9,16 @@
 // Results below 2^-126 are not denormal here. Sums are exact there, and so are halves of multiples
 // of 2^-148: what is left are products. A float of at least 2^-t is a multiple of 2^-(t+23), its
 // product by a factor of at least 2^-f, rounded, one of 2^-(t+f+24), and sums of multiples are
-// multiples. So a test of all numbers at one place is enough for a few stages behind it, up to the
+// multiples. So a test of all numbers at one place is enough for a few stages after it, up to the
 // next one. The windowed samples are at least 2^-10, and multiples of 2^-33. What is not 0 must be at
 // least
 //
-//   2^-56  behind the fourth stage of the forward transform
+//   2^-56  after the fourth stage of the forward transform
 //   2^-51  in the spectra
 //   2^-17  in the weights, which must be below 2^15, too
 //   2^-62  in the beams, which are squared
-//   2^-55  behind the second stage of the inverse transform
-//   2^-51  behind its fourth stage
+//   2^-55  after the second stage of the inverse transform
+//   2^-51  after its fourth stage
 //
 // The least parts of a twiddle are 0.7, 0.38, 0.19 and 0.098 in stages 3 to 6, and 0.049 in the split
 // step.
@@ -250,7 +250,7 @@ Word16 toSample(Apart x, std::int32_t power) {
   return static_cast<Word16>(x.m < 0 ? -limited : limited);
 }
 
-// False: denormal, or no number.
+// False: denormal, infinite or a NaN.
 bool numberOf(float x, std::int32_t power, Apart& number) {
   const Factor f = factorOf(x, 155 + power);
   const std::int32_t field = f.e + 155 + power;

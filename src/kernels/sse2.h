@@ -78,7 +78,17 @@ inline Words ofDoubled(__m128i doubled, Factors f) {
 inline __m128i doubled(Words x) { return _mm_slli_epi32(reinterpret_cast<__m128i>(x), 1); }
 inline Words share(Words x, Factors f) { return ofDoubled(doubled(x), f); }
 
-// floor(x f / 2^15) - 2^15 f for any x and factors of 0 or more: x - 2^30 is multiplied, and
+// The same of any word: of x = 65536 h + 32768 b + l, 2 h f + b f + floor(l f / 2^15).
+inline Words shareOfAny(Words x, Factors f) {
+  const auto word = reinterpret_cast<__m128i>(x);
+  const __m128i high = _mm_madd_epi16(word, f.high);
+  const __m128i low = _mm_madd_epi16(_mm_and_si128(word, _mm_set1_epi32(0x7FFF)), f.low);
+  const __m128i bit = _mm_srai_epi32(_mm_slli_epi32(word, 16), 31);
+  const __m128i sum = _mm_add_epi32(_mm_slli_epi32(high, 1), _mm_and_si128(f.low, bit));
+  return reinterpret_cast<Words>(_mm_add_epi32(sum, _mm_srai_epi32(low, 15)));
+}
+
+// floor(x f / 2^15) - 2^15 f for x and factors of 0 or more: x - 2^30 is multiplied, and
 // 2^30 f / 2^15 is a whole number.
 inline Words shareLess(Words x, Factors f) {
   return ofDoubled(_mm_xor_si128(doubled(x), _mm_set1_epi32(kMin32)), f);
@@ -86,6 +96,9 @@ inline Words shareLess(Words x, Factors f) {
 
 // floor(32767 x / 2^15).
 inline Words mulLargest(Words x) { return x - ((x + 32767) >> 15); }
+
+// The same of any word: the quotient x / 2^15 is rounded up without a sum.
+inline Words mulAnyByLargest(Words x) { return x - (x >> 15) - 1 - ((x & 32767) == 0); }
 
 // (a + b) >> 1 and (a - b) >> 1.
 inline Words halfSum(Words a, Words b) { return (a + b) >> 1; }

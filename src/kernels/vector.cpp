@@ -16,11 +16,6 @@
 namespace arvessa::kernels {
 namespace {
 
-// For sums modulo 2^32.
-using UnsignedWords = std::uint32_t __attribute__((vector_size(16)));
-inline UnsignedWords ofBits(Words words) { return reinterpret_cast<UnsignedWords>(words); }
-inline Words ofBits(UnsignedWords words) { return reinterpret_cast<Words>(words); }
-
 UsedBits unionOf(Words w) { return static_cast<UsedBits>((w[0] | w[1]) | (w[2] | w[3])); }
 
 // The bits of all words.
@@ -33,12 +28,59 @@ class BitsOf {
   Words bits_ = {0, 0, 0, 0};
 };
 
-// Twice the rounded upper halves of words with headroom, saturated.
-void roundAndDouble(const Word32* words, std::size_t n, Word16* out) {
-  std::size_t i = 0;
-  const auto rounded = [&](std::size_t k) { return (load(words + k) + 0x8000) >> 16; };
-  for (; i + 8 <= n; i += 8) storeDoubled(out + i, rounded(i), rounded(i + 4));
-  for (; i < n; ++i) out[i] = saturate16(2 * roundHigh(words[i]));
+bool isAnyNegative(const Word32* words, std::size_t size) {
+  Words signs = splat(0);
+  for (std::size_t k = 0; k < size; k += 4) signs |= load(words + k);
+  return any(signs < 0);
+}
+
+// Sums of what is not negative saturate where the whole does, in any order.
+Word32 saturatedTotal(std::int64_t sum) {
+  return static_cast<Word32>(std::min<std::int64_t>(sum, kMax32));
+}
+[[gnu::noinline]] Word32 saturatedTotal(std::span<const Word32> words) {
+  std::int64_t sum = 0;
+  for (const Word32 word : words) sum += word;
+  return saturatedTotal(sum);
+}
+
+// Of words 0 or more. In units of 2^9; each word may be up to one unit short.
+bool isTotalBelow30Bits(std::span<const Word32> words) {
+  UnsignedWords sum = {0, 0, 0, 0};
+  for (std::size_t k = 0; k < words.size(); k += 4) sum += ofBits(load(&words[k])) >> 9;
+  return sum[0] + sum[1] + sum[2] + sum[3] + words.size() < 1U << 21;
+}
+
+// A bank whose lower bands rise.
+[[gnu::noinline]] void sumLargeIntoBands(ConstBlock bins, const Filterbank& bank,
+                                         std::span<Word32, kBands> bands) {
+  const Word32* const words = bins.words.data();
+  if (isAnyNegative(words, bins.words.size())) return Plain::sumIntoBands(bins, bank, bands);
+  const Word16* const lowerWeight = bank.lowerWeight.data();
+  const Word16* const upperWeight = bank.upperWeight.data();
+  std::int64_t upper = 0;
+  std::size_t k = 0;
+  for (std::size_t b = 0; b < kBands; ++b) {
+    const std::size_t end = bank.firstBins[b + 1];
+    std::int64_t sum = upper;
+    upper = 0;
+    for (; k < end; ++k) {
+      const std::int64_t word = words[k];
+      sum += (word * lowerWeight[k]) >> 15;
+      upper += (word * upperWeight[k]) >> 15;
+    }
+    bands[b] = saturatedTotal(sum);
+  }
+}
+
+// The recursion of deemphasise() where its sums may saturate. Returns the last y.
+[[gnu::noinline]] Word32 filterLarge(const Word32* x, std::size_t n, Word32 y, Word32* filtered) {
+#pragma GCC unroll 4
+  for (std::size_t i = 0; i < n; ++i) {
+    y = lAdd(x[i], lMult32ByCoefficient(kDeemphasis, y));
+    filtered[i] = std::min(y, kMax32 - 0x8000);  // rounds to a saturated sample, too
+  }
+  return y;
 }
 
 // Of words of the same sign.
@@ -81,7 +123,7 @@ Block Vector::normalise(std::span<Word32> words, Word16 headroom) {
 
 Block Vector::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
                                std::span<Word32> words) {
-  if (samples.size() % 8 != 0) return Portable::normaliseSamples(samples, headroom, words);
+  if (samples.size() % 8 != 0) return Plain::normaliseSamples(samples, headroom, words);
   const Word16* const x = samples.data();
   const auto magnitude = static_cast<std::uint32_t>(largestMagnitude(x, samples.size()));
   const auto [shift, bits] = normalisationOf(magnitude << 16, headroom);
@@ -92,19 +134,25 @@ Block Vector::normaliseSamples(std::span<const Word16> samples, Word16 headroom,
 }
 
 UsedBits Vector::multiply(Block x, std::span<const Word16> factors) {
-  if (x.bits > kShareBits) return Portable::multiply(x, factors);
+  if (x.words.size() % 8 != 0) return Plain::multiply(x, factors);
   Word32* const words = x.words.data();
   const Word16* const f = factors.data();
-  const std::size_t n = x.words.size();
-  std::size_t i = 0;
+  if (x.bits > kKnownBits) {
+    BitsOf bits;
+    for (std::size_t i = 0; i < x.words.size(); i += 4) {
+      const Words product = shareOfAny(load(words + i), loadFactors(f + i));
+      store(words + i, product);
+      bits.add(product);
+    }
+    return bits.all();
+  }
   const auto scale = [&](std::size_t k) {
     store(words + k, share(load(words + k), loadFactors(f + k)));
   };
-  for (; i + 8 <= n; i += 8) {
+  for (std::size_t i = 0; i < x.words.size(); i += 8) {
     scale(i);
     scale(i + 4);
   }
-  for (; i < n; ++i) words[i] = mpy32x16(words[i], f[i]);
   return x.bits;
 }
 
@@ -159,8 +207,9 @@ void Vector::sumIntoBands(ConstBlock bins, const Filterbank& bank,
   // Nothing saturates where all shares together stay below 2^30. Sums of the shares before a bin,
   // of both weights, then tell those of a band by their differences.
   const std::size_t size = bins.words.size();
-  if (bank.firstBins == nullptr || bins.bits >= (std::size_t{1} << 30) / size) {
-    return Portable::sumIntoBands(bins, bank, bands);
+  if (bank.firstBins == nullptr) return Plain::sumIntoBands(bins, bank, bands);
+  if (bins.bits >= (std::size_t{1} << 30) / size && !isTotalBelow30Bits(bins.words)) {
+    return sumLargeIntoBands(bins, bank, bands);
   }
   constexpr Words kNone = {0, 0, 0, 0};
   struct Shares {
@@ -202,7 +251,7 @@ void Vector::spreadToBins(std::span<const Word16, kBands> bands, const Filterban
   const Word16* const gains = bands.data();
   const Words negative = outsideOf(gains, 0, kMax16) | outsideOf(gains + 8, 0, kMax16) |
                          outsideOf(gains + 16, 0, kMax16);
-  if (bins.size() % 4 != 0 || any(negative)) return Portable::spreadToBins(bands, bank, bins);
+  if (bins.size() % 4 != 0 || any(negative)) return Plain::spreadToBins(bands, bank, bins);
   const Word32* const lower = bank.lower.data();
   const Word16* const lowerWeight = bank.lowerWeight.data();
   const Word16* const upperWeight = bank.upperWeight.data();
@@ -228,7 +277,7 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
   for (std::size_t k = 0; k + 4 <= size; k += 4) {
     signs |= (load(s + k) | load(minima + k)) | (load(noise + k) | load(p + k));
   }
-  if (size % 4 != 0 || any(signs < 0)) return Portable::trackNoise(power, bins, alpha, active);
+  if (size % 4 != 0 || any(signs < 0)) return Plain::trackNoise(power, bins, alpha, active);
   // What the products of a sum lack: its weights add up to 32767.
   constexpr Word32 kLacking = kMax16 << 15;
   static_assert(kSmoothOld + kSmoothCentre + 2 * kSmoothSide == kMax16);
@@ -286,14 +335,14 @@ NoiseTotals Vector::trackNoise(ConstBlock power, const BinNoise& bins, Word16 al
   };
   // A minimum is no larger than the power.
   if (std::uint64_t{unionOf(smoothBits)} * size > kMax32) {
-    return {saturatedSum(bins.smooth), saturatedSum(bins.minimum), unionOf(noiseBits)};
+    return {saturatedTotal(bins.smooth), saturatedTotal(bins.minimum), unionOf(noiseBits)};
   }
   return {total(smoothSum), total(minimumSum), unionOf(noiseBits)};
 }
 
 void Vector::scaleBins(Block spectrum, std::span<const Word16> gains) {
   if (spectrum.bits > kShareBits || gains.size() % 8 != 0) {
-    return Portable::scaleBins(spectrum, gains);
+    return Plain::scaleBins(spectrum, gains);
   }
   const Word16* const g = gains.data();
   const auto scale = [&](std::size_t k) {
@@ -340,25 +389,33 @@ UsedBits Vector::addOverlap(ConstBlock time, std::span<Word32> overlap, std::spa
 
 void Vector::deemphasise(ConstBlock x, Word32& memory, std::span<Word16> out) {
   // As in the portable form; the recursion stays serial, and its output is rounded in parts.
-  if (x.bits > bitsBelow(30)) return Plain::deemphasise(x, memory, out);
+  if (out.size() % 8 != 0) return Plain::deemphasise(x, memory, out);
   constexpr std::size_t kPart = 80;
   Word32 filtered[kPart];
   Word32 y = memory;
   for (std::size_t first = 0; first < out.size(); first += kPart) {
     const std::size_t n = std::min(kPart, out.size() - first);
+    const Word32* const from = &x.words[first];
+    if (x.bits > bitsBelow(30)) {
+      y = filterLarge(from, n, y, filtered);
+    } else {
 #pragma GCC unroll 4
-    for (std::size_t i = 0; i < n; ++i) {
-      y = x.words[first + i] + lMult32ByCoefficient(kDeemphasis, y);
-      filtered[i] = y;
+      for (std::size_t i = 0; i < n; ++i) {
+        y = from[i] + lMult32ByCoefficient(kDeemphasis, y);
+        filtered[i] = y;
+      }
     }
-    roundAndDouble(filtered, n, &out[first]);
+    for (std::size_t i = 0; i < n; i += 8) {
+      const auto rounded = [&](std::size_t k) { return (load(filtered + k) + 0x8000) >> 16; };
+      storeDoubled(&out[first + i], rounded(i), rounded(i + 4));
+    }
   }
   memory = y;
 }
 
 void Vector::peakPowers(std::span<const Word16> samples, std::span<Word32> peaks) {
   const std::size_t count = samples.size() / peaks.size();
-  if (peaks.size() % 2 != 0) return Portable::peakPowers(samples, peaks);
+  if (peaks.size() % 2 != 0) return Plain::peakPowers(samples, peaks);
   const Word16* x = samples.data();
   for (std::size_t j = 0; j < peaks.size(); j += 2, x += 2 * count) {
     largestSquares(x, x + count, count, &peaks[j]);
@@ -377,7 +434,7 @@ void Vector::amplify(std::span<const Word16> x, Word32 gain, std::span<Word16> y
     const std::size_t whole = x.size() - x.size() % 4;
     for (; n < whole; n += 4) storeSaturated(to + n, mulQ15(gains, loadFactors(from + n)));
   }
-  if (n < x.size()) Portable::amplify(x.subspan(n), gain, y.subspan(n));
+  if (n < x.size()) Plain::amplify(x.subspan(n), gain, y.subspan(n));
 }
 
 }  // namespace arvessa::kernels

@@ -26,7 +26,7 @@ Complex<Floats> windowPairs(const float* window) {
   return pairs;
 }
 
-// The first number if it is less, or greater, else the second: that for what is no number.
+// x if it is less, or greater, else y. So y stands for a NaN in x; _mm_min_ps and _mm_max_ps agree.
 #ifdef __SSE2__
 Floats lesser(Floats x, Floats y) { return _mm_min_ps(x, y); }
 Floats greater(Floats x, Floats y) { return _mm_max_ps(x, y); }

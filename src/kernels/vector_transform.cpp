@@ -154,13 +154,56 @@ Words loadPairs(const Word16* pairs) {
   return words;
 }
 
+// The first two stages: one row of N blocks becomes four.
+template <bool kHalve, class In>
+void firstPass(In in, Quads out, const TransformTables& tables) {
+  const int quarter = tables.points / 4;
+  const ByRightAngle turned(twiddlesOfStage(tables, 1)[5]);
+  for (int b = 0; b < quarter; b += 4) {
+    Points p[4];
+    for (int i = 0; i < 4; ++i) p[i] = in.load(i * quarter + b);
+    twoStages<kHalve>(p, ByNothing(), ByNothing(), turned);
+    out.store(b, p[0]);
+    out.store(quarter + b, p[2]);
+    out.store(2 * quarter + b, p[1]);
+    out.store(3 * quarter + b, p[3]);
+  }
+}
+
+// The same forward, of any words: the first stage may saturate, and leaves parts of 30 bits, which
+// are enough for the second.
+[[gnu::noinline]] void firstStagesOfAny(PairsIn in, Quads work, Quads out,
+                                        const TransformTables& tables) {
+  const int half = tables.points / 2;
+  const int quarter = half / 2;
+  for (int b = 0; b < half; b += 4) {
+    const Points p = in.load(b);
+    const Points q = in.load(half + b);
+    // A product by the largest factor has a negative.
+    const Points t = {mulAnyByLargest(q.re), mulAnyByLargest(q.im)};
+    work.store(b, {saturatedSum(p.re, t.re) >> 1, saturatedSum(p.im, t.im) >> 1});
+    work.store(half + b, {saturatedSum(p.re, -t.re) >> 1, saturatedSum(p.im, -t.im) >> 1});
+  }
+  const ByRightAngle turned(twiddlesOfStage(tables, 1)[5]);
+  for (int b = 0; b < quarter; b += 4) {
+    Points p[4];
+    for (int i = 0; i < 4; ++i) p[i] = work.load(i * quarter + b);
+    combine<true>(p[0], p[1], ByNothing()(p[1]));
+    combine<true>(p[2], p[3], turned(p[3]));
+    out.store(b, p[0]);
+    out.store(quarter + b, p[2]);
+    out.store(2 * quarter + b, p[1]);
+    out.store(3 * quarter + b, p[3]);
+  }
+}
+
 // Stages s and s + 1: rows of `blocks` blocks become four times as many of a quarter.
-template <bool kHalve, class In, class Out>
-void pass(In in, Out out, int s, int blocks, const TransformTables& tables) {
+template <bool kHalve>
+void pass(Quads in, Quads out, int s, int blocks, const TransformTables& tables) {
   const int rows = 1 << s;
   const int quarter = blocks / 4;
+  const Word16* const first = twiddlesOfStage(tables, s);
   const Word16* const second = twiddlesOfStage(tables, s + 1);
-  const Word16* const first = s == 0 ? second : twiddlesOfStage(tables, s);  // stage 0 reads none
   const auto row = [&](int g, const auto& product, const auto& ofSums, const auto& ofDifferences) {
     for (int b = 0; b < quarter; b += 4) {
       Points p[4];
@@ -177,6 +220,22 @@ void pass(In in, Out out, int s, int blocks, const TransformTables& tables) {
     row(g, ByAny{twiddlesOf(splatPair(first + 4 * g))},
         ByAny{twiddlesOf(splatPair(second + 4 * g))},
         ByAny{twiddlesOf(splatPair(second + 4 * (g + rows)))});
+  }
+}
+
+// Stage 2 alone: four rows become eight.
+template <bool kHalve>
+void stage2(Quads in, Quads out, const TransformTables& tables) {
+  const int half = tables.points / 8;
+  for (int g = 0; g < 4; ++g) {
+    const ByAny product = {twiddlesOf(splatPair(twiddlesOfStage(tables, 2) + 4 * g))};
+    for (int b = 0; b < half; b += 4) {
+      Points p = in.load(2 * g * half + b);
+      Points q = in.load((2 * g + 1) * half + b);
+      combine<kHalve>(p, q, product(q));
+      out.store(g * half + b, p);
+      out.store((g + 4) * half + b, q);
+    }
   }
 }
 
@@ -203,32 +262,49 @@ void lastPass(Quads in, Out out, int s, const TransformTables& tables) {
   }
 }
 
-// The complex transform of `in`, which is used up, to `out`, with `work` between. None overlap.
-template <bool kHalve, class In, class Out>
-void rowsTransform(In in, Out out, Quads used, Quads work, const TransformTables& tables) {
-  int s = 0;
-  int blocks = tables.points;
-  if (tables.stages % 2 == 0) {  // an odd number, with the first
-    const int half = blocks / 2;
-    for (int b = 0; b < half; b += 4) {
-      Points p = in.load(b);
-      Points q = in.load(b + half);
-      combine<kHalve>(p, q, ByNothing()(q));
-      work.store(b, p);
-      work.store(half + b, q);
-    }
-    s = 1;
-    blocks = half;
-  } else {
-    pass<kHalve>(in, work, 0, blocks, tables);
-    s = 2;
-    blocks /= 4;
+// All in -limit .. limit.
+[[gnu::noinline]] bool areWithin(const Word32* words, int count, Word32 limit) {
+  const UnsignedWords bound = ofBits(splat(limit));
+  UnsignedWords beyond = {0, 0, 0, 0};
+#pragma GCC unroll 8
+  for (int i = 0; i < count; i += 4) {
+    const UnsignedWords word = ofBits(load(words + i));
+    beyond |= (bound + word) | (bound - word);
   }
-  for (; blocks > 4; s += 2, blocks /= 4) {
-    pass<kHalve>(work, used, s, blocks, tables);
+  return !any(ofBits(beyond) < 0);
+}
+
+// The stages after the first two, from `work` to `out`. With `largest`, what the points are below,
+// they stop where the sums might saturate: false. What `used` holds is overwritten.
+template <bool kHalve, class Out>
+bool remainingPasses(Quads work, Quads used, Out out, const TransformTables& tables,
+                     std::uint32_t largest) {
+  // What two stages add up is four points, and what the second multiplies is two.
+  const auto isSafe = [&](Quads points, int stages) {
+    if constexpr (!kHalve) {
+      if (largest > 1U << 28) {
+        if (!areWithin(points.words, 2 * tables.points, kLargestPart / 2)) return false;
+        largest = 1U << 29;
+      }
+      largest <<= stages;
+    }
+    return true;
+  };
+  int s = 2;
+  if (tables.stages % 2 == 0) {  // an odd number, with the first
+    if (!isSafe(work, 1)) return false;
+    stage2<kHalve>(work, used, tables);
+    std::swap(work, used);
+    ++s;
+  }
+  for (; tables.points >> s > 4; s += 2) {
+    if (!isSafe(work, 2)) return false;
+    pass<kHalve>(work, used, s, tables.points >> s, tables);
     std::swap(work, used);
   }
+  if (!isSafe(work, 2)) return false;
   lastPass<kHalve>(work, out, s, tables);
+  return true;
 }
 
 // Bins k .. k + 3 and their mirror images, from the spectrum of the pairs or, with kInverse, back.
@@ -265,17 +341,28 @@ void splitBins(In in, Out out, const TransformTables& tables) {
 }  // namespace
 
 UsedBits Vector::forwardTransform(Block x, const TransformTables& tables, std::span<Word32> out) {
-  if (!hasForwardHeadroom(x.bits)) return Plain::forwardTransform(x, tables, out);
   const int n = tables.points;
+  const bool isLarge = !hasForwardHeadroom(x.bits);
   Word32 scratch[kMaxTransform];
   Word32* const in = x.words.data();
   Word32* const to = out.data();
   const Apart pairs = {scratch, scratch + n};
-  rowsTransform<true>(PairsIn{in}, pairs, Quads{in}, Quads{to}, tables);
+  if (isLarge) {
+    firstStagesOfAny(PairsIn{in}, Quads{scratch}, Quads{to}, tables);
+    if (!areWithin(to, 2 * n, kLargestPart)) return Plain::forwardTransform(x, tables, out);
+  } else {
+    firstPass<true>(PairsIn{in}, Quads{to}, tables);
+  }
+  remainingPasses<true>(Quads{to}, Quads{in}, pairs, tables, 0);
+  if (isLarge && !areWithin(scratch, 2 * n, kLargestPart / 2)) {
+    for (int k = 0; k < n; k += 4) PairsOut<false>{in}.store(k, pairs.load(k));
+    saturating::forwardUnpack(in, to, tables);
+    return kAllBits;
+  }
   to[0] = pairs.re[0] + pairs.im[0];
   to[1] = pairs.re[0] - pairs.im[0];
   splitBins<false>(pairs, PairsOut<false>{to}, tables);
-  return boundOfSpectrum(x.bits);
+  return isLarge ? bitsBelow(30) : boundOfSpectrum(x.bits);
 }
 
 void Vector::inverseTransform(ConstBlock spectrum, const TransformTables& tables,
@@ -290,8 +377,10 @@ void Vector::inverseTransform(ConstBlock spectrum, const TransformTables& tables
   first[0] = (in[0] + in[1]) >> 1;
   first[n] = (in[0] - in[1]) >> 1;
   splitBins<true>(PairsIn{in}, Apart{first, first + n}, tables);
-  rowsTransform<false>(Apart{first + n, first}, PairsOut<true>{out.data()}, Quads{first},
-                       Quads{second}, tables);
+  firstPass<false>(Apart{first + n, first}, Quads{second}, tables);
+  const bool isDone = remainingPasses<false>(
+      Quads{second}, Quads{first}, PairsOut<true>{out.data()}, tables, 4 * largestPoint(spectrum));
+  if (!isDone) Plain::inverseTransform(spectrum, tables, out);
 }
 
 }  // namespace arvessa::kernels

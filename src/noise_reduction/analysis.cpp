@@ -49,10 +49,8 @@ Block framed(const Geometry& geometry, ConstBlock frame, Word16 scaleChange,
   std::copy(windowed.end() - static_cast<std::ptrdiff_t>(history), windowed.end(),
             memory.history.begin());
 
-  UsedBits bits = Kernels::multiply({windowed, freshBits | Kernels::bitsOf(past)}, geometry.window);
-  // The transform's fast form takes 28 bits. Of a loud frame's history at the scale of a quiet one,
-  // the window may have taken what is above.
-  if (bits > bitsBelow(28)) bits = Kernels::bitsOf(windowed);
+  const UsedBits bits =
+      Kernels::multiply({windowed, freshBits | Kernels::bitsOf(past)}, geometry.window);
   return {time, bits, frame.exponent};
 }
 

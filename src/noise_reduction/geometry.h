@@ -2,6 +2,9 @@
 #pragma once
 // What follows from the rate: frame, transform, history and tables. No stage looks at a rate code.
 
+#include <algorithm>
+#include <bit>
+#include <iterator>
 #include <span>
 
 #include "kernels/kernels.h"
@@ -54,8 +57,14 @@ struct Rate {
 };
 inline constexpr Rate kRates[kRateCodes] = {
     {80, 0, false}, {160, 1, false}, {320, 2, false}, {480, 1, true}};
+static_assert(std::all_of(std::begin(kRates), std::end(kRates), [](const Rate& rate) {
+  const int frame = kSmallestFrame << rate.sizeCode;
+  return rate.splitBand ? frame == kMaxLowFrame && rate.samples == kMaxFullbandFrame
+                        : rate.samples == frame;
+}));
 
 // Of a rate code, whose other bits do not count.
+static_assert(std::has_single_bit(unsigned{kRateCodes}));
 constexpr const Rate& rateOf(int code) { return kRates[code & (kRateCodes - 1)]; }
 
 }  // namespace arvessa

@@ -19,8 +19,9 @@ std::int32_t windowThreshold(int frame) {
   return frame <= 999 ? 80 : 150;
 }
 
-// The minima before they take in the smoothed power of this frame: in the first one it is the only
-// one, and when the search window restarts, that of the window which ends stands for both.
+// Makes the minima ready for the smoothed power of this frame, which they take in later. A window
+// begins with a minimum of kMax32, above any power. Where one ends, its minimum becomes that of the
+// previous window; before the first one that is kMax32, too.
 void moveWindow(const NoiseMemory& memory, std::uint16_t frame) {
   const kernels::BinNoise& bins = memory.bins;
   const bool restarts = static_cast<std::int32_t>(memory.windowFrames) > windowThreshold(frame);

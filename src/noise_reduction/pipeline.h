@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 // One frame of noise reduction: the stages in their order, and nothing else writes that order. What
-// comes before and behind, the beamformer and the AGC, is in abi/front_end_frame.h and
+// comes before and after, the beamformer and the AGC, is in abi/front_end_frame.h and
 // abi/engine_frame.h.
 //
 // An observer is called with what the stages of the spectral chain leave, as the records below in

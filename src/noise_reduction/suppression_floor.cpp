@@ -10,11 +10,14 @@ namespace arvessa {
 namespace {
 
 // The saturating sum, which goes on from half of the largest word each time that it reaches that,
-// and counts 2.
+// and counts 2: the target is beyond all floors then. So the largest word stands for all such sums.
 Word32 foldedSum(std::span<const Word32, kernels::kBands> noise, Word32& extra) {
   std::uint64_t total = 0;
+  Word32 signs = 0;
   for (const Word32 power : noise) total += static_cast<std::uint32_t>(power);
   if (total < kMax32) return static_cast<Word32>(total);
+  for (const Word32 power : noise) signs |= power;
+  if (signs >= 0) return kMax32;
   Word32 sum = 0;
   for (const Word32 power : noise) {
     sum = lAdd(sum, power);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-// The constant tables of the room, by transform size: 64 bins at 8 kHz, 128 at 16 kHz, 256 at 32
+// The constant tables of the noise reduction, by transform size: 64 bins at 8 kHz, 128 at 16 kHz, 256 at 32
 // kHz. They are chosen in one place only, geometry.cpp.
 
 #include <cstdint>
@@ -50,7 +50,7 @@ extern ARVESSA_API const Word16 WVQE_SUBBAND_NOISE_SUPPRESS_TABLE[24];
 
 namespace arvessa {
 
-// The first bin of which each band is the lower one; last, the number of bins.
+// BANK_LEFT by band: the first bin whose lower band it is. The last entry is the number of bins.
 extern const std::uint16_t kFirstBins8k[25];
 extern const std::uint16_t kFirstBins16k[25];
 extern const std::uint16_t kFirstBins32k[25];

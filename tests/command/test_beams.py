@@ -48,7 +48,7 @@ class Beams(CommandTest):
             self.assertIn(reason, done.stderr.decode())
         self.assertEqual(os.listdir(self.directory), [])
         self.scene()
-        for arguments, reason, code in ((["--beams", "scene.wav"], "no file of beams", 1),
+        for arguments, reason, code in ((["--beams", "scene.wav"], "not a file of beams", 1),
                                         (["--beams", "none.csv"], "No such file", 1),
                                         (["--beams", self.beams("--directions", "0,90"), "--beam", 2],
                                          "there are 2 beams", 2)):

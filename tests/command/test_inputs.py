@@ -7,7 +7,7 @@ import struct
 
 from commands import SOURCE, CommandTest, noise, pcm
 
-GUID = bytes.fromhex("0000000010008000" "00aa00389b71")  # of a format, behind its number
+GUID = bytes.fromhex("0000000010008000" "00aa00389b71")  # of a format, after its number
 PLAIN = ("--no-nr", "--no-agc", "--quiet")
 
 

@@ -76,7 +76,7 @@ class LikeTheCommand(Equal):
                     self.assertSame(out, read(FOLDER / "engine.wav"))
 
     def test_decisions_of_the_engine(self):
-        """The front end is the beamformer and the engine behind it."""
+        """The front end is the beamformer and the engine after it."""
         beamformer, engine = arvessa.FrontEnd(engine=False), arvessa.Engine(8000)
         engine.process(beamformer.process(NOISY))
         whole = arvessa.trace(NOISY)
@@ -147,7 +147,7 @@ class Refusals(unittest.TestCase):
     def test_samples(self):
         stream = arvessa.FrontEnd()
         for samples, error, reason in (
-                ([[0, 0]], TypeError, "a list, no NumPy array"),
+                ([[0, 0]], TypeError, "a list, not a NumPy array"),
                 (np.zeros((80, 2)), TypeError, "float64, not int16"),
                 (np.zeros((80, 2), ">i2"), TypeError, ">i2, not int16"),
                 (np.zeros((2, 80), np.int16), ValueError, r"\(2, 80\), not \(samples, 2\)"),
@@ -160,7 +160,7 @@ class Refusals(unittest.TestCase):
     def test_settings(self):
         for settings, error, reason in (
                 ({"agc": 1}, TypeError, "agc is 1, neither True nor False"),
-                ({"beam": True}, TypeError, "beam is True, no integer"),
+                ({"beam": True}, TypeError, "beam is True, not an integer"),
                 ({"beam": -1}, ValueError, "beam is -1; there are 3 beams"),
                 ({"beams": "beams.csv"}, TypeError, "beams is a str; read_beams")):
             with self.assertRaisesRegex(error, reason):
@@ -176,7 +176,7 @@ class Refusals(unittest.TestCase):
         weights[1, 2, 1] = np.nan
         with self.assertRaisesRegex(ValueError, "weights holds values that are not finite"):
             arvessa.Beams(weights, stored.microphones, stored.directions)
-        with self.assertRaisesRegex(ValueError, "scene.wav is no file of beams: "):
+        with self.assertRaisesRegex(ValueError, "scene.wav is not a file of beams: "):
             arvessa.read_beams(FOLDER / "scene.wav")
 
     def test_stream_of_another_build(self):

@@ -17,7 +17,7 @@ struct Recording {
 // Samples from `next`, of the time in seconds; 100 frames to the second.
 template <class Next>
 Recording record(std::uint8_t rateCode, std::uint8_t nr, std::uint8_t agc, int frames, Next next) {
-  const int n = rateCode == 0 ? 80 : 160 * rateCode;
+  const int n = frameOf(rateCode);
   alignas(4) unsigned char state[VORN_STATE_BYTES];
   VornConfig cfg = {state, VORN_STATE_BYTES, VORN_CHECK_VALUE, rateCode, nr, agc, 2};
   EXPECT_EQ(VORN_Init(&cfg), 0);

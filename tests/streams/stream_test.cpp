@@ -73,7 +73,7 @@ Samples runEngine(const Stream& s) {
     cfg.nrEnable = static_cast<std::uint8_t>(now.nr);
     cfg.agcEnable = static_cast<std::uint8_t>(now.agc);
     cfg.agcTableSel = static_cast<std::uint8_t>(now.table);
-    const int n = now.rateCode == 0 ? 80 : 160 * now.rateCode;
+    const int n = frameOf(now.rateCode);
     std::generate_n(in, n, [&] { return source.next(); });
     Word16 length = 480;
     EXPECT_EQ(Engine::kProc(in, n, out, &length, &cfg), 0);

@@ -15,6 +15,9 @@ namespace arvessa::test {
 
 using Samples = std::vector<Word16>;
 
+// Samples of the engine's 10 ms, at 8, 16, 32 and 48 kHz.
+inline int frameOf(int rateCode) { return rateCode == 0 ? 80 : 160 * rateCode; }
+
 // The recorded voice: 16 kHz, one channel, a canonical 44-byte header.
 inline const Samples& speech() {
   static const Samples samples = [] {

@@ -8,7 +8,7 @@
 #include "kernels/float_transform_tables.h"
 #include "reference/fft.h"
 #include "support/side_by_side.h"
-#include "unit/float_blocks.h"
+#include "support/float_blocks.h"
 
 namespace arvessa::test {
 namespace {

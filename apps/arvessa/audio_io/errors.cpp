@@ -17,7 +17,7 @@ std::size_t shownLength(std::string_view text) {
   std::uint32_t character = first & (0x7FU >> length);
   for (const char next : text.substr(1, length - 1)) {
     if ((next & 0xC0) != 0x80) return 0;
-    character = character << 6 | (next & 0x3FU);
+    character = character << 6 | (static_cast<unsigned char>(next) & 0x3FU);
   }
   return character >= 0xA0 ? length : 0;
 }

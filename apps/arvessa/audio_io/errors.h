@@ -9,7 +9,7 @@
 namespace arvessa::app {
 
 // `text` with everything escaped that moves the cursor or does worse to a terminal: control
-// characters and what is no UTF-8.
+// characters and what is not UTF-8.
 std::string printable(std::string_view text);
 
 // A file's name as people read it, also where it is empty.

@@ -15,7 +15,7 @@ class FileSource : public Source {
  public:
   // A recording with a header that libsndfile reads. Throws a Failure.
   explicit FileSource(std::unique_ptr<InputDevice> device);
-  // The samples behind a header, or those of an input without one.
+  // The samples after a header, or those of an input without one.
   FileSource(std::unique_ptr<InputDevice> device, const StreamHeader& header);
 
   // Samples that are not finite numbers are read as 0 and complained about. At the end, throws a

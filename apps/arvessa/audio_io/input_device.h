@@ -45,7 +45,7 @@ class InputDevice {
   void spool();
   // From now on there is nothing but the `size` bytes after `position`.
   void startAt(std::int64_t position, std::int64_t size);
-  // Takes what comes behind them away, so that the writer of a pipe is not ended by it.
+  // Takes what comes after them away, so that the writer of a pipe is not ended by it.
   void drain();
 
   // For libsndfile; their user data is the device.

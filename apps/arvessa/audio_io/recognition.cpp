@@ -17,7 +17,7 @@ struct MpegHeader {
       : word(static_cast<std::uint32_t>(field.number(Order::kBig))) {}
 
   bool isSync() const { return word >> 21 == 0x7FF; }
-  // Bytes to the next frame; 0 if this is no header. ISO/IEC 11172-3 and 13818-3; version 2.5 halves
+  // Bytes to the next frame; 0 if this is not a header. ISO/IEC 11172-3 and 13818-3; version 2.5 halves
   // the rates once more. Frames of a free bit rate are not taken.
   int length() const {
     // kbit/s: version 1, layers 1 to 3; version 2, layer 1, and layers 2 and 3

@@ -15,7 +15,7 @@ enum class Beginning {
 // The position in the input is then unknown.
 Beginning recognise(InputDevice& device);
 
-// How many frames of MPEG audio seem to begin behind the tags at the beginning: 0, 1, or 2, which is
+// How many frames of MPEG audio seem to begin after the tags at the beginning: 0, 1, or 2, which is
 // as far as this looks. Decoders take the mark of one for enough; so begins every 2000th file of
 // random bytes.
 int mpegFrames(InputDevice& device);

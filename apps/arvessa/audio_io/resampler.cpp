@@ -42,7 +42,7 @@ void Resampler::process(std::span<const float> in, bool last, std::vector<float>
   framesIn_ += static_cast<std::int64_t>(frames);
   if (frames > 0) convert(in.data(), frames, out);
   if (last) {
-    // libsoxr rounds the length to nearest: silence behind the end makes it one too many.
+    // libsoxr rounds the length to nearest: silence after the end makes it one too many.
     const auto silent = static_cast<std::size_t>(fromRate_ / toRate_ + 1);
     convert(std::vector<float>(silent * channels_).data(), silent, out);
     while (convert(nullptr, 0, out) > 0) {

@@ -9,7 +9,7 @@
 // 16 to 8 kHz, 21 ms from 44.1 to 48 kHz and 19 ms back.
 //
 // libsoxr chooses its code by the processor, so that the last bit of a result may depend on it:
-// the promise of the same samples everywhere begins behind the conversion.
+// the promise of the same samples everywhere begins after the conversion.
 
 #include <soxr.h>
 

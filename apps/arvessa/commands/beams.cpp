@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <sstream>
 
 #include "audio_io/descriptor.h"
@@ -20,8 +21,8 @@ namespace arvessa::app {
 namespace {
 
 struct Options {
-  std::string microphones = "-69.7,-2.4:68.8,-2.5";
-  std::vector<double> directions = {0, 90, 180};
+  std::optional<std::string> microphones;
+  beams::Geometry geometry = beams::storedGeometry();  // its microphones unless they are given
   std::string output;
   std::string picture;
   bool quiet = false;
@@ -38,14 +39,27 @@ beams::Position positionIn(const std::string& text) {
   return {x / 1000, y / 1000};
 }
 
-beams::Geometry geometryOf(const Options& options) {
-  const std::size_t colon = options.microphones.find(':');
+std::string textOf(const beams::Position& position) {
+  return shortest(1000 * position.x) + "," + shortest(1000 * position.y);
+}
+
+std::string textOf(const std::vector<double>& directions) {
+  std::string text;
+  for (const double degrees : directions) text += (text.empty() ? "" : ",") + shortest(degrees);
+  return text;
+}
+
+beams::Microphones microphonesIn(const std::string& text) {
+  const std::size_t colon = text.find(':');
   if (colon == std::string::npos) {
     throw UsageError("--microphones takes two places, X,Y:X,Y in millimetres");
   }
-  beams::Geometry geometry = {{{positionIn(options.microphones.substr(0, colon)),
-                                positionIn(options.microphones.substr(colon + 1))}},
-                              options.directions};
+  return {positionIn(text.substr(0, colon)), positionIn(text.substr(colon + 1))};
+}
+
+beams::Geometry geometryOf(const Options& options) {
+  beams::Geometry geometry = options.geometry;
+  if (options.microphones) geometry.microphones = microphonesIn(*options.microphones);
   const std::string reason = beams::reasonAgainst(geometry);
   if (!reason.empty()) throw UsageError(reason);
   return geometry;
@@ -116,17 +130,18 @@ int runBeams(const Options& options) {
 
 void addBeams(CLI::App& app, Run& run) {
   auto options = std::make_shared<Options>();
+  const auto& [first, second] = options->geometry.microphones;
   CLI::App* command = app.add_subcommand(
       "beams", "Beams for other microphones or directions, for --beams and for the library");
   command
       ->add_option("--microphones", options->microphones,
                    "places of microphone 1 and 2, X,Y:X,Y in millimetres")
-      ->capture_default_str();
+      ->default_str(textOf(first) + ":" + textOf(second));
   command
-      ->add_option("--directions", options->directions,
+      ->add_option("--directions", options->geometry.directions,
                    "two or three directions to look in, degrees from the x axis")
       ->delimiter(',')
-      ->default_str("0,90,180");
+      ->default_str(textOf(options->geometry.directions));
   addOutputOption(*command, options->output, "CSV file to write; - is standard output");
   command->get_option("--output")->required();
   command->add_option("--picture", options->picture,

@@ -14,6 +14,8 @@
 
 namespace arvessa::app {
 
+static_assert(beams::kBeams == kBeams && 2 * beams::kBins == kBeamBlock);
+
 void addBeamsOption(CLI::App& command, std::string& path) {
   command.add_option("--beams", path, "microphones and beams of a file of `arvessa beams`");
 }
@@ -37,7 +39,7 @@ beams::BeamFile readBeams(const std::string& path) {
   try {
     return beams::parseBeamFile(text);
   } catch (const std::invalid_argument& error) {
-    throw Failure(path, std::string("is no file of beams: ") + error.what());
+    throw Failure(path, std::string("is not a file of beams: ") + error.what());
   }
 }
 

@@ -39,6 +39,16 @@ std::vector<std::string> wordsOf(CLI::App& app, bool options) {
   return words;
 }
 
+// "enhance, engine or info"
+std::string listed(const std::vector<std::string>& words) {
+  std::string text;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (i > 0) text += i + 1 < words.size() ? ", " : " or ";
+    text += words[i];
+  }
+  return text;
+}
+
 // What nobody knows of the command line, in words.
 std::string unknownText(CLI::App& app) {
   CLI::App& command = mentioned(app);
@@ -55,8 +65,9 @@ std::string unknownText(CLI::App& app) {
 
 void addHelp(CLI::App& app, Run& run) {
   auto name = std::make_shared<std::string>();
+  const std::string others = listed(wordsOf(app, false));
   CLI::App* command = app.add_subcommand("help", "The help of a command");
-  command->add_option("COMMAND", *name, "enhance, engine, scene, trace, beams or info");
+  command->add_option("COMMAND", *name, others);
   command->callback([name, &app, &run] {
     const std::vector<CLI::App*> named =
         app.get_subcommands([&](CLI::App* other) { return other->get_name() == *name; });

@@ -2,7 +2,8 @@
 #pragma once
 // The subcommands. Each adds itself to the command line: what it can be asked for, with its
 // defaults, and, once the command line has asked for it, what is to be run, which returns the exit
-// code.
+// code. A name has letters a to z only, and a footer ends with "Example:" or "Examples:" and lines of
+// shell: the completion, the man page and a test read the help so.
 
 #include <functional>
 

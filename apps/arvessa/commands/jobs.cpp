@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 std::string checkCount(const std::string& text) {
   int count = 0;
   const bool fits = parses(text, count) && count >= 1 && count <= 1024;
-  return fits ? "" : text + " is no number from 1 to 1024";
+  return fits ? "" : text + " is not a number from 1 to 1024";
 }
 
 // The format that `extension` stands for; 0 if it is empty.

@@ -9,7 +9,7 @@ namespace arvessa::app {
 
 struct Recording {
   std::string path;
-  std::string name;  // of the file, behind the folder that was named
+  std::string name;  // of the file, below the folder that was named
 };
 
 // Files stand for themselves. Of a folder, everything in it and in its subfolders that has the name

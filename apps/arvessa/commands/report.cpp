@@ -137,7 +137,7 @@ void writeJson(const Plan& plan, const std::vector<Record>& records, double elap
   for (std::size_t i = 0; i < records.size(); ++i) {
     whole["recordings"].push_back(entryOf(plan.jobs[i], records[i]));
   }
-  // Names that are no UTF-8 lose what is none.
+  // Names lose what is not UTF-8.
   to << whole.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 

@@ -31,7 +31,7 @@ struct Options {
   bool quiet = false;
 };
 
-// A finite number; CLI::Range lets what is no number through.
+// A finite number; CLI::Range lets a NaN through.
 CLI::Validator within(double least, double most) {
   const std::string range = fixed(least, 0) + " to " + fixed(most, 0);
   return {[least, most, range](const std::string& text) {

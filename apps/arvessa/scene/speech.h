@@ -13,7 +13,7 @@ namespace arvessa::app {
 
 class Speech {
  public:
-  // Throws a Failure unless `path` leads to a recording with one channel. What is no regular file,
+  // Throws a Failure unless `path` leads to a recording with one channel. What is not a regular file,
   // such as a pipe, cannot be read again: it is kept in memory.
   Speech(const std::string& path, std::optional<int> rate);
 

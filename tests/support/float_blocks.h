@@ -3,8 +3,9 @@
 #pragma once
 
 #include <cmath>
+#include <vector>
 
-#include "support/support.h"
+#include "support/random.h"
 
 namespace arvessa::test {
 
