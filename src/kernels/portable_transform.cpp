@@ -110,6 +110,7 @@ Word32* stagesAfterFirst(Word32* a, Word32* b, const TransformTables& tables, Is
 // may be the input.
 template <bool kInverse>
 void split(const Word32* in, Word32* out, const TransformTables& tables) {
+  // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): the last stage has written all points
   const Word32 first = in[0];
   const Word32 second = in[1];
   out[0] = (first + second) >> kWaiting<!kInverse>;
@@ -151,6 +152,7 @@ bool areWithin(const Word32* words, int count, Word32 limit) {
   const std::uint32_t toTheTop = (1U << 31) - static_cast<std::uint32_t>(limit);
   std::uint32_t beyond = 0;
 #pragma GCC unroll 4
+  // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): a stage has written all words
   for (int i = 0; i < count; ++i) beyond |= usedBits(words[i]) + toTheTop;
   return beyond < 1U << 31;
 }

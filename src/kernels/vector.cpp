@@ -83,8 +83,7 @@ bool isTotalBelow30Bits(std::span<const Word32> words) {
   return y;
 }
 
-// Of words of the same sign.
-inline Words least(Words a, Words b) { return b + ((a - b) & ((a - b) >> 31)); }
+inline Words least(Words a, Words b) { return a < b ? a : b; }
 
 }  // namespace
 

@@ -7,8 +7,8 @@
 #include "abi/exported_beamformer.h"
 #include "kernels/float_transform_tables.h"
 #include "reference/fft.h"
-#include "support/side_by_side.h"
 #include "support/float_blocks.h"
+#include "support/side_by_side.h"
 
 namespace arvessa::test {
 namespace {
