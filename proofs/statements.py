@@ -12,8 +12,8 @@ from integers import Integers, wide
 from ir import compiled
 
 X86 = "x86_64-linux-gnu"
-# A check returns None, or what refutes the statement.
-Statement = collections.namedtuple("Statement", "what domain check")
+# A check returns None, or what refutes the statement; `part` if it looks at a part of the domain.
+Statement = collections.namedtuple("Statement", "what domain check part", defaults=[False])
 
 
 class Source:
