@@ -12,6 +12,11 @@ from integers import Integers, wide
 from ir import compiled
 
 X86 = "x86_64-linux-gnu"
+# Vector units and the processors that have them, the compiler's options, and what is looked at.
+UNITS = [("SSE2", X86, (), "vectors"),
+         ("NEON A64", "aarch64-linux-gnu", (), "vectors"),
+         ("NEON A32", "armv7-linux-gnueabihf", ("-mfpu=neon", "-marm"), "vectors"),
+         ("ARMv5TE", "armv5te-linux-gnueabi", ("-marm",), "products")]
 # A check returns None, or what refutes the statement; `part` if it looks at a part of the domain.
 Statement = collections.namedtuple("Statement", "what domain check part", defaults=[False])
 
