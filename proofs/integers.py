@@ -8,11 +8,13 @@ these do not decide, the question is asked once more with the products as they a
 
 import itertools
 
-from z3 import (And, BitVec, BitVecVal, Extract, If, Implies, LShR, Not, Or, Reals, SignExt, Solver,
-                SolverFor, ULE, ULT, ZeroExt, is_bv_value, is_const, is_true, sat, simplify, unsat)
+from z3 import (Z3_OP_UNINTERPRETED, And, BitVec, BitVecVal, Const, Extract, If, Implies, LShR, Not, Or, Reals, SignExt, Solver,
+                SolverFor, ULE, ULT, ZeroExt, is_and, is_bv_value, is_const, is_true, sat, simplify, substitute, unsat)
 
 WIDE = 72  # holds every integer of the statements
 NUMBER = BitVecVal(0, WIDE)
+RANGES = ((0, 16383), (0, 32767), (-32768, 32767), (0, 65535), (-65536, 65535))
+BOUNDED, RELATED, EXACTLY = range(3)  # what is said of products
 
 
 def wide(x):
@@ -50,7 +52,21 @@ def relations(x, y, p, others):
 
 
 def signed34(part):
-    return SignExt(17, part)
+    return ZeroExt(33, part) if part.size() == 1 else SignExt(17, part)
+
+
+def variables(*terms):
+    """The variables that terms are made of, in the order in which they are met."""
+    found, seen, todo = [], set(), list(terms)
+    while todo:
+        term = todo.pop()
+        if term.get_id() in seen:
+            continue
+        seen.add(term.get_id())
+        todo.extend(term.children())
+        if is_const(term) and term.decl().kind() == Z3_OP_UNINTERPRETED:
+            found.append(term)
+    return found
 
 
 class Integers:
@@ -60,6 +76,7 @@ class Integers:
         self.assumptions = assumptions
         self.products = []
         self.quotients = []
+        self.sums = {}
         self.logic = "QF_BV"
 
     def parts(self, x):
@@ -106,19 +123,63 @@ class Integers:
         return simplify(total)
 
     def product(self, x, y):
-        if is_bv_value(x):
-            x, y = y, x
-        if is_bv_value(y):
-            factor = y.as_signed_long()
-            if factor & (factor + 1) == 0:  # 2^k - 1
-                return (signed34(x) << factor.bit_length()) - signed34(x)
-            if factor & (factor - 1) == 0:  # 2^k
-                return factor * signed34(x)
+        """x y of parts of 17 bits, in terms of products of the fields of words."""
+        total = BitVecVal(0, 34)
+        for (a, p), (b, q) in itertools.product(self.linear(x), self.linear(y)):
+            if is_bv_value(q):
+                (a, p), (b, q) = (b, q), (a, p)
+            if is_bv_value(p):
+                term = p.as_signed_long() * signed34(q)
+            elif p.size() == 1 or q.size() == 1:
+                bit, other = (p, q) if p.size() == 1 else (q, p)
+                term = If(bit == 1, signed34(other), BitVecVal(0, 34))
+            else:
+                term = self.opaque(p, q)
+            total += a * b * term
+        return simplify(total)
+
+    def opaque(self, x, y):
         for a, b, p in self.products:
             if (x.eq(a) and y.eq(b)) or (x.eq(b) and y.eq(a)):
                 return p
         self.products.append((x, y, BitVec(f"product!{len(self.products)}", 34)))
         return self.products[-1][2]
+
+    def linear(self, x):
+        """[(factor, field)], whose sum is x: fields of the one word that x is made of, as numbers of
+        17 bits, single bits or 1. Of other numbers, x itself."""
+        if is_bv_value(x):
+            return [(x.as_signed_long(), BitVecVal(1, 17))]
+        if x.get_id() not in self.sums:
+            self.sums[x.get_id()] = (x, self.sum_of_fields(x) or [(1, x)])
+        return self.sums[x.get_id()][1]
+
+    def sum_of_fields(self, x):
+        words = variables(x)
+        if len(words) != 1 or words[0].size() not in (16, 32):
+            return None
+        word, = words
+        bits = word.size()
+        upper = bits - 16
+        fields = {1 << upper: simplify(SignExt(1, Extract(bits - 1, upper, word))),
+                  -1 << upper: Extract(bits - 1, bits - 1, word)}
+        if upper:
+            fields |= {1 << 15: Extract(15, 15, word), 1 << 14: Extract(14, 14, word),
+                       1: ZeroExt(3, Extract(13, 0, word))}
+
+        def at(number):
+            return simplify(substitute(x, (word, BitVecVal(number, bits)))).as_signed_long()
+        factors = {place: at(place) - at(0) for place in fields}
+        factors[-1 << upper] += factors[1 << upper]
+        found = [(factor, fields[place]) for place, factor in factors.items() if factor]
+        if at(0):
+            found.append((at(0), BitVecVal(1, 17)))
+        total = sum(factor * (ZeroExt(39, field) if field.size() == 1 else SignExt(23, field))
+                    for factor, field in found)
+        if not found or not self.always(SignExt(23, x) == total):
+            return None
+        return [(factor, field) for factor, field in found
+                if field.size() > 1 or not self.always(field == 0)]
 
     def divided(self, num, den):
         """floor(num / den) of 64-bit numbers without signs, den > 0."""
@@ -126,7 +187,16 @@ class Integers:
         self.quotients.append((num, den, q))
         return q
 
-    def facts(self, formulas, exactly=False):
+    def bounds(self, x, y):
+        """The least and the largest product."""
+        def ends(part):
+            return next((first, last) for first, last in RANGES
+                        if (first, last) == RANGES[-1] or self.always(
+                            And(signed34(part) >= first, signed34(part) <= last)))
+        corners = [a * b for a, b in itertools.product(ends(x), ends(y))]
+        return min(corners), max(corners)
+
+    def facts(self, formulas, how):
         """Of the products and quotients that occur in formulas."""
         names, numbers = set(), [*self.products, *self.quotients]
         todo, seen, occurring = list(formulas), set(), []
@@ -142,8 +212,12 @@ class Integers:
                 todo.extend(occurring[-1][:2])
         factors = [n for n in occurring if n[2].size() == 34]
         for x, y, p in factors:
-            if exactly:
+            if how == EXACTLY:
                 yield p == signed34(x) * signed34(y)
+                continue
+            if how == BOUNDED:
+                first, last = self.bounds(x, y)
+                yield And(p >= first, p <= last)
                 continue
             for a, b in ((x, y), (y, x)):
                 others = [(signed34(pair[0] if pair[1].eq(b) else pair[1]), q)
@@ -159,19 +233,53 @@ class Integers:
         for (a, b, q), (c, d, r) in itertools.combinations(divided, 2):
             yield Implies(And(a == c, b == d), q == r)
 
+    def words_of(self, term):
+        """The variables that a term depends on."""
+        words, todo = set(), [term]
+        while todo:
+            for x in variables(todo.pop()):
+                operands = next((n[:2] for n in (*self.products, *self.quotients) if n[2].eq(x)), ())
+                words |= set() if operands else {str(x)}
+                todo += operands
+        return words
+
     def counterexample(self, conditions, claim):
         """A model of the conditions in which the claim is false, or None."""
-        question = [*self.assumptions, *conditions, Not(claim)]
-        for exactly in (False, True):
+        premises = [part for c in (*self.assumptions, *conditions) for part in conjuncts(c)]
+        words = self.words_of(claim)
+        near = [p for p in premises if self.words_of(p) <= words]
+        for how, said in ((BOUNDED, near), (BOUNDED, premises), (RELATED, premises),
+                          (EXACTLY, premises)):
+            question = [Not(claim), *said]
+            question += self.facts(question, how)
+            shape = renamed(And(*question))
+            if shape.get_id() in PROVED:
+                return None
             solver = SolverFor(self.logic)
-            solver.set("timeout", 60000)
-            solver.add(*question, *self.facts(question, exactly))
+            solver.set("timeout", 60000 if how == EXACTLY else 20000)
+            solver.add(*question)
             answer = solver.check()
             if answer == unsat:
+                PROVED[shape.get_id()] = shape
                 return None
-            if answer != sat:
+            if answer != sat and how == EXACTLY:
                 raise RuntimeError("the solver gives up")
         return solver.model()
+
+
+PROVED = {}  # by their numbers: contradictions, whatever their variables are called
+
+
+def conjuncts(condition):
+    if is_and(condition):
+        return [part for child in condition.children() for part in conjuncts(child)]
+    return [condition]
+
+
+def renamed(formula):
+    """With variables that are called by the order in which they are met."""
+    words = variables(formula)
+    return substitute(formula, *((x, Const(f"word{i}", x.sort())) for i, x in enumerate(words)))
 
 
 def relations_hold():

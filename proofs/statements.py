@@ -8,7 +8,7 @@ import pathlib
 import z3
 
 from execution import Execution, Value, bytes_of, from_bytes
-from integers import Integers, wide
+from integers import Integers, low
 from ir import compiled
 
 X86 = "x86_64-linux-gnu"
@@ -60,8 +60,10 @@ def computes(module, name, arguments, definition, assumptions=(), every_element=
                 found = [from_bytes(bits, data[k * bits // 8:][:bits // 8])
                          for k in range(len(elements))]
             pairs = list(zip(found, elements))
-            claims += [z3.And(x.poison is False or z3.Not(x.poison), wide(x.term) == exact)
-                       for x, exact in (pairs if every_element else [*pairs[:2], *pairs[2:][-1:]])]
+            for x, exact in pairs if every_element else [*pairs[:2], *pairs[2:][-1:]]:
+                bits = x.term.size()
+                claims += [z3.And(x.poison is False or z3.Not(x.poison),
+                                  x.term == z3.Extract(bits - 1, 0, exact)), low(exact, bits) == exact]
         for claim in claims:
             if found := refuted(numbers, path.conditions, claim):
                 return found
