@@ -32,7 +32,6 @@ void factorsOfPair(const Word16* pair, Word16* out) {
 }
 Word32 productOfAny(Word32 word, Word16 factor) { return kernels::productOfAny(word, factor); }
 Word32 addSaturated(Word32 a, Word32 b) { return kernels::addSaturated(a, b); }
-Word32 upperProduct(Word32 x, Word32 y) { return kernels::upperProduct(x, y); }
 
 }  // extern "C"
 

@@ -37,6 +37,10 @@ def floored(n, x, f):
     return product(n, x, f) >> 15
 
 
+def nearly_all(_, x):
+    return (wide(x) << 15) - wide(x) >> 15
+
+
 def each(operation, *arrays):
     """The definition of what is left in the array that follows the operands."""
     return lambda n: {len(arrays): [operation(n, *elements) for elements in zip(*arrays)]}
@@ -55,11 +59,9 @@ def largest(words):
 
 def squares(n):
     def square(words):
-        found = NUMBER
-        for x in words:
-            p = product(n, x, x)
-            found = If(p > found, p, found)
-        return If(found > (1 << 30) - 1, NUMBER + (1 << 30) - 1, found)
+        negated = Extract(15, 0, -largest(words))
+        p = product(n, negated, negated)
+        return If(p > (1 << 30) - 1, NUMBER + (1 << 30) - 1, p)
     return {2: [square(S), square(T)]}
 
 
@@ -120,9 +122,9 @@ VECTORS = [
      And(below(A, 1 << 30), NOT_NEGATIVE), []),
     ("byOneFactor", [A, FACTOR, OUT], lambda n: {2: [floored(n, x, FACTOR) for x in A]},
      "|x| < 2^31 - 2^15", below(A, (1 << 31) - (1 << 15)), []),
-    ("mulLargest", [A, OUT], each(lambda n, x: 32767 * wide(x) >> 15, A), "x <= 2^31 - 2^15",
+    ("mulLargest", [A, OUT], each(nearly_all, A), "x <= 2^31 - 2^15",
      between(A, -1 << 31, (1 << 31) - (1 << 15)), [between(A, (1 << 31) - 32767, (1 << 31) - 1)]),
-    ("mulAnyByLargest", [A, OUT], each(lambda n, x: 32767 * wide(x) >> 15, A), "any", ALWAYS, []),
+    ("mulAnyByLargest", [A, OUT], each(nearly_all, A), "any", ALWAYS, []),
     ("halfSum", [A, B, OUT], each(lambda n, a, b: wide(a) + wide(b) >> 1, A, B), "|a|, |b| < 2^30",
      below([*A, *B], 1 << 30), [between([*A, *B], 1 << 30, 1 << 30)]),
     ("halfDifference", [A, B, OUT], each(lambda n, a, b: wide(a) - wide(b) >> 1, A, B),
@@ -173,14 +175,16 @@ def value(operation):
 
 
 PRODUCTS = [
-    ("addByFirst", [A[0], A[1], F[:2]], added(A[0], A[1], F[0]), "any", ALWAYS, []),
-    ("addBySecond", [A[0], A[1], F[:2]], added(A[0], A[1], F[1]), "any", ALWAYS, []),
-    ("addByOne", [A[0], A[1], FACTOR], added(A[0], A[1], FACTOR), "any", ALWAYS, []),
+    ("addByFirst", [A[0], A[1], F[:2]], added(A[0], A[1], F[0]), "|sum| < 2^30", below(A[:1], 1 << 30),
+     []),
+    ("addBySecond", [A[0], A[1], F[:2]], added(A[0], A[1], F[1]), "|sum| < 2^30",
+     below(A[:1], 1 << 30), []),
+    ("addByOne", [A[0], A[1], FACTOR], added(A[0], A[1], FACTOR), "|sum| < 2^30",
+     below(A[:1], 1 << 30), []),
     ("factorsOfPair", [F[:2], OUT16[:2]], each(lambda n, x: wide(x), F[:2]), "any", ALWAYS, []),
     ("productOfAny", [A[0], FACTOR], value(lambda n: floored(n, A[0], FACTOR)), "f > -2^15",
      FACTOR != -32768, [FACTOR == -32768]),
     ("addSaturated", A[:2], value(lambda n: clamped(wide(A[0]) + wide(A[1]), 32)), "any", ALWAYS, []),
-    ("upperProduct", A[:2], value(lambda n: product(n, *A[:2]) >> 32), "any", ALWAYS, []),
     ("byCoefficient", A[:1],
      value(lambda n: in_halves(n, BitVecVal(-866019132, 32), A[0])), "k = 0.40327", ALWAYS, [])]
 
