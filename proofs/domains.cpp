@@ -3,8 +3,8 @@
 // of the numerators that share a quotient. Those suffice where an estimate that cannot fall while
 // the numerator grows is corrected by one: between two ends it is no further off.
 //
-// usage: domains KEY STEP [COUNT]     looks at every STEP-th number of a statement's domain, or of its
-//                                     first COUNT; prints one for which the statement does not hold
+// usage: domains KEY WHOLE STEP     looks at the first WHOLE numbers of a statement's domain and at every
+//                                   STEP-th beyond; prints one for which the statement does not hold
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +13,7 @@
 
 #include "arithmetic/division.h"
 #include "arithmetic/elementary_functions.h"
+#include "kernels/coefficients.h"
 #include "kernels/gain_curves.h"
 #include "kernels/kernels.h"
 #include "kernels/vector_unit.h"
@@ -98,6 +99,14 @@ const Statement kStatements[] = {
        const Word32 x = curveArgument(i);
        return presenceCurve(x) == reference::WVQE_Qcurve(x);
      }},
+    {"coefficient", kWords,
+     [](Number i) {
+       const Word32 y = word(i);
+       return lMult32ByCoefficient(kernels::kDeemphasis, y) ==
+                  reference::VORN_L_mult32(kernels::kDeemphasis, y) &&
+              lMult32ByCoefficient(kernels::kPreemphasis, y) ==
+                  reference::VORN_L_mult32(kernels::kPreemphasis, y);
+     }},
     {"short quotient", 65535,
      [](Number i) { return endsAreExact(i + 1, 32769, kWords / 2, shortQuotientOf); }},
     {"quotient", 32767,
@@ -111,15 +120,20 @@ const Statement kStatements[] = {
 };
 
 // In two threads.
-Number counterexample(const Statement& statement, Number step, Number count) {
+Number counterexample(const Statement& statement, Number whole, Number step) {
+  const Number count = statement.count;
   std::atomic<Number> found = count;
-  const auto half = [&](Number first) {
-    for (Number i = first; i < count && found == count; i += 2 * step) {
-      if (!statement.holds(i)) found = i;
-    }
+  const auto half = [&](bool odd) {
+    const auto lookFrom = [&](Number first, Number end, Number pace) {
+      for (Number i = odd ? first + pace : first; i < end && found == count; i += 2 * pace) {
+        if (!statement.holds(i)) found = i;
+      }
+    };
+    lookFrom(0, whole < count ? whole : count, 1);
+    lookFrom(whole, count, step);
   };
-  std::thread other(half, step);
-  half(0);
+  std::thread other(half, true);
+  half(false);
   other.join();
   return found;
 }
@@ -128,11 +142,11 @@ Number counterexample(const Statement& statement, Number step, Number count) {
 
 int main(int count, char** words) {
   for (const Statement& statement : kStatements) {
-    if (count < 3 || std::strcmp(words[1], statement.key) != 0) continue;
+    if (count != 4 || std::strcmp(words[1], statement.key) != 0) continue;
     const auto number = [&](int i) { return std::strtoull(words[i], nullptr, 10); };
-    const Number numbers = count > 3 ? number(3) : statement.count;
-    const Number found = counterexample(statement, number(2), numbers);
-    if (found != numbers) std::printf("number %llu\n", static_cast<unsigned long long>(found));
+    const Number found = counterexample(statement, number(2), number(3));
+    if (found != statement.count)
+      std::printf("number %llu\n", static_cast<unsigned long long>(found));
     return 0;
   }
   std::fprintf(stderr, "no such statement\n");

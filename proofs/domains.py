@@ -10,20 +10,24 @@ import tempfile
 
 from statements import Statement
 
-# The key in domains.cpp, what is said, its domain, and what is looked at of it where there is little
-# time: one number in so many, or the first so many.
+ALL = 1 << 32
+# The key in domains.cpp, what is said, its domain, and how many of its first numbers are looked at and
+# which of the others: where there is little time, and with --all. The curves are constant from 2^24 on.
 STATEMENTS = [
-    ("exp2", "2^x is the reference's", "2^16", 1, None),
-    ("exp", "e^x is the reference's", "2^16", 1, None),
-    ("log4", "floor(log4 x) is the reference's", "2^32", 61, None),
-    ("root", "the square root is the reference's", "2^31, x >= 0", 61, None),
-    ("amplitude", "T(v) / sqrt(v) is the reference's", "2^32", 1, 1 << 20),
-    ("presence", "x / (x + 0.15) is the reference's", "2^32", 1, 1 << 20),
-    ("short quotient", "shortQuotient is floor(num / den)", "num < 2^31, den < 2^16", 61, None),
-    ("quotient", "SSE2 quotient is floor(num / den)", "num < 2^31, den < 2^15", 61, None),
-    ("small quotient", "SSE2 smallQuotient is floor(num / den)", "num < 2^23, den < 2^15", 7, None),
-    ("log4 of four", "SSE2 log4Of: exponent, mantissa", "0 < x < 2^31", 61, None),
-    ("scaled", "SSE2 scaled is floor(x 2^n)", "x < 2^24, -24 <= n <= 7", 61, None)]
+    ("exp2", "2^x is the reference's", "2^16", (ALL, 1), (ALL, 1)),
+    ("exp", "e^x is the reference's", "2^16", (ALL, 1), (ALL, 1)),
+    ("log4", "floor(log4 x) is the reference's", "2^32", (0, 61), (ALL, 1)),
+    ("root", "the square root is the reference's", "2^31, x >= 0", (0, 61), (ALL, 1)),
+    ("coefficient", "lMult32ByCoefficient is the reference's", "2^32", (0, 61), (ALL, 1)),
+    ("amplitude", "T(v) / sqrt(v) is the reference's", "2^32", (1 << 20, 99991), (1 << 24, 251)),
+    ("presence", "x / (x + 0.15) is the reference's", "2^32", (1 << 20, 99991), (1 << 24, 251)),
+    ("short quotient", "shortQuotient is floor(num / den)", "num < 2^31, den < 2^16", (0, 61),
+     (ALL, 1)),
+    ("quotient", "SSE2 quotient is floor(num / den)", "num < 2^31, den < 2^15", (0, 61), (ALL, 1)),
+    ("small quotient", "SSE2 smallQuotient is floor(num / den)", "num < 2^23, den < 2^15", (0, 7),
+     (ALL, 1)),
+    ("log4 of four", "SSE2 log4Of: exponent, mantissa", "0 < x < 2^31", (0, 61), (ALL, 1)),
+    ("scaled", "SSE2 scaled is floor(x 2^n)", "x < 2^24, -24 <= n <= 7", (0, 61), (ALL, 1))]
 
 
 def program(source):
@@ -46,12 +50,11 @@ def program(source):
 
 def statements(source):
     compiled = functools.cache(lambda: program(source))
-    for key, what, domain, step, count in STATEMENTS:
-        if source.everything:
-            step, count = 1, None
-        part = f", one in {step}" if step > 1 else f", {count} of them" if count else ""
+    for key, what, domain, *looks in STATEMENTS:
+        whole, step = looks[source.everything]
 
-        def check(words=(key, str(step), *([str(count)] if count else []))):
+        def check(words=(key, str(whole), str(step))):
             done = subprocess.run([compiled(), *words], check=True, capture_output=True, text=True)
             return done.stdout.strip() or None
-        yield Statement(what, domain + part, check, bool(part))
+        yield Statement(what, domain + (f", one in {step}" + f" from 2^{whole.bit_length() - 1} on" * (
+            whole > 0) if step > 1 else ""), check, step > 1)

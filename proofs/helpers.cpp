@@ -40,9 +40,9 @@ Word32 addSaturated(Word32 a, Word32 b) { return kernels::addSaturated(a, b); }
 
 extern "C" {
 
-#define BY_FACTORS(name)                                          \
-  void name(const Word32* x, const Word16* f, Word32* out) {      \
-    store(out, kernels::name(load(x), loadFactors(f)));           \
+#define BY_FACTORS(name)                                     \
+  void name(const Word32* x, const Word16* f, Word32* out) { \
+    store(out, kernels::name(load(x), loadFactors(f)));      \
   }
 BY_FACTORS(mulQ15)
 BY_FACTORS(share)
@@ -51,9 +51,9 @@ BY_FACTORS(shareLess)
 BY_FACTORS(mulHighQ15)
 #undef BY_FACTORS
 
-#define OF_TWO(name)                                              \
-  void name(const Word32* a, const Word32* b, Word32* out) {      \
-    store(out, kernels::name(load(a), load(b)));                  \
+#define OF_TWO(name)                                         \
+  void name(const Word32* a, const Word32* b, Word32* out) { \
+    store(out, kernels::name(load(a), load(b)));             \
   }
 OF_TWO(halfSum)
 OF_TWO(halfDifference)
@@ -91,9 +91,7 @@ void storeShifted(const Word16* x, int left, int right, Word32* out) {
 void flags(const Word32* x, unsigned char* out) { storeFlags(out, load(x) < 0); }
 void maskOfFlags(const unsigned char* flags, Word32* out) { store(out, loadFlags(flags)); }
 int anyOf(const Word32* x) { return any(load(x) < 0); }
-int isOutside(const Word16* x, Word16 least, Word16 most) {
-  return any(outsideOf(x, least, most));
-}
+int isOutside(const Word16* x, Word16 least, Word16 most) { return any(outsideOf(x, least, most)); }
 void weightedPairs(const Word16* from, const Word16* first, const Word16* second, Word32* out) {
   const Word32 places[4] = {0, 0, 2, 4};
   store(out, kernels::weightedPairs(from, places, first, second));

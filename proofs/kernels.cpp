@@ -19,9 +19,7 @@ void normalise(Word32* x, Word16 headroom, Word32* exponent) {
 void normaliseSamples(const Word16* samples, Word16 headroom, Word32* x, Word32* exponent) {
   *exponent = FORM::normaliseSamples({samples, 8}, headroom, {x, 8}).exponent;
 }
-void multiply(Word32* x, UsedBits bits, const Word16* f) {
-  FORM::multiply({{x, 8}, bits}, {f, 8});
-}
+void multiply(Word32* x, UsedBits bits, const Word16* f) { FORM::multiply({{x, 8}, bits}, {f, 8}); }
 void preemphasise(const Word32* x, UsedBits bits, Word32 previous, Word32* out) {
   FORM::preemphasise({{x, 8}, bits}, previous, {out, 8});
 }
@@ -35,8 +33,8 @@ void spreadToBins(const Word16* bands, const Word32* lower, const Word32* upper,
 }
 void trackNoise(const Word32* power, UsedBits bits, Word32* windowMinimum, Word32* minimum,
                 Word32* smooth, Word32* noise, Word16 alpha, unsigned char* active) {
-  FORM::trackNoise({{power, 4}, bits},
-                   {{windowMinimum, 4}, {minimum, 4}, {smooth, 4}, {noise, 4}}, alpha, {active, 4});
+  FORM::trackNoise({{power, 4}, bits}, {{windowMinimum, 4}, {minimum, 4}, {smooth, 4}, {noise, 4}},
+                   alpha, {active, 4});
 }
 void scaleBins(Word32* x, UsedBits bits, const Word16* gains) {
   FORM::scaleBins({{x, 16}, bits}, {gains, 8});
