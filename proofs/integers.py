@@ -15,6 +15,7 @@ WIDE = 72  # holds every integer of the statements
 NUMBER = BitVecVal(0, WIDE)
 RANGES = ((0, 16383), (0, 32767), (-32768, 32767), (0, 65535), (-65536, 65535))
 BOUNDED, RELATED, EXACTLY = range(3)  # what is said of products
+SECOND = 600000  # about, of the solver's steps: what it decides does not depend on the machine's load
 
 
 def wide(x):
@@ -100,14 +101,14 @@ class Integers:
         if is_true(condition):
             return True
         solver = SolverFor("QF_BV")
-        solver.set("timeout", 2000)
+        solver.set("rlimit", SECOND)
         solver.add(*self.assumptions, Not(condition))
         return solver.check() == unsat
 
     def possible(self, conditions):
         """Whether the conditions can hold, as far as that is seen without products."""
         solver = SolverFor(self.logic)
-        solver.set("timeout", 2000)
+        solver.set("rlimit", SECOND)
         solver.add(*self.assumptions, *conditions)
         return solver.check() != unsat
 
@@ -256,15 +257,25 @@ class Integers:
             if shape.get_id() in PROVED:
                 return None
             solver = SolverFor(self.logic)
-            solver.set("timeout", 60000 if how == EXACTLY else 20000)
+            solver.set("rlimit", (60 if how == EXACTLY else 20) * SECOND)
             solver.add(*question)
             answer = solver.check()
             if answer == unsat:
                 PROVED[shape.get_id()] = shape
                 return None
-            if answer != sat and how == EXACTLY:
-                raise RuntimeError("the solver gives up")
-        return solver.model()
+            if answer == sat and (model := self.confirmed(solver.model(), claim, premises)):
+                return model
+        raise RuntimeError("the solver gives up")
+
+    def confirmed(self, model, claim, premises):
+        """The model with the products as they are, if it still is one."""
+        question = [Not(claim), *premises]
+        question += self.facts(question, EXACTLY)
+        solver = SolverFor(self.logic)
+        solver.set("rlimit", 20 * SECOND)
+        solver.add(*question, *(x == model.eval(x, True) for x in variables(*question)
+                                if "!" not in str(x)))
+        return solver.model() if solver.check() == sat else None
 
 
 PROVED = {}  # by their numbers: contradictions, whatever their variables are called
