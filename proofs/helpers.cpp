@@ -96,10 +96,6 @@ void weightedPairs(const Word16* from, const Word16* first, const Word16* second
   const Word32 places[4] = {0, 0, 2, 4};
   store(out, kernels::weightedPairs(from, places, first, second));
 }
-void interpolated(const unsigned short* table, const Word32* right, const Word32* left,
-                  Word32* out) {
-  store(out, kernels::interpolated(table, Words{0, 1, 1, 3}, load(right), load(left)));
-}
 void multiplyEight(const Word16* x, Word16 f, Word16* out) { kernels::multiplyEight(x, f, out); }
 Word32 largestMagnitude(const Word16* x) { return kernels::largestMagnitude(x, 8); }
 void largestSquares(const Word16* first, const Word16* second, Word32* out) {

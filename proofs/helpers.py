@@ -80,22 +80,16 @@ def pairs(n):
                 for i, f, g in zip((0, 0, 2, 4), F, G)]}
 
 
-def interpolated(n):
-    def by(i, weight):
-        return product(n, ZeroExt(1, S[i]), weight)
-    return {3: [by(i, left) + by(i + 1, right) for i, right, left in zip((0, 1, 1, 3), A, B)]}
-
-
 W = array("w", 4)
 COSINES, SINES = ([Extract(15 + i, i, w) for w in W] for i in (0, 16))
 
 
 def turned(re, im):
+    """Modulo 2^32: the sum fits where the twiddle lies in the unit circle."""
     def of(n):
-        return {3: [*(floored(n, y, s) - floored(n, x, c)
-                      for x, y, c, s in zip(re, im, COSINES, SINES)),
-                    *(floored(n, x, s) + floored(n, y, c)
-                      for x, y, c, s in zip(re, im, COSINES, SINES))]}
+        parts = [[floored(n, y, s) - floored(n, x, c), floored(n, x, s) + floored(n, y, c)]
+                 for x, y, c, s in zip(re, im, COSINES, SINES)]
+        return {3: [low(part, 32) for k in (0, 1) for part in (pair[k] for pair in parts)]}
     return of
 
 
@@ -154,8 +148,6 @@ VECTORS = [
         If(Or(*(Or(x < F[0], x > F[1]) for x in S)), TRUE, NUMBER)]}, "any", ALWAYS, []),
     ("weightedPairs", [S, F, G, OUT], pairs, "weights >= 0", between([*F, *G], 0, 32767),
      [between([*F, *G, *S], -32768, -32768)]),
-    ("interpolated", [S, A, B, OUT], interpolated, "tables, weights < 2^15",
-     between([*S, *A, *B], 0, 32767), [And(between(S, -1, -1), between([*A, *B], 1, 1))]),
     ("multiplyEight", [S, FACTOR, OUT16], lambda n: {2: [floored(n, x, FACTOR) for x in S]},
      "f > -2^15", FACTOR != -32768, [FACTOR == -32768]),
     ("largestMagnitude", [S], lambda n: {"result": [largest(S)]}, "any", ALWAYS, []),

@@ -13,6 +13,7 @@ from z3 import (Z3_OP_UNINTERPRETED, And, BitVec, BitVecVal, Const, Extract, If,
 
 WIDE = 72  # holds every integer of the statements
 NUMBER = BitVecVal(0, WIDE)
+ONE = BitVecVal(1, 17)
 RANGES = ((0, 16383), (0, 32767), (-32768, 32767), (0, 65535), (-65536, 65535))
 BOUNDED, RELATED, EXACTLY = range(3)  # what is said of products
 SECOND = 600000  # about, of the solver's steps: what it decides does not depend on the machine's load
@@ -125,12 +126,18 @@ class Integers:
 
     def product(self, x, y):
         """x y of parts of 17 bits, in terms of products of the fields of words."""
+        if is_bv_value(x):
+            x, y = y, x
+        if is_bv_value(y):
+            factor = y.as_signed_long()
+            if factor >= 0 and factor & (factor + 1) == 0:  # 2^k - 1
+                return (signed34(x) << factor.bit_length()) - signed34(x)
+            if factor & (factor - 1) == 0:  # 2^k
+                return factor * signed34(x)
         total = BitVecVal(0, 34)
         for (a, p), (b, q) in itertools.product(self.linear(x), self.linear(y)):
-            if is_bv_value(q):
-                (a, p), (b, q) = (b, q), (a, p)
-            if is_bv_value(p):
-                term = p.as_signed_long() * signed34(q)
+            if p.eq(ONE) or q.eq(ONE):
+                term = signed34(q if p.eq(ONE) else p)
             elif p.size() == 1 or q.size() == 1:
                 bit, other = (p, q) if p.size() == 1 else (q, p)
                 term = If(bit == 1, signed34(other), BitVecVal(0, 34))
@@ -148,9 +155,7 @@ class Integers:
 
     def linear(self, x):
         """[(factor, field)], whose sum is x: fields of the one word that x is made of, as numbers of
-        17 bits, single bits or 1. Of other numbers, x itself."""
-        if is_bv_value(x):
-            return [(x.as_signed_long(), BitVecVal(1, 17))]
+        17 bits, single bits or ONE. Of other numbers, x itself."""
         if x.get_id() not in self.sums:
             self.sums[x.get_id()] = (x, self.sum_of_fields(x) or [(1, x)])
         return self.sums[x.get_id()][1]
@@ -174,7 +179,7 @@ class Integers:
         factors[-1 << upper] += factors[1 << upper]
         found = [(factor, fields[place]) for place, factor in factors.items() if factor]
         if at(0):
-            found.append((at(0), BitVecVal(1, 17)))
+            found.append((at(0), ONE))
         total = sum(factor * (ZeroExt(39, field) if field.size() == 1 else SignExt(23, field))
                     for factor, field in found)
         if not found or not self.always(SignExt(23, x) == total):
@@ -191,9 +196,10 @@ class Integers:
     def bounds(self, x, y):
         """The least and the largest product."""
         def ends(part):
-            return next((first, last) for first, last in RANGES
-                        if (first, last) == RANGES[-1] or self.always(
-                            And(signed34(part) >= first, signed34(part) <= last)))
+            if is_bv_value(part):
+                return [part.as_signed_long()]
+            return next(ends for ends in RANGES if ends == RANGES[-1] or self.always(
+                And(signed34(part) >= ends[0], signed34(part) <= ends[1])))
         corners = [a * b for a, b in itertools.product(ends(x), ends(y))]
         return min(corners), max(corners)
 
