@@ -6,7 +6,9 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace arvessa::bench {
@@ -34,6 +36,9 @@ struct Case {
 inline constexpr const char* kEmptyCase = "empty";
 
 const std::vector<Case>& allCases();
+
+// A whole frame with another input (hard_signals.h); nothing if there is no whole frame of that name.
+std::optional<Case> caseOfRecipe(std::string_view name, std::string_view recipe);
 
 // The parts of the table, in the order of the signal path.
 void addBeamformerCases(std::vector<Case>& cases);

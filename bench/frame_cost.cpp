@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // frame_cost CASE FRAMES: runs one case of the benchmarks for a number of frames, each of them
 // between two marker functions that do nothing, so that a tool which watches the program can tell
-// what the frame alone costs. frame_cost --list names the cases.
+// what the frame alone costs. frame_cost --list names the cases. NAME@RECIPE is the whole frame of that
+// name with the input of a recipe (hard_signals.h).
 
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <iostream>
+#include <optional>
+#include <string_view>
 
 #include "cases.h"
 
@@ -30,16 +33,18 @@ namespace {
 
 using namespace arvessa::bench;
 
-const Case* findCase(const char* name) {
+std::optional<Case> findCase(std::string_view name) {
+  const std::size_t at = name.find('@');
+  if (at != std::string_view::npos) return caseOfRecipe(name.substr(0, at), name.substr(at + 1));
   for (const Case& c : allCases()) {
-    if (c.name == name) return &c;
+    if (c.name == name) return c;
   }
-  return nullptr;
+  return std::nullopt;
 }
 
 int runCase(const char* name, int frames) {
-  const Case* chosen = findCase(name);
-  if (chosen == nullptr) {
+  const std::optional<Case> chosen = findCase(name);
+  if (!chosen) {
     std::cerr << "frame_cost: no case " << name << "; frame_cost --list names them\n";
     return EXIT_FAILURE;
   }

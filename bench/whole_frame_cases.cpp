@@ -4,9 +4,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Arvessa.h"
 #include "Vorn.h"
@@ -22,21 +26,21 @@ template <std::size_t kBytes>
 using Memory = std::array<std::uint32_t, (kBytes + 3) / 4>;
 
 struct FrontEnd {
-  FrontEnd(bool engine, bool suppress) {
+  FrontEnd(FrameStream frames, bool engine, bool suppress) : input(std::move(frames)) {
     cfg.nrEnable = suppress ? 1 : 0;
     cfg.engineEnable = engine ? 1 : 0;
     Arvessa_Init(&cfg);
   }
 
-  FrameStream speech = noisySpeechOfTwo();
+  FrameStream input;
   Memory<ARVESSA_WORK_BYTES> work{};
   ArvessaConfig cfg{work.data(), sizeof work, 0, 0, 0};
   alignas(ARVESSA_WORK_ALIGNMENT) std::array<Word16, ARVESSA_FRAME_SAMPLES> out{};
 };
 
-Work frontEnd(bool engine, bool suppress) {
-  auto f = std::make_shared<FrontEnd>(engine, suppress);
-  return {{}, [f](int i) { Arvessa(f->speech.frame(i), f->out.data(), &f->cfg); }};
+Work frontEnd(FrameStream frames, bool engine, bool suppress) {
+  auto f = std::make_shared<FrontEnd>(std::move(frames), engine, suppress);
+  return {{}, [f](int i) { Arvessa(f->input.frame(i), f->out.data(), &f->cfg); }};
 }
 
 struct Engine {
@@ -65,26 +69,63 @@ std::string switches(const char* first, bool firstOn, const char* second, bool s
   return std::string("/") + first + (firstOn ? "1" : "0") + "_" + second + (secondOn ? "1" : "0");
 }
 
-}  // namespace
+// The kinds of whole frames: the engine by rate, the front end.
+struct Whole {
+  std::string name;
+  int rate;  // of the recipe that is dear
+  int frameLength;
+  std::function<FrameStream()> speech;
+  std::function<Work(FrameStream)> work;
+};
 
-void addWholeFrameCases(std::vector<Case>& cases) {
+std::vector<Whole> wholeFrames() {
+  std::vector<Whole> all;
   for (int rate = 0; rate < kRateCodes; ++rate) {
     for (const bool suppress : {false, true}) {
       for (const bool agc : {false, true}) {
-        cases.push_back({"VORN_Proc" + rateSuffix(rate) + switches("nr", suppress, "agc", agc),
-                         [=] { return engine(noisySpeech(rate), rate, suppress, agc); }});
+        all.push_back(
+            {"VORN_Proc" + rateSuffix(rate) + switches("nr", suppress, "agc", agc), rate,
+             kRates[rate].samples, [=] { return noisySpeech(rate); },
+             [=](FrameStream frames) { return engine(std::move(frames), rate, suppress, agc); }});
       }
     }
   }
-  for (const HardSignal& signal : hardSignals()) {
-    cases.push_back({std::string("VORN_Proc/8k/nr1_agc1/") + signal.name,
-                     [&signal] { return engine(framesOf(signal), 0, true, true); }});
+  const auto addFrontEnd = [&](const char* name, bool hasEngine, bool suppress) {
+    all.push_back({name, 0, 2 * ARVESSA_FRAME_SAMPLES, noisySpeechOfTwo, [=](FrameStream frames) {
+                     return frontEnd(std::move(frames), hasEngine, suppress);
+                   }});
+  };
+  addFrontEnd("Arvessa/engine0", false, false);
+  addFrontEnd("Arvessa/engine1_nr0", true, false);
+  addFrontEnd("Arvessa/engine1_nr1", true, true);
+  return all;
+}
+
+}  // namespace
+
+void addWholeFrameCases(std::vector<Case>& cases) {
+  for (const Whole& whole : wholeFrames()) {
+    cases.push_back({whole.name, [whole] { return whole.work(whole.speech()); }});
+    for (const HardSignal& signal : hardSignals()) {
+      if (whole.name != "VORN_Proc/8k/nr1_agc1") break;
+      cases.push_back({whole.name + "/" + signal.name, [whole, &signal] {
+                         return whole.work(framesOf(signal.recipe, whole.frameLength));
+                       }});
+    }
+    cases.push_back({whole.name + "/found", [whole] {
+                       return whole.work(framesOf(foundRecipe(whole.rate), whole.frameLength));
+                     }});
   }
-  cases.push_back({"Arvessa/engine0", [] { return frontEnd(false, false); }});
-  for (const bool suppress : {false, true}) {
-    cases.push_back({"Arvessa" + switches("engine", true, "nr", suppress),
-                     [=] { return frontEnd(true, suppress); }});
+}
+
+std::optional<Case> caseOfRecipe(std::string_view name, std::string_view recipe) {
+  for (const Whole& whole : wholeFrames()) {
+    if (whole.name != name) continue;
+    return Case{whole.name, [whole, recipe = std::string(recipe)] {
+                  return whole.work(framesOf(recipe, whole.frameLength));
+                }};
   }
+  return std::nullopt;
 }
 
 }  // namespace arvessa::bench

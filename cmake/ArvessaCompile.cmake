@@ -16,7 +16,7 @@ endif()
 if(ARVESSA_FUZZ STREQUAL "coverage")
   add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
   add_link_options(-fprofile-instr-generate)
-elseif(ARVESSA_FUZZ)
+elseif(ARVESSA_FUZZ STREQUAL "libFuzzer")
   # Every comparison of the arithmetic would be traced, which takes most of the time.
   add_compile_options(-fsanitize=fuzzer-no-link -fno-sanitize-coverage=trace-cmp)
 endif()

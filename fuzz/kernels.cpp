@@ -165,8 +165,21 @@ Words sparse(Kernels& k) {
   return block;
 }
 
+// That of a click, whose energy meets in one point again.
+Words spectrumOfClick(Kernels& k) {
+  Words click(2 * k.bins()), spectrum(2 * k.bins());
+  const std::size_t at = k.below(k.bins());
+  for (const std::size_t i : {2 * at, 2 * at + 1}) {
+    click[i] = k.often() ? (k.often() ? kMin32 : kMax32) : k.random.word32();
+  }
+  Plain::forwardTransform({click, kAllBits}, k.g.transform, spectrum);
+  const int up = k.random.below(5);
+  for (Word32& word : spectrum) word = lShl(word, static_cast<Word16>(up));
+  return spectrum;
+}
+
 void tryInverseTransform(Kernels& k) {
-  const Words spectrum = sparse(k);
+  const Words spectrum = k.often() ? spectrumOfClick(k) : sparse(k);
   expectSame([&](auto form, Words& out) { form.inverseTransform(spectrum, k.g.transform, out); },
              spectrum);
 }

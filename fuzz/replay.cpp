@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Runs a target without libFuzzer: replay FILE... --random N, on the inputs of the files and on N that
 // are made of numbers. The file is named before it is run.
-#include <string>
 #include <vector>
 
 #include "fuzz.h"
@@ -24,7 +23,7 @@ std::vector<std::uint8_t> contents(const char* name) {
 int main(int count, char** words) {
   int inputs = 0;
   for (int i = 1; i < count; ++i) {
-    if (std::string(words[i]) != "--random") {
+    if (std::strcmp(words[i], "--random") != 0) {
       std::printf("%s\n", words[i]);
       std::fflush(stdout);
       arvessa::fuzz::runInput(contents(words[i]));

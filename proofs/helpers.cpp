@@ -14,7 +14,6 @@ extern "C" {
 Word32 quotient(Word32 num, Word32 den) { return arvessa::quotient(num, den); }
 Word16 quotientQ8(Word32 num, Word32 den) { return arvessa::quotientQ8(num, den); }
 Word32 quotientQ15(Word32 num, Word32 den) { return arvessa::quotientQ15(num, den); }
-Word32 byCoefficient(Word32 y) { return lMult32ByCoefficient(-866019132, y); }
 
 // products.h
 Word32 addByFirst(Word32 sum, Word32 word, const Word16* pair) {
@@ -100,17 +99,6 @@ void multiplyEight(const Word16* x, Word16 f, Word16* out) { kernels::multiplyEi
 Word32 largestMagnitude(const Word16* x) { return kernels::largestMagnitude(x, 8); }
 void largestSquares(const Word16* first, const Word16* second, Word32* out) {
   kernels::largestSquares(first, second, 8, out);
-}
-void turn(const Word32* re, const Word32* im, const Word32* twiddles, Word32* out) {
-  const Turned turned = kernels::turn(halvesOf(load(re), load(im)), twiddlesOf(load(twiddles)));
-  store(out, turned.negatedRe);
-  store(out + 4, turned.im);
-}
-void turnExchanged(const Word32* re, const Word32* im, const Word32* twiddles, Word32* out) {
-  const Turned turned =
-      kernels::turnExchanged(halvesOf(load(re), load(im)), twiddlesOf(load(twiddles)));
-  store(out, turned.negatedRe);
-  store(out + 4, turned.im);
 }
 
 }  // extern "C"

@@ -80,22 +80,7 @@ def pairs(n):
                 for i, f, g in zip((0, 0, 2, 4), F, G)]}
 
 
-W = array("w", 4)
-COSINES, SINES = ([Extract(15 + i, i, w) for w in W] for i in (0, 16))
-
-
-def turned(re, im):
-    """Modulo 2^32: the sum fits where the twiddle lies in the unit circle."""
-    def of(n):
-        parts = [[floored(n, y, s) - floored(n, x, c), floored(n, x, s) + floored(n, y, c)]
-                 for x, y, c, s in zip(re, im, COSINES, SINES)]
-        return {3: [low(part, 32) for k in (0, 1) for part in (pair[k] for pair in parts)]}
-    return of
-
-
 NOT_NEGATIVE = between(F, 0, 1 << 15)
-TURNS = And(*(c != -32768 for c in COSINES))
-BOUND = (1 << 30) - (1 << 14)
 
 # Name, arguments, definition, what is said of the operands, that, and operands just beyond it, for
 # which it does not hold.
@@ -151,11 +136,7 @@ VECTORS = [
     ("multiplyEight", [S, FACTOR, OUT16], lambda n: {2: [floored(n, x, FACTOR) for x in S]},
      "f > -2^15", FACTOR != -32768, [FACTOR == -32768]),
     ("largestMagnitude", [S], lambda n: {"result": [largest(S)]}, "any", ALWAYS, []),
-    ("largestSquares", [S, T, OUT[:2]], squares, "any", ALWAYS, []),
-    ("turn", [A, B, W, array("out", 8)], turned(A, B), "|x| < 2^30 - 2^14, c > -2^15",
-     And(below([*A, *B], BOUND), TURNS), [And(between(A, BOUND, BOUND), below(B, BOUND), TURNS)]),
-    ("turnExchanged", [A, B, W, array("out", 8)], turned(B, A), "|x| < 2^30 - 2^14, c > -2^15",
-     And(below([*A, *B], BOUND), TURNS), [And(between(B, BOUND, BOUND), below(A, BOUND), TURNS)])]
+    ("largestSquares", [S, T, OUT[:2]], squares, "any", ALWAYS, [])]
 
 
 def added(sum_of, word, factor):

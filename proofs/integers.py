@@ -134,6 +134,8 @@ class Integers:
                 return (signed34(x) << factor.bit_length()) - signed34(x)
             if factor & (factor - 1) == 0:  # 2^k
                 return factor * signed34(x)
+        if all([word.size() for word in variables(part)] == [32] for part in (x, y)):
+            return self.opaque(x, y)  # too many products of fields
         total = BitVecVal(0, 34)
         for (a, p), (b, q) in itertools.product(self.linear(x), self.linear(y)):
             if p.eq(ONE) or q.eq(ONE):
@@ -300,7 +302,16 @@ def renamed(formula):
 
 
 def relations_hold():
-    """The relations above, of all real numbers, which are easier to decide."""
+    """The relations above, of all real numbers, which are easier to decide; and products by numbers
+    that have a form of their own."""
+    part = BitVec("part", 17)
+    for factor in (-9, -8, -2, -1, 0, 1, 2, 7, 8, 9, 32767, -32768):
+        numbers, factor = Integers(), BitVecVal(factor, 17)
+        claim = numbers.product(part, factor) == signed34(part) * signed34(factor)
+        solver = Solver()
+        solver.add(Not(claim), *numbers.facts([claim], EXACTLY))
+        if solver.check() != unsat:
+            return False
     x, y, x2 = Reals("x y x2")
     bounds = [And(n >= -65536, n < 65536) for n in (x, y, x2)]
     for claim in relations(x, y, x * y, [(x2, x2 * y)]):

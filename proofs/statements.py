@@ -39,10 +39,9 @@ def equal(module, name, operands, definition, assumptions=()):
     return computes(module, name, operands, lambda n: {"result": [definition(n)]}, assumptions)
 
 
-def computes(module, name, arguments, definition, assumptions=(), every_element=True):
+def computes(module, name, arguments, definition, assumptions=()):
     """The same of a function that also takes arrays, which are lists of their elements. The
-    definition gives the elements that are left in an array, by the argument's number; of which the
-    first two and the last one are looked at, or all."""
+    definition gives the elements that are left in an array, by the argument's number."""
     numbers = Integers(*assumptions)
     if any(map(z3.is_fp, arguments)):
         numbers.logic = "QF_FPBV"
@@ -59,8 +58,7 @@ def computes(module, name, arguments, definition, assumptions=(), every_element=
                 data = list(path.memory[i].values())
                 found = [from_bytes(bits, data[k * bits // 8:][:bits // 8])
                          for k in range(len(elements))]
-            pairs = list(zip(found, elements))
-            for x, exact in pairs if every_element else [*pairs[:2], *pairs[2:][-1:]]:
+            for x, exact in zip(found, elements):
                 bits = x.term.size()
                 claims += [z3.And(x.poison is False or z3.Not(x.poison),
                                   x.term == z3.Extract(bits - 1, 0, exact)), low(exact, bits) == exact]

@@ -58,13 +58,13 @@ void VORN_NR_c_ifft_rever_ASM(const Word32* src, Word32* dst, int sel) {
 void VORN_NR_c_fft_COP_ASM(Word32* a, Word32* b, int /*twiddlePosition*/, int /*pairCounter*/,
                            int sel) {
   using namespace arvessa;
-  steps::remainingStages(a, b, tablesOfSelector(sel), false);
+  steps::stagesFrom(1, a, b, tablesOfSelector(sel), false);
 }
 
 void VORN_NR_c_ifft_COP_ASM(Word32* a, Word32* b, int /*twiddlePosition*/, int /*pairCounter*/,
                             int sel) {
   using namespace arvessa;
-  steps::remainingStages(a, b, tablesOfSelector(sel), true);
+  steps::stagesFrom(1, a, b, tablesOfSelector(sel), true);
 }
 
 void VORN_NR_r_fft_COP_ASM(const Word32* Z, Word32* X, int sel) {

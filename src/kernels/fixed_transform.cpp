@@ -81,20 +81,19 @@ void firstStage(const Word32* from, Word32* to, const TransformTables& tables, b
   }
 }
 
-void remainingStages(Word32* a, Word32* b, const TransformTables& tables, bool inverse) {
-  const Word16* twiddle = tables.rearranged;
-  for (int s = 1; s <= tables.stages; ++s) {
-    stage(a, b, tables.points, s, twiddle, inverse);
-    twiddle += 4 << s;
+Word32* stagesFrom(int first, Word32* a, Word32* b, const TransformTables& tables, bool inverse) {
+  for (int s = first; s <= tables.stages; ++s) {
+    stage(a, b, tables.points, s, twiddlesOfStage(tables, s), inverse);
     std::swap(a, b);
   }
+  return a;
 }
 
 void complexTransform(Word32* x, const TransformTables& tables, bool inverse) {
   Word32 scratch[kMaxTransform];
   firstStage(x, scratch, tables, inverse);
-  remainingStages(scratch, x, tables, inverse);
-  if (tables.stages % 2 == 0) std::copy(scratch, scratch + 2 * tables.points, x);
+  const Word32* const result = stagesFrom(1, scratch, x, tables, inverse);
+  if (result == scratch) std::copy(scratch, scratch + 2 * tables.points, x);
 }
 
 void forwardSplit(const Word32* z, Word32* out, const TransformTables& tables) {

@@ -90,12 +90,15 @@ void lastStage(const Word32* in, Word32* out, int points, const Word16* twiddle)
 }
 
 // The stages after the first, which alternate between the blocks, from `a` first. Returns the block
-// that holds the result. `isSafe`, asked before each stage, may stop them: nullptr.
+// that holds the result. Before each stage `isSafe` is asked. Back, the definition takes over where it
+// is not; forward, where points wait for their halving, nothing does: nullptr.
 template <bool kInverse, class IsSafe>
 Word32* stagesAfterFirst(Word32* a, Word32* b, const TransformTables& tables, IsSafe isSafe) {
   const Word16* twiddle = tables.rearranged;
   for (int s = 1; s <= tables.stages; ++s, twiddle += 2 << s) {
-    if (!isSafe(a)) return nullptr;
+    if (!isSafe(a)) {
+      return kInverse ? saturating::stagesFrom(s, a, b, tables, kInverse) : nullptr;
+    }
     if (s < tables.stages) {
       stage<kInverse>(a, b, tables.points, s, twiddle);
     } else {
@@ -199,7 +202,6 @@ void Portable::inverseTransform(ConstBlock spectrum, const TransformTables& tabl
     return areWithin(points, 2 * tables.points, kLargestPart);
   };
   Word32* const x = stagesAfterFirst<true>(scratch, out.data(), tables, doubles);
-  if (x == nullptr) return Plain::inverseTransform(spectrum, tables, out);
   if (x != out.data()) std::copy(x, x + 2 * tables.points, out.data());
 }
 

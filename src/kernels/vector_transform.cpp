@@ -138,11 +138,6 @@ inline void twoStages(Points (&p)[4], const First& first, const OfSums& ofSums,
   combine<kHalve>(p[2], p[3], ofDifferences(p[3]));
 }
 
-// The twiddles of stage s in the order of their use: each twice, but in the last.
-const Word16* twiddlesOfStage(const TransformTables& tables, int s) {
-  return tables.rearranged + 4 * ((1 << s) - 2);
-}
-
 Words splatPair(const Word16* pair) {
   Word32 word = 0;
   std::memcpy(&word, pair, sizeof word);
@@ -239,9 +234,9 @@ void stage2(Quads in, Quads out, const TransformTables& tables) {
   }
 }
 
-// The last two stages: four rows of four blocks at a time.
-template <bool kHalve, class Out>
-void lastPass(Quads in, Out out, int s, const TransformTables& tables) {
+// The last two stages: four rows of four blocks at a time. `stages` takes the points and the twiddles.
+template <class Out, class Stages>
+inline void lastPass(Quads in, Out out, int s, const TransformTables& tables, Stages stages) {
   const int rows = 1 << s;
   const Word16* const first = twiddlesOfStage(tables, s);
   const Word16* const second = twiddlesOfStage(tables, s + 1);
@@ -253,8 +248,7 @@ void lastPass(Quads in, Out out, int s, const TransformTables& tables) {
     Points p[4] = {{re[0], im[0]}, {re[1], im[1]}, {re[2], im[2]}, {re[3], im[3]}};
     const Words each =
         __builtin_shufflevector(loadPairs(first + 4 * g), loadPairs(first + 4 * g + 8), 0, 2, 4, 6);
-    twoStages<kHalve>(p, ByAny{twiddlesOf(each)}, ByAny{twiddlesOf(loadPairs(second + 2 * g))},
-                      ByAny{twiddlesOf(loadPairs(second + 2 * (g + rows)))});
+    stages(p, each, loadPairs(second + 2 * g), loadPairs(second + 2 * (g + rows)));
     out.store(g, p[0]);
     out.store(g + rows, p[2]);
     out.store(g + 2 * rows, p[1]);
@@ -262,16 +256,51 @@ void lastPass(Quads in, Out out, int s, const TransformTables& tables) {
   }
 }
 
-// All in -limit .. limit.
-[[gnu::noinline]] bool areWithin(const Word32* words, int count, Word32 limit) {
-  const UnsignedWords bound = ofBits(splat(limit));
-  UnsignedWords beyond = {0, 0, 0, 0};
-#pragma GCC unroll 8
-  for (int i = 0; i < count; i += 4) {
-    const UnsignedWords word = ofBits(load(words + i));
-    beyond |= (bound + word) | (bound - word);
+// Whether words lie in -limit .. limit - 1.
+class Within {
+ public:
+  explicit Within(Word32 limit) : toTheTop_((1U << 31) - ofBits(splat(limit))) {}
+  void see(Words words) { beyond_ |= ofBits(words ^ (words >> 31)) + toTheTop_; }
+  void see(const Points& p) {
+    see(p.re);
+    see(p.im);
   }
-  return !any(ofBits(beyond) < 0);
+  bool all() const { return !any(ofBits(beyond_) < 0); }
+
+ private:
+  UnsignedWords toTheTop_;
+  UnsignedWords beyond_ = {0, 0, 0, 0};
+};
+
+[[gnu::noinline]] bool areWithin(const Word32* words, int count, Word32 limit) {
+  Within within(limit);
+#pragma GCC unroll 8
+  for (int i = 0; i < count; i += 4) within.see(load(words + i));
+  return within.all();
+}
+
+// A product with a twiddle, and sums that saturate, where what is multiplied has parts within
+// kLargestTurned: no product leaves the range, so that it has a negative.
+inline void stageOfAny(Points& a, Points& b, Words twiddles, Within& within) {
+  within.see(b);
+  const Factors c = factorsOf(twiddles);
+  const Factors s = factorsOf(twiddles >> 16);
+  const Points t = {mulQ15(b.re, c) - mulQ15(b.im, s), mulQ15(b.re, s) + mulQ15(b.im, c)};
+  b = {saturatedSum(a.re, -t.re), saturatedSum(a.im, -t.im)};
+  a = {saturatedSum(a.re, t.re), saturatedSum(a.im, t.im)};
+}
+
+// The last two stages back, whose sums may saturate: all the energy of a click meets in one word.
+[[gnu::noinline]] bool lastPassOfAny(Quads in, PairsOut<true> out, int s,
+                                     const TransformTables& tables) {
+  Within within(kLargestTurned);
+  lastPass(in, out, s, tables, [&](Points(&p)[4], Words first, Words ofSums, Words ofDifferences) {
+    stageOfAny(p[0], p[2], first, within);
+    stageOfAny(p[1], p[3], first, within);
+    stageOfAny(p[0], p[1], ofSums, within);
+    stageOfAny(p[2], p[3], ofDifferences, within);
+  });
+  return within.all();
 }
 
 // The stages after the first two, from `work` to `out`. With `largest`, what the points are below,
@@ -302,8 +331,13 @@ bool remainingPasses(Quads work, Quads used, Out out, const TransformTables& tab
     pass<kHalve>(work, used, s, tables.points >> s, tables);
     std::swap(work, used);
   }
-  if (!isSafe(work, 2)) return false;
-  lastPass<kHalve>(work, out, s, tables);
+  if constexpr (!kHalve) {
+    if (!isSafe(work, 2)) return lastPassOfAny(work, out, s, tables);
+  }
+  lastPass(work, out, s, tables, [](Points(&p)[4], Words first, Words ofSums, Words ofDifferences) {
+    twoStages<kHalve>(p, ByAny{twiddlesOf(first)}, ByAny{twiddlesOf(ofSums)},
+                      ByAny{twiddlesOf(ofDifferences)});
+  });
   return true;
 }
 
