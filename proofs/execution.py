@@ -296,6 +296,9 @@ class Execution:
         kind = t.type()
         if not isinstance(kind, int) and kind[0] == "pointer":
             return value
+        if isinstance(value, list) and value[0].term.size() == 1:  # a mask, to a number
+            return Value(simplify(Concat(*(bit.term for bit in reversed(value)))),
+                         either(*(bit.poison for bit in value)))
         return from_bytes(kind, bytes_of(value))
 
     def number(self, value):

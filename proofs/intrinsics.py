@@ -91,7 +91,7 @@ def by_element(times):
     def high(a, b):
         return Extract(31, 16, times(a, b))
     return {
-        r"sadd\.sat|neon\.sqadd": lambda a, b: saturated(exactly(add)(a, b), a.size()),
+        r"sadd\.sat|neon\.sqadd|qadd": lambda a, b: saturated(exactly(add)(a, b), a.size()),
         r"ssub\.sat": lambda a, b: saturated(exactly(sub)(a, b), a.size()),
         r"usub\.sat": lambda a, b: If(ULT(a, b), 0 * a, a - b),
         r"smin|vmins": least, r"smax|vmaxs": most,

@@ -8,12 +8,17 @@ import pathlib
 import z3
 
 from execution import Execution, Value, bytes_of, from_bytes
-from integers import Integers, wide
+from integers import Integers, low
 from ir import compiled
 
 X86 = "x86_64-linux-gnu"
-# A check returns None, or what refutes the statement.
-Statement = collections.namedtuple("Statement", "what domain check")
+# Vector units and the processors that have them, the compiler's options, and what is looked at.
+UNITS = [("SSE2", X86, (), "vectors"),
+         ("NEON A64", "aarch64-linux-gnu", (), "vectors"),
+         ("NEON A32", "armv7-linux-gnueabihf", ("-mfpu=neon", "-marm"), "vectors"),
+         ("ARMv5TE", "armv5te-linux-gnueabi", ("-marm",), "products")]
+# A check returns None, or what refutes the statement; `part` if it looks at a part of the domain.
+Statement = collections.namedtuple("Statement", "what domain check part", defaults=[False])
 
 
 class Source:
@@ -34,10 +39,9 @@ def equal(module, name, operands, definition, assumptions=()):
     return computes(module, name, operands, lambda n: {"result": [definition(n)]}, assumptions)
 
 
-def computes(module, name, arguments, definition, assumptions=(), every_element=True):
+def computes(module, name, arguments, definition, assumptions=()):
     """The same of a function that also takes arrays, which are lists of their elements. The
-    definition gives the elements that are left in an array, by the argument's number; of which the
-    first two and the last one are looked at, or all."""
+    definition gives the elements that are left in an array, by the argument's number."""
     numbers = Integers(*assumptions)
     if any(map(z3.is_fp, arguments)):
         numbers.logic = "QF_FPBV"
@@ -54,9 +58,10 @@ def computes(module, name, arguments, definition, assumptions=(), every_element=
                 data = list(path.memory[i].values())
                 found = [from_bytes(bits, data[k * bits // 8:][:bits // 8])
                          for k in range(len(elements))]
-            pairs = list(zip(found, elements))
-            claims += [z3.And(x.poison is False or z3.Not(x.poison), wide(x.term) == exact)
-                       for x, exact in (pairs if every_element else [*pairs[:2], *pairs[2:][-1:]])]
+            for x, exact in zip(found, elements):
+                bits = x.term.size()
+                claims += [z3.And(x.poison is False or z3.Not(x.poison),
+                                  x.term == z3.Extract(bits - 1, 0, exact)), low(exact, bits) == exact]
         for claim in claims:
             if found := refuted(numbers, path.conditions, claim):
                 return found
